@@ -1,0 +1,30 @@
+/** \file
+ * Audio coding: the building blocks of AAC, MP3, SBR, DTS and vector quantisation.
+ *
+ * Every function returns a ZorStatus. Arguments are checked once per call; a call that fails with a negative
+ * status has written nothing unless its comment says otherwise. No function allocates memory except the
+ * ones whose name ends in "InitAlloc" before the type.
+ */
+#ifndef ZORAC_H
+#define ZORAC_H
+
+#include "zortypes.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** The version record of this library. */
+ZOR_API const ZorLibraryVersion* zoracGetLibVersion(void);
+
+/* ---- AAC ---------------------------------------------------------------------------------------------- */
+
+/* ---- MP3 ---------------------------------------------------------------------------------------------- */
+
+/* ---- Transforms, prediction, filter banks, vector quantisation ---------------------------------------- */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
