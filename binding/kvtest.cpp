@@ -1,0 +1,152 @@
+#include "kvtest.h"
+
+#include "data/bxalloc.h"
+#include "framework/bxtestlist.h"
+#include "output/bxcstream.h"
+#include "output/bxostream.h"
+#include "output/bxtrace.h"
+#include "parameters/bxcacheiterator.h"
+#include "system/bxenvironment.h"
+#include "timing/bxtool.h"
+
+#include <algorithm>
+
+bool kvTest::m_checkErrorsOnly = false;
+
+namespace {
+
+constexpr unsigned int firstSeed = 7;
+
+/** The engine's own call loops know no function name: the status belongs to the test that is running. */
+bxResult checkStatusOfCurrentTest(int status) {
+    auto* test = dynamic_cast<kvTest*>(bxTestList::m_pCurrentTest);
+    return test != nullptr ? test->checkStatus(status) : kvTest::checkStatus(status, "");
+}
+
+const bool s_statusCheckInstalled = [] {
+    bxTool::m_pCheckStatus = checkStatusOfCurrentTest;
+    return true;
+}();
+
+} // namespace
+
+bxResult kvTest::run() {
+    m_checkErrorsOnly = false;
+    kvVector::m_seed = firstSeed;
+    return bxTest::run();
+}
+
+int kvTest::compareFunc(const bxTest* other) const {
+    return m_func.compare(kvFunc(other->name));
+}
+
+void kvTest::funcToCstrm() {
+    bxString base, types, descr;
+    m_func.parseFunction(base, types, descr);
+    g_cstrm << m_func.prefix() + base << types << descr;
+}
+
+bool kvTest::isFloatFunction() {
+    return bxTest::isFloatFunction() && (name.find("32f", 0) >= 0 || name.find("64f", 0) >= 0);
+}
+
+bxString kvTest::regInfo() {
+    const bxString text = bxTest::regInfo();
+    const int at = text.find("BX_", 0);
+    return at < 0 ? text : text.substr(0, at) + "KV_" + text.substr(at + 3);
+}
+
+bxParameter* kvTest::regCacheParm(bxIterator<ZoriSize>& size, bool (*check)(bxParameter*, int, int, bool)) {
+    if (!m_cache || cacheIter != nullptr) {
+        parms.insert(parms.end(), &size);
+        return &size;
+    }
+    cacheIter = new bxCacheIteratorSize(size, nullptr, check);
+    parms.insert(parms.end(), cacheIter);
+    return cacheIter;
+}
+
+bxResult kvTest::checkStatus(ZorStatus status, bxString funcName) {
+    if (status == 0 || (status > 0 && m_checkErrorsOnly)) {
+        return OK;
+    }
+    const bool error = status < 0;
+    g_ostrm << (error ? ERR : WARN) << (error ? "--ZOR ERROR. " : "--ZOR WARNING. ") << "status = ";
+    tsOutTpl<int>(g_ostrm, status);
+    if (funcName.length() > 0) {
+        g_ostrm << " in " << funcName;
+    }
+    // Before the session has set up the environment there is only the harness's own text.
+    const auto statusText = zor_GetStatusString != nullptr ? zor_GetStatusString : s_zorGetStatusString;
+    g_ostrm << ": " << statusText(status) << "\n" << endMessage;
+
+    const bxResult result = error ? FUNCFAIL : FUNCWRN;
+    const bool hiddenWarning = !error && static_cast<int>(g_ostrm.outLevel()) <= static_cast<int>(ERR);
+    m_currentResult = std::max(m_currentResult, hiddenWarning ? OK : result);
+    return result;
+}
+
+bxResult kvTest::checkStatus(ZorStatus status) {
+    return checkStatus(status, m_func);
+}
+
+int kvTest::printAllMemoryBlocks(bxString title) {
+    if (!g_ostrm.beginMessage(DATA)) {
+        return 0;
+    }
+    g_trace.traceIn("printAllMemoryBlocks");
+    printFirstDebugLine(title);
+    int count = 0;
+    int size = 0;
+    void* owner = nullptr;
+    for (void* block = bxMallocFirst(&size, &owner); block != nullptr; block = bxMallocNext(&size, &owner)) {
+        auto* object = static_cast<bxObject*>(owner);
+        if (object == nullptr || object == MEM_OBJECT_IS_SUBOBJECT) {
+            continue;
+        }
+        printFirstBlockLine(++count, object, size);
+        if (auto* vector = dynamic_cast<kvVector*>(object)) {
+            printVectorBlock(vector);
+        } else {
+            printByteBlock(block, size);
+        }
+        printLastBlockLine(count, object);
+    }
+    printLastDebugLine(title);
+    g_ostrm << endMessage;
+    g_trace.traceOut("printAllMemoryBlocks");
+    return count;
+}
+
+void kvTest::printFirstDebugLine(bxString title) {
+    g_ostrm << DATA << "======== OBJECTS OUTPUT START === " << title << " === OBJECTS OUTPUT START ========\n"
+            << endMessage;
+}
+
+void kvTest::printLastDebugLine(bxString title) {
+    g_ostrm << DATA << "======== OBJECTS OUTPUT END === " << title << " === OBJECTS OUTPUT END ========\n"
+            << endMessage;
+}
+
+void kvTest::printFirstBlockLine(int number, bxObject* owner, int size) {
+    bxString line("======== Object ");
+    line << number << ": ";
+    if (owner != nullptr && owner != MEM_OBJECT_IS_BUFFER) {
+        line << owner->objectInfo() << "\n";
+    } else {
+        line << "MemoryBlock size=" << size << "\n";
+    }
+    g_ostrm << DATA << line << endMessage;
+}
+
+void kvTest::printLastBlockLine(int, bxObject*) {
+    g_ostrm << DATA << "\n" << endMessage;
+}
+
+void kvTest::printVectorBlock(kvVector* vector) {
+    g_ostrm << DATA << vector->getString() << "\n" << endMessage;
+}
+
+void kvTest::printByteBlock(void* data, int size) {
+    g_ostrm << DATA << kvVector::getByteString(data, size) << "\n" << endMessage;
+}

@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Builds and passes all tests, native. Arguments go to ctest.
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+build=${BENCHEX_BUILD:-$here/build}
+
+"$here/tools/install_packages.sh" test
+cmake -S "$here" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBENCHEX_TESTS=ON
+cmake --build "$build"
+ctest --test-dir "$build" --output-on-failure -j "$(nproc)" "$@"
