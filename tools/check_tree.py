@@ -15,6 +15,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 FLOORS = {"foundation": 0, "output": 1, "system": 1, "data": 1, "timing": 2, "parameters": 2, "framework": 3,
           "session": 4}
 PUBLIC_LIBRARY_HEADERS = {"zortypes.h", "zorcore.h", "zors.h", "zorac.h", "zordc.h"}
+LIBRARY_FOLDERS = {"ac", "s", "dc", "core", "common", "tables"}
 HARNESS_HEADER = re.compile(r"(bx|kv)[a-z]*\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
 MAX_LINES = 500
@@ -42,8 +43,7 @@ def complaints(path):
             yield f"{path}: a room on floor {FLOORS[room]} includes {name}, on floor {FLOORS[included]}"
         if path.parts[0] == "zor" and (included in FLOORS or HARNESS_HEADER.match(name)):
             yield f"{path}: the library includes the harness's {name}"
-        if path.parts[0] in ("api", "binding", "zorac") and name.startswith(("ac/", "s/", "dc/", "core/", "common/", "tables/")) \
-                and not (path.parent / name).exists() and not (ROOT / path.parent / name).exists():
+        if path.parts[0] in ("api", "binding", "zorac") and included in LIBRARY_FOLDERS:
             yield f"{path}: includes the library's internal {name}"
         if path.parts[0] == "api" and name in PUBLIC_LIBRARY_HEADERS - {"zortypes.h"}:
             yield f"{path}: the harness includes {name}"
