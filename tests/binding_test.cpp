@@ -1,6 +1,6 @@
 // Function names, vectors, bit streams and code tables.
-#include "kv.h"
 #include "zorcore.h"
+#include "kv.h"
 
 #include "data/bxalloc.h"
 #include "output/bxcstream.h"
