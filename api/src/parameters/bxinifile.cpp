@@ -1,0 +1,242 @@
+#include "parameters/bxinifile.h"
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+#include "output/bxiostream.h"
+#include "output/bxostream.h"
+#include "parameters/bxfilereplace.h"
+
+namespace {
+
+constexpr char bareKey[] = "~~~";
+
+bxString trimmed(std::string_view text) {
+    bxString result(text);
+    result.trim();
+    return result;
+}
+
+std::string_view withoutComment(std::string_view line) {
+    return line.substr(0, line.find("//"));
+}
+
+/** An ERR message in the form of those of the file streams, with the system's text for `error`. */
+void reportFailure(const bxString& name, const char* what, int error) {
+    g_ostrm << ERR << "-- Can't " << what << " " << name << ": " << std::strerror(error) << "\n"
+            << endMessage;
+}
+
+void writeInPlace(const bxString& name, const std::string& content) {
+    o_stream out(name, ioWrite | ioNameAsGiven, true);
+    if (!out.handle())
+        return;
+    errno = 0;
+    out.write(content.c_str());
+    out.flush();
+    if (out.failed())
+        reportFailure(name, "write file", errno);
+}
+
+} // namespace
+
+bxValues::~bxValues() {
+    for (bxValueItem* item : *this)
+        delete item;
+}
+
+bxValueItem* bxValues::exist(const bxString& key) {
+    const iterator place = find(key);
+    return place == end() ? nullptr : *place;
+}
+
+void bxValues::set(const bxString& key, const bxString& value, const bxString& comment) {
+    if (bxValueItem* const item = exist(key))
+        item->value = value;
+    else
+        append(new bxValueItem{key, value, comment});
+}
+
+void bxValues::deleteKey(const bxString& key) {
+    const iterator place = find(key);
+    if (place == end())
+        return;
+    bxValueItem* const item = *place;
+    remove(place);
+    delete item;
+}
+
+bxSections::~bxSections() {
+    deleteAll();
+}
+
+bxSectionItem* bxSections::exist(const bxString& name) {
+    const iterator place = find(name);
+    return place == end() ? nullptr : *place;
+}
+
+bxSectionItem& bxSections::obtain(const bxString& name) {
+    if (bxSectionItem* const item = exist(name))
+        return *item;
+    return **append(new bxSectionItem{name, {}});
+}
+
+void bxSections::deleteSection(const bxString& name) {
+    const iterator place = find(name);
+    if (place == end())
+        return;
+    bxSectionItem* const item = *place;
+    remove(place);
+    delete item;
+}
+
+void bxSections::deleteAll() {
+    for (bxSectionItem* item : *this)
+        delete item;
+    removeAll();
+}
+
+bxIniFile::~bxIniFile() {
+    close();
+}
+
+bool bxIniFile::open(bxString name, bool writable) {
+    close();
+    m_name = name;
+    m_writable = writable;
+    i_stream in(name, ioRead | ioNameAsGiven, !writable);
+    if (in.handle())
+        return parse(in);
+    if (!writable)
+        return false;
+    const o_stream created(name, ioWrite | ioNameAsGiven, true);
+    m_writable = created.handle() != nullptr;
+    return m_writable;
+}
+
+bool bxIniFile::parse(i_stream& in) {
+    bxValues* values = nullptr;
+    bxString raw, name, key, value;
+    errno = 0;
+    while (in.getline(raw)) {
+        const bxString line = trimmed(withoutComment(raw.view()));
+        if (line.empty())
+            continue;
+        if (getSection(line, name)) {
+            values = &m_sections.obtain(name).values;
+        } else if (values) {
+            getValue(line, key, value);
+            values->set(key, value, "");
+        }
+    }
+    if (!in.failed())
+        return true;
+    // What was not read must not be overwritten: a directory, for example, opens but does not read.
+    reportFailure(m_name, "read file", errno);
+    m_sections.deleteAll();
+    m_writable = false;
+    return false;
+}
+
+void bxIniFile::close() {
+    updateFile();
+    m_sections.deleteAll();
+    m_writable = false;
+}
+
+void bxIniFile::updateFile() const {
+    if (!m_writable)
+        return;
+    const std::string content = text();
+    switch (bxReplaceFile(m_name.c_str(), content)) {
+    case bxReplaced::done:
+        break;
+    case bxReplaced::refused:
+        writeInPlace(m_name, content);
+        break;
+    case bxReplaced::failed:
+        reportFailure(m_name, "write file", errno);
+        break;
+    }
+}
+
+std::string bxIniFile::text() const {
+    std::string text;
+    for (const bxSectionItem* section : m_sections) {
+        text.append("\n[").append(section->name.view()).append("]\n");
+        for (const bxValueItem* item : section->values) {
+            text.append(item->key.view());
+            if (item->value != bareKey) {
+                text.append("=").append(item->value.view());
+                if (!item->comment.empty())
+                    text.append("\t// ").append(item->comment.view());
+            }
+            text.append("\n");
+        }
+    }
+    return text;
+}
+
+bxString bxIniFile::read(bxString section, bxString key, bxString deflt) {
+    key.trim();
+    bxValues* const values = getSectionValues(section);
+    const bxValueItem* const item = values ? values->exist(key) : nullptr;
+    return item ? item->value : deflt;
+}
+
+void bxIniFile::write(bxString section, bxString key, bxString value, bxString comment) {
+    bxValues& values = m_sections.obtain(section).values;
+    key.trim();
+    if (!key.empty())
+        values.set(key, value, comment);
+}
+
+void bxIniFile::write(bxString section, bxString key) {
+    write(section, key, bareKey, "");
+}
+
+void bxIniFile::write(bxString section) {
+    m_sections.obtain(section);
+}
+
+bool bxIniFile::sectionExist(bxString section) {
+    return m_sections.exist(section) != nullptr;
+}
+
+bool bxIniFile::valueExist(bxString section, bxString key) {
+    bxValues* const values = getSectionValues(section);
+    return values && values->exist(key);
+}
+
+bxValues* bxIniFile::getSectionValues(bxString section) {
+    bxSectionItem* const item = m_sections.exist(section);
+    return item ? &item->values : nullptr;
+}
+
+void bxIniFile::eraseSection(bxString section) {
+    m_sections.deleteSection(section);
+}
+
+void bxIniFile::deleteKey(bxString section, bxString key) {
+    if (bxValues* const values = getSectionValues(section))
+        values->deleteKey(key);
+}
+
+bool bxIniFile::getSection(const bxString& line, bxString& name) {
+    const std::string_view text = line.view();
+    const std::size_t open = text.find('[');
+    const std::size_t end = open == text.npos ? text.npos : text.find(']', open);
+    if (end == text.npos)
+        return false;
+    name = trimmed(text.substr(open + 1, end - open - 1));
+    return true;
+}
+
+bool bxIniFile::getValue(const bxString& line, bxString& key, bxString& value) {
+    const std::string_view text = line.view();
+    const std::size_t equals = text.find('=');
+    key = trimmed(text.substr(0, equals));
+    value = equals == text.npos ? bxString(bareKey) : trimmed(text.substr(equals + 1));
+    return true;
+}

@@ -1,0 +1,116 @@
+/** \file
+ * The ini file of parameter values: its model in memory, reading and rewriting.
+ */
+#ifndef BXINIFILE_H
+#define BXINIFILE_H
+
+#include <string>
+
+#include "parameters/bxnamedlist.h"
+
+class i_stream;
+
+/** One line of a section: a key, its value ("~~~" for a key alone), and the comment written behind it. */
+struct bxValueItem {
+    bxString key;
+    bxString value;
+    bxString comment;
+};
+
+inline const bxString& bxNameOfValue(bxValueItem* const& item) {
+    return item->key;
+}
+
+/** The items of one section in file order; owns them. */
+class bxValues : public bxNamedList<bxValueItem*, bxNameOfValue> {
+  public:
+    ~bxValues() override;
+    /** The item with that key, or null. */
+    bxValueItem* exist(const bxString& key);
+    /** Gives the key a new value and keeps its comment, or appends a new item. */
+    void set(const bxString& key, const bxString& value, const bxString& comment);
+    void deleteKey(const bxString& key);
+};
+
+/** A named section. */
+struct bxSectionItem {
+    bxString name;
+    bxValues values;
+};
+
+inline const bxString& bxNameOfSection(bxSectionItem* const& item) {
+    return item->name;
+}
+
+/** The sections in file order; owns them. */
+class bxSections : public bxNamedList<bxSectionItem*, bxNameOfSection> {
+  public:
+    ~bxSections() override;
+    /** The section of that name, or null. */
+    bxSectionItem* exist(const bxString& name);
+    /** The section of that name, appended when it is new. */
+    bxSectionItem& obtain(const bxString& name);
+    void deleteSection(const bxString& name);
+    void deleteAll();
+};
+
+/**
+ * Sections of "key=value" lines, read once into memory and, when writable, written back on `close`. Names and
+ * keys are compared exactly. "//" starts a comment, anywhere on a line; lines before the first section are
+ * ignored.
+ */
+class bxIniFile {
+  public:
+    bxIniFile() = default;
+    bxIniFile(const bxIniFile&) = delete;
+    bxIniFile& operator=(const bxIniFile&) = delete;
+    ~bxIniFile();
+
+    /**
+     * Reads the file of that very name. A missing file is created when `writable`, else its lack is reported
+     * as a message and the model stays empty. False when the file can be neither read nor created.
+     */
+    bool open(bxString name, bool writable);
+    /** Writes the file back if it is writable and forgets all. */
+    void close();
+    /**
+     * Rewrites a writable file. A plain file is replaced whole by a new one written beside it; where that
+     * cannot be (a link, a device, a closed directory) it is written in place. Failures are reported as
+     * messages.
+     */
+    void updateFile() const;
+
+    /** The value of a key, or `deflt` when there is none. */
+    bxString read(bxString section, bxString key, bxString deflt);
+    /** Sets a key, appending section and key where missing; an empty key only makes the section. */
+    void write(bxString section, bxString key, bxString value, bxString comment);
+    /** Sets a key without a value. */
+    void write(bxString section, bxString key);
+    /** Makes sure that the section exists. */
+    void write(bxString section);
+
+    bool sectionExist(bxString section);
+    bool valueExist(bxString section, bxString key);
+    /** The items of a section, or null. */
+    bxValues* getSectionValues(bxString section);
+    void eraseSection(bxString section);
+    void deleteKey(bxString section, bxString key);
+
+    bxString fileName() const { return m_name; }
+    bool writable() const { return m_writable; }
+
+    /** True for a section header, a line with "[" and later "]"; `name` is the trimmed text between them. */
+    static bool getSection(const bxString& line, bxString& name);
+    /** Splits a line at its first "=" into trimmed key and value; without "=" the value is "~~~". */
+    static bool getValue(const bxString& line, bxString& key, bxString& value);
+
+  private:
+    bool parse(i_stream& in);
+    std::string text() const;
+
+    bxString m_name;
+    bxSections m_sections;
+    bool m_writable = false;
+};
+
+#endif
