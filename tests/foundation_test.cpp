@@ -1,0 +1,367 @@
+#include "foundation/bxlist.h"
+#include "foundation/bxnames.h"
+#include "foundation/bxparse.h"
+#include "foundation/bxstring.h"
+#include "foundation/bxstringlist.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::vector<std::string> texts(const bxList<bxString>& list) {
+    std::vector<std::string> out;
+    for (const bxString& text : list)
+        out.emplace_back(text.view());
+    return out;
+}
+
+/** Every byte behind the text is NUL, and the buffer is as large as the length asks for. */
+void expectSound(const bxString& text, int capacity) {
+    EXPECT_EQ(text.capacity(), capacity) << text.c_str();
+    for (int i = text.length(); i < text.capacity(); ++i)
+        EXPECT_EQ(text.c_str()[i], 0) << text.c_str() << " at " << i;
+}
+
+TEST(String, BufferGrowsInSixteens) {
+    for (const auto& [length, capacity] :
+         {std::pair(0, 16), {14, 16}, {15, 16}, {16, 32}, {31, 32}, {32, 48}}) {
+        bxString text;
+        text.resize(length, 'x');
+        expectSound(text, capacity);
+        bxString appended;
+        for (int i = 0; i < length; ++i)
+            appended << 'x';
+        EXPECT_EQ(appended, text);
+        expectSound(appended, capacity);
+    }
+}
+
+TEST(String, ShrinkingClearsWhatWasThere) {
+    bxString text = "abcdefghijklmno";
+    text.assign("abc");
+    expectSound(text, 16);
+    text.resize(40, 'y');
+    text.resize(-3, 'y');
+    expectSound(text, 16);
+    EXPECT_TRUE(text.empty());
+}
+
+TEST(String, MayBeBuiltFromItself) {
+    bxString text = "0123456789abcdef";
+    text.assign(text.c_str() + 3);
+    EXPECT_STREQ(text.c_str(), "3456789abcdef");
+    text += text;
+    EXPECT_STREQ(text.c_str(), "3456789abcdef3456789abcdef");
+    text << text.c_str() + 24;
+    EXPECT_STREQ(text.c_str(), "3456789abcdef3456789abcdefef");
+    text = *&text;
+    EXPECT_EQ(text.length(), 28);
+}
+
+TEST(String, MovedFromIsEmptyAndUsable) {
+    bxString from = "text";
+    const bxString to = std::move(from);
+    EXPECT_STREQ(to.c_str(), "text");
+    EXPECT_STREQ(from.c_str(), "");
+    EXPECT_EQ(from.toLower(), "");
+    from << "again";
+    expectSound(from, 16);
+    EXPECT_STREQ(from.c_str(), "again");
+}
+
+TEST(String, FindAndCut) {
+    const bxString text = "abcabc";
+    EXPECT_EQ(text.find("bc"), 1);
+    EXPECT_EQ(text.find("bc", 2), 4);
+    EXPECT_EQ(text.find("bc", 5), -1);
+    EXPECT_EQ(text.find("", 3), 3);
+    EXPECT_EQ(text.rfind("bc"), 4);
+    EXPECT_EQ(text.rfind(""), 6);
+    EXPECT_EQ(text.rfind("abcabcd"), -1);
+    EXPECT_STREQ(text.substr(4).c_str(), "bc");
+    EXPECT_STREQ(text.substr(7).c_str(), "");
+    EXPECT_STREQ(text.substr(4, 10).c_str(), "bc");
+    EXPECT_STREQ(text.substr(1, 0).c_str(), "");
+    EXPECT_STREQ(text.substr(1, INT_MIN).c_str(), "");
+}
+
+TEST(String, Compare) {
+    struct {
+        const char *a, *b;
+        int order;
+    } const rows[] = {{"", "abc", -3},   {"abc", "", 3},  {"abd", "abc", 1}, {"abc", "abd", -1},
+                      {"ab", "abc", -1}, {"abc", "a", 2}, {"", "", 0},       {"\x80", "a", -1}};
+    for (const auto& row : rows)
+        EXPECT_EQ(bxString(row.a).compare(row.b), row.order) << row.a << " " << row.b;
+}
+
+TEST(String, TrimAndLower) {
+    for (const auto& [text, trimmed] : {std::pair(" \t\ra b\r\t ", "a b"), {" \t\r", ""}, {"\n a", "\n a"}}) {
+        bxString word = text;
+        word.trim();
+        EXPECT_STREQ(word.c_str(), trimmed);
+    }
+    EXPECT_STREQ(bxString("AZ@[\xc4").toLower().c_str(), "az@[\xc4");
+}
+
+TEST(String, FileNames) {
+    struct {
+        const char *path, *dir, *name, *title;
+    } const rows[] = {{"a/b\\c.txt", "a/b\\", "c.txt", "c"},
+                      {"a\\b/c", "a\\b/", "c", "c"},
+                      {"a.b.c", "", "a.b.c", "a.b"},
+                      {"dir.x/name", "dir.x/", "name", "name"},
+                      {"dir/", "dir/", "", ""},
+                      {"", "", "", ""}};
+    for (const auto& row : rows) {
+        const bxString path = row.path;
+        EXPECT_STREQ(path.getFileDir().c_str(), row.dir);
+        EXPECT_STREQ(path.getFileName().c_str(), row.name);
+        EXPECT_STREQ(path.getFileTitle().c_str(), row.title);
+    }
+}
+
+TEST(Conversion, ValueIntoText) {
+    const auto text = [](auto value) { return std::string((bxString() << value).view()); };
+    EXPECT_EQ(text(INT_MIN), "-2147483648");
+    EXPECT_EQ(text(LLONG_MIN), "-9223372036854775808");
+    EXPECT_EQ(text(ULLONG_MAX), "18446744073709551615");
+    EXPECT_EQ(text(static_cast<unsigned char>(200)), "200");
+    EXPECT_EQ(text('x') + text("y") + text(true) + text(false), "xyyesno");
+    EXPECT_EQ(text(2.0), "2");
+    EXPECT_EQ(text(1234567.0), "1.23e+06");
+    EXPECT_EQ(text(0.1F), "0.1");
+    EXPECT_EQ(text(static_cast<void*>(nullptr)), "NULL");
+}
+
+TEST(Conversion, AddressIsSigned) {
+    EXPECT_STREQ((bxString() << reinterpret_cast<void*>(std::uintptr_t{0xABC0})).c_str(), "ABC0");
+    EXPECT_STREQ((bxString() << reinterpret_cast<void*>(~std::uintptr_t{0xF})).c_str(), "FFFFFFFFFFFFFFF0");
+}
+
+TEST(Conversion, TextIntoInteger) {
+    struct {
+        const char* text;
+        long long value;
+        bool failed;
+    } const rows[] = {{"0x1F", 31, false}, {"0X1f", 31, false}, {"12abc", 12, false}, {"abc", 7, true},
+                      {"", 7, false},      {"  ", 7, false},    {" -5", -5, false},   {"x", 7, true},
+                      {"0", 0, false},     {"-", 7, true}};
+    for (const auto& row : rows) {
+        const bxString text = row.text;
+        int narrow = 7;
+        narrow << text;
+        EXPECT_EQ(narrow, row.value) << row.text;
+        EXPECT_EQ(text.failed(), row.failed) << row.text;
+        long long wide = 7;
+        wide << text;
+        EXPECT_EQ(wide, row.value) << row.text;
+        EXPECT_EQ(text.failed(), row.failed) << row.text;
+    }
+    long long wide = 0;
+    EXPECT_EQ(wide << bxString("-9223372036854775808"), LLONG_MIN);
+    EXPECT_EQ(wide << bxString("0x123456789AB"), 0x123456789AB);
+}
+
+TEST(Conversion, TextIntoReal) {
+    double value = 3;
+    EXPECT_EQ(value << bxString("1e-3x"), 1e-3);
+    const bxString bad = "one";
+    float narrow = 0.1F;
+    EXPECT_EQ(narrow << bad, 0.1F);
+    EXPECT_TRUE(bad.failed());
+}
+
+TEST(Conversion, TextIntoBool) {
+    for (const char* text : {"Yes", " TRUE ", "1", "t", "yup"}) {
+        bool value = false;
+        const bxString word = text;
+        EXPECT_TRUE(value << word) << text;
+        EXPECT_FALSE(word.failed()) << text;
+    }
+    for (const auto& [text, failed] : {std::pair("No", false),
+                                       {"false", false},
+                                       {"0", false},
+                                       {"maybe", true},
+                                       {"", true},
+                                       {" ", true},
+                                       {"10", true},
+                                       {"00", true}}) {
+        bool value = true;
+        const bxString word = text;
+        EXPECT_FALSE(value << word) << text;
+        EXPECT_EQ(word.failed(), failed) << text;
+    }
+}
+
+TEST(Conversion, OnlyConversionsTouchTheFlag) {
+    bxString text = "abc";
+    int value = 0;
+    value << text;
+    text = bxString("12");
+    text << '3';
+    EXPECT_TRUE(text.failed());
+    EXPECT_FALSE(bxString(text).failed());
+    EXPECT_EQ(value << text, 123);
+    EXPECT_FALSE(text.failed());
+}
+
+TEST(Tables, Flags) {
+    const int flags[] = {1, 2, 6};
+    const bxString names[] = {"kvOne", "kvTwo", "kvTwoAndFour"};
+    EXPECT_STREQ(bxString::flagString(3, flags, names, 3).c_str(), "kvOne|kvTwo|kvTwoAndFour");
+    EXPECT_STREQ(bxString::flagString(8, flags, names, 3).c_str(), "8");
+    struct {
+        const char* text;
+        int value;
+        bool failed;
+    } const rows[] = {
+        {"one|two", 3, false}, {"KVTWOA", 6, false}, {"tw", 2, false}, {"one,zwei; two", 3, true},
+        {"", 0, false},        {"1", 0, true},       {"kv", 1, false}};
+    for (const auto& row : rows) {
+        const bxString text = row.text;
+        EXPECT_EQ(bxString::flagValue(text, flags, names, 3, 2), row.value) << row.text;
+        EXPECT_EQ(text.failed(), row.failed) << row.text;
+    }
+}
+
+TEST(Tables, Enumerations) {
+    const int values[] = {5, 9};
+    const bxString names[] = {"mono", "multi"};
+    EXPECT_STREQ(bxString::enumString(9, values, names, 2).c_str(), "multi");
+    EXPECT_STREQ(bxString::enumString(-1, values, names, 2).c_str(), "-1");
+    bxString text = "m";
+    EXPECT_EQ(bxString::enumValue(text, values, names, 2, 0), 5);
+    EXPECT_EQ(bxString::enumValue("Mu", values, names, 2, 0), 9);
+    EXPECT_EQ(bxString::enumValue("lti", values, names, 2, 2), 9);
+    text = "multiple";
+    EXPECT_EQ(bxString::enumValue(text, values, names, 2, 0), 0);
+    EXPECT_TRUE(text.failed());
+}
+
+TEST(Tables, SkippingMoreThanTheNameFitsOnlyTheEmptyWord) {
+    EXPECT_FALSE(fitString("x", "ab", 5));
+    EXPECT_TRUE(fitString("", "ab", 5));
+}
+
+TEST(Parse, Words) {
+    using Words = std::vector<std::string>;
+    struct {
+        const char *text, *separators;
+        Words words;
+    } const rows[] = {
+        {"a, b,,c", ", ", {"a", "b", "c"}},
+        {", ,", ", ", {}},
+        {"", " ", {}},
+        {"x=\"a b\" y", " ", {"x=\"a b\"", "y"}},
+        {"\"a b\" z", " ", {"\"a b\"", "z"}},
+        {"a\"\"\"\"b", " ", {"a\"b"}},
+        {"\"open to the end", " ", {"\"open to the end"}},
+        {"a\"b c\"d", "\" ", {"a", "b", "c", "d"}},
+        // A quote right behind the opening one leaves the stretch open.
+        {"\"\" b\" c", " ", {"\" b\"", "c"}},
+    };
+    for (const auto& row : rows) {
+        bxStringList words;
+        words.push_back("old");
+        EXPECT_EQ(bxString(row.text).parse(words, row.separators), static_cast<int>(row.words.size()))
+            << row.text;
+        EXPECT_EQ(texts(words), row.words) << row.text;
+    }
+}
+
+TEST(Parse, LeadingWords) {
+    bxString w1 = "old", w2 = "old", w3 = "old";
+    EXPECT_EQ(bxString("a b c d").parse(w1, w2, " "), 4);
+    EXPECT_EQ(w1 + w2, "ab");
+    EXPECT_EQ(bxString("e").parse(w1, w2, w3, " "), 1);
+    EXPECT_EQ(w1 + "," + w2 + "," + w3, "e,,");
+}
+
+/** A list of pairs (key, order of arrival). */
+using Pairs = bxList<std::pair<int, int>>;
+
+bool lessKey(std::pair<int, int>& a, std::pair<int, int>& b) {
+    return a.first < b.first;
+}
+
+Pairs randomPairs(int n, unsigned seed) {
+    std::mt19937 random(seed);
+    Pairs list;
+    for (int i = 0; i < n; ++i)
+        list.push_back({static_cast<int>(random() % 10), i});
+    return list;
+}
+
+TEST(List, SortIsStable) {
+    for (const int n : {0, 1, 2, 3, 100, 1023}) {
+        Pairs list = randomPairs(n, static_cast<unsigned>(n));
+        std::vector<std::pair<int, int>> expected(list.begin(), list.end());
+        std::stable_sort(expected.begin(), expected.end(), [](auto a, auto b) { return a.first < b.first; });
+        list.sort(lessKey);
+        EXPECT_TRUE(std::equal(list.begin(), list.end(), expected.begin(), expected.end())) << n;
+        EXPECT_TRUE(std::equal(std::make_reverse_iterator(list.end()),
+                               std::make_reverse_iterator(list.begin()), expected.rbegin(), expected.rend()))
+            << n;
+    }
+}
+
+TEST(List, MergeKeepsOwnElementsFirst) {
+    Pairs mine, other;
+    for (const int key : {1, 3, 3})
+        mine.push_back({key, 0});
+    for (const int key : {0, 1, 3, 4})
+        other.push_back({key, 1});
+    mine.merge(other, lessKey);
+    EXPECT_TRUE(other.empty());
+    const Pairs::value_type expected[] = {{0, 1}, {1, 0}, {1, 1}, {3, 0}, {3, 0}, {3, 1}, {4, 1}};
+    EXPECT_TRUE(std::equal(mine.begin(), mine.end(), std::begin(expected), std::end(expected)));
+    mine.merge(mine, lessKey);
+    EXPECT_EQ(mine.size(), 7);
+    other.push_back({9, 9});
+    EXPECT_EQ(other.size(), 1);
+}
+
+TEST(List, InsertAndErase) {
+    bxStringList list;
+    const auto c = list.insert(list.end(), "c");
+    list.insert(list.begin(), "a");
+    const auto b = list.insert(c, "b");
+    EXPECT_EQ(texts(list), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(*list.erase(b), "c");
+    EXPECT_EQ(list.erase(c), list.end());
+    EXPECT_EQ(list.erase(list.begin(), list.end()), list.end());
+    EXPECT_TRUE(list.empty());
+    list.push_back("d");
+    EXPECT_EQ(texts(list), (std::vector<std::string>{"d"}));
+}
+
+TEST(List, CopiesAreIndependentAndSwapExchanges) {
+    bxStringList list;
+    list.push_back("a");
+    bxStringList copy = list;
+    *copy.begin() = "b";
+    copy.push_back("c");
+    list.swap(copy);
+    EXPECT_EQ(texts(list), (std::vector<std::string>{"b", "c"}));
+    EXPECT_EQ(texts(copy), (std::vector<std::string>{"a"}));
+    copy = std::move(list);
+    EXPECT_EQ(copy.size(), 2);
+    copy = *&copy;
+    EXPECT_EQ(copy.size(), 2);
+}
+
+/** Built during static initialisation from the name tables. */
+const bxString s_names = RndStr[1] + HintStr[2] + CmpStr[4] + FlagStr[3];
+
+TEST(Names, AreThereForStaticInitialisers) {
+    EXPECT_STREQ(s_names.c_str(), "nearaccurateGTnodivByAny");
+}
+
+} // namespace
