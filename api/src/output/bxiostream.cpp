@@ -1,0 +1,110 @@
+#include "output/bxiostream.h"
+
+#include "output/bxostream.h"
+#include "output/bxpaths.h"
+
+#include <array>
+#include <cstring>
+#include <string>
+
+namespace {
+
+/** The mode of fopen; empty when the file is neither to be read nor to be written. */
+std::string openMode(int mode) {
+    std::string text = mode & ioRead ? "r" : mode & ioWrite ? (mode & ioAppend ? "a" : "w") : "";
+    if (!text.empty() && mode & ioBinary)
+        text += 'b';
+    return text;
+}
+
+bxString completedName(const bxString& name, int mode) {
+    if (mode & ioNameAsGiven)
+        return name;
+    return mode & ioRead ? bxPaths::getInPath(name) : mode & ioWrite ? bxPaths::getOutPath(name) : name;
+}
+
+void reportUnopened(const bxString& name, int mode) {
+    g_ostrm << ERR << "-- Can't open file " << name;
+    g_ostrm << (mode & ioRead ? " to read" : mode & ioWrite ? " to write" : "");
+    g_ostrm << ": " << getLastErrorMessage() << "\n" << endMessage;
+}
+
+} // namespace
+
+bxString getLastErrorMessage() {
+    return {};
+}
+
+io_stream::io_stream(const bxString& name, int mode, bool report) {
+    const bxString path = completedName(name, mode);
+    if (const std::string how = openMode(mode); !how.empty())
+        m_file = std::fopen(path.c_str(), how.c_str());
+    if (!m_file && report)
+        reportUnopened(path, mode);
+}
+
+void io_stream::flush() {
+    if (m_file)
+        std::fflush(m_file);
+}
+
+bool io_stream::close() {
+    if (!m_file || m_file == stdin || m_file == stdout)
+        return false;
+    std::fclose(m_file);
+    m_file = nullptr;
+    return true;
+}
+
+bool i_stream::getline(bxString& line) {
+    line = bxString();
+    std::FILE* file = handle();
+    if (!file)
+        return false;
+    std::string text;
+    std::array<char, 512> piece;
+    while (std::fgets(piece.data(), static_cast<int>(piece.size()), file)) {
+        const std::size_t n = std::strlen(piece.data());
+        text.append(piece.data(), n);
+        if (n + 1 < piece.size() || text.back() == '\n')
+            break;
+    }
+    if (!text.empty() && text.back() == '\n')
+        text.pop_back();
+    line.assign(std::string_view(text));
+    return !line.empty() || (!std::feof(file) && !std::ferror(file));
+}
+
+void o_stream::write(const char* text) {
+    std::fputs(text, handle() ? handle() : stdout);
+}
+
+o_stream& operator<<(o_stream& out, const bxString& text) {
+    out.write(text.c_str());
+    return out;
+}
+
+o_stream* createOStream(const bxString& name, bool append) {
+    auto stream = std::make_unique<o_stream>(name, ioWrite | (append ? ioAppend : 0) | ioNameAsGiven, true);
+    return stream->handle() ? stream.release() : nullptr;
+}
+
+bool bxOutputs::addStream(const bxString& name, bool append) {
+    std::unique_ptr<o_stream> stream(createOStream(name, append));
+    if (!stream)
+        return false;
+    push_back(stream.get());
+    m_owned.push_back(std::move(stream));
+    return true;
+}
+
+void bxOutputs::flush() {
+    for (o_stream* stream : *this)
+        stream->flush();
+}
+
+void bxOutputs::close() {
+    for (auto it = begin(); it != end();)
+        it = (*it)->close() ? erase(it) : std::next(it);
+    m_owned.clear();
+}

@@ -1,0 +1,36 @@
+/** \file
+ * The trace of the harness's own steps.
+ */
+#ifndef BXTRACE_H
+#define BXTRACE_H
+
+#include "foundation/bxstring.h"
+#include "foundation/bxstringlist.h"
+#include "output/bxstreams.h"
+
+/**
+ * The stack of open steps, innermost first. Each step is announced on the message stream at level TRACE, and
+ * a fault message can name the step that it happened in.
+ */
+class bxTrace : public bxList<bxString> {
+  public:
+    /** Opens a step. */
+    void traceIn(const bxString& name);
+    /** Closes a step and all steps inside it that are still open. */
+    void traceOut(const bxString& name);
+    /** The innermost open step, or the empty text. */
+    bxString getCurName() const;
+    /** Forgets all open steps. */
+    void clear();
+    /** One "*" for each open step. */
+    const bxString& indent() const { return m_indent; }
+    /** Flushes the message stream when its message level does not exceed its output level. */
+    void flush();
+
+  private:
+    void announce(const char* direction, const bxString& name);
+
+    bxString m_indent;
+};
+
+#endif
