@@ -1,0 +1,385 @@
+#include "testsupport.h"
+
+#include "zorcore.h"
+#include "system/bxclock.h"
+#include "system/bxcpuid.h"
+#include "system/bxcputype.h"
+#include "system/bxenvironment.h"
+#include "system/bxhost.h"
+#include "system/bxostimer.h"
+#include "system/bxpriority.h"
+#include "system/bxprobes.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <set>
+#include <string>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+TEST(Clock, MeasuredFrequenciesSnapToNominalOnes) {
+    const std::pair<int, int> cases[] = {{1996, 2000}, {1250, 1250}, {2230, 2200}, {2231, 2260},
+                                         {60, 60},     {1, 1},       {1030, 1000}, {1031, 1031},
+                                         {3152, 3060}, {3155, 3155}, {5000, 5000}};
+    for (const auto& [measured, reported] : cases)
+        EXPECT_EQ(bxSnapCpuMHz(measured), reported) << measured;
+}
+
+TEST(Clock, FrequencyIsEstimatedOnce) {
+    const int saved = std::exchange(bxCpuTicker::m_freqMHz, 1234);
+    EXPECT_EQ(bxCpuTicker::getFreq(), 1234);
+    bxCpuTicker::m_freqMHz = saved;
+}
+
+TEST(Clock, EstimateAgreesWithTheSystemsClock) {
+    const int estimated = bxCpuTicker::getFreq();
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point start = Clock::now();
+    const unsigned long long first = zor_get_cpu_counter();
+    std::chrono::duration<double, std::micro> passed{};
+    while (passed.count() < 200000)
+        passed = Clock::now() - start;
+    const double mhz = static_cast<double>(zor_get_cpu_counter() - first) / passed.count();
+    // Processor time runs slower than real time on a machine with other work, so the estimate may be high.
+    EXPECT_GT(estimated, 0.95 * mhz);
+}
+
+TEST(Clock, TimerCountsProcessorTimeWithoutTheDevice) {
+    if (g_rtc.isOpen())
+        GTEST_SKIP() << "a clock device is open";
+    EXPECT_EQ(OSTimer::getOSFreq(), 1000000);
+    OSTimer timer;
+    timer.start();
+    long long now, begin;
+    OSTimer::GetCounter(&begin);
+    do
+        OSTimer::GetCounter(&now);
+    while (now - begin < 20000);
+    timer.stop();
+    EXPECT_NEAR(timer.getSec(), 0.02F, 0.005F);
+    EXPECT_FLOAT_EQ(timer.getUSec(), timer.getSec() * 1e6F);
+}
+
+TEST(Priority, IsRestored) {
+    const int before = getpriority(PRIO_PROCESS, 0);
+    bxSetPriority(0);
+    bxResetPriority();
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
+    if (getuid() != 0)
+        GTEST_SKIP() << "needs root";
+    bxSetPriority(3);
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 10);
+    bxResetPriority();
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
+    setpriority(PRIO_PROCESS, 0, 5);
+    bxResetPriority(); // nothing was saved since
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 5);
+    setpriority(PRIO_PROCESS, 0, before);
+}
+
+TEST(Probes, AgreeWithTheCompilersRuntime) {
+    __builtin_cpu_init();
+    EXPECT_EQ(zor_is_mmx_extension() != 0, __builtin_cpu_supports("mmx") != 0);
+    EXPECT_EQ(zor_is_ssx_extension() != 0, __builtin_cpu_supports("sse") != 0);
+    EXPECT_EQ(zor_is_wni_extension() != 0, __builtin_cpu_supports("sse2") != 0);
+    EXPECT_EQ(zor_is_pni_extension() != 0, __builtin_cpu_supports("sse3") != 0);
+    EXPECT_EQ(zor_is_mni_extension() != 0, __builtin_cpu_supports("ssse3") != 0);
+    EXPECT_EQ(zor_is_sse41_extension() != 0, __builtin_cpu_supports("sse4.1") != 0);
+    EXPECT_EQ(zor_is_sse42_extension() != 0, __builtin_cpu_supports("sse4.2") != 0);
+    EXPECT_EQ(zor_is_avx_extension() != 0, __builtin_cpu_supports("avx") != 0);
+    EXPECT_EQ(zor_has_cpuid(), 1);
+    EXPECT_EQ(zor_has_rdtsc(), 1);
+    EXPECT_TRUE(zor_is_x64_extension() || sizeof(void*) == 4);
+}
+
+TEST(Cpuid, IdentificationIsTakenApart) {
+    const bxCpuIdent plain = bxDecodeCpuIdent(CPUID({0x000106A5, 0x00100800, 1U << 20, 1U << 25}));
+    EXPECT_EQ(plain.stepping, 5);
+    EXPECT_EQ(plain.model, 10);
+    EXPECT_EQ(plain.family, 6);
+    EXPECT_EQ(plain.extendedModel, 1);
+    EXPECT_EQ(plain.displayFamily(), 6);
+    EXPECT_EQ(plain.displayModel(), 0x1A);
+    EXPECT_TRUE(plain.ecx(20) && plain.edx(25));
+    EXPECT_FALSE(plain.ecx(19) || plain.edx(26));
+    const bxCpuIdent extended = bxDecodeCpuIdent(CPUID({0x00B20F21, 0x17, 0, 0}));
+    EXPECT_EQ(extended.displayFamily(), 0x1A);
+    EXPECT_EQ(extended.displayModel(), 0x22);
+    EXPECT_EQ(extended.brand, 0x17);
+    EXPECT_EQ(bxDecodeCpuIdent(CPUID({0x000315A5, 0, 0, 0})).displayModel(), 10)
+        << "family 5 has no extension";
+    EXPECT_EQ(bxDecodeCpuIdent(CPUID({0x00003000, 0, 0, 0})).type, 3);
+}
+
+TEST(Cpuid, FieldsOfRegisters) {
+    const CPUID leaf({0x12345678, 0x80000001, 0, ~0U});
+    EXPECT_EQ(leaf.getBits(CPUID::EAX, 31, 0), 0x12345678U);
+    EXPECT_EQ(leaf.getBits(CPUID::EAX, 15, 8), 0x56U);
+    EXPECT_EQ(leaf.getByte(CPUID::EAX, 3), 0x12U);
+    EXPECT_EQ(leaf.getBit(CPUID::EBX, 31), 1U);
+    EXPECT_EQ(leaf.getBit(CPUID::EBX, 30), 0U);
+    EXPECT_EQ(bxVendorString(CPUID({0, 0x756E6547, 0x6E726175, 0x51656E69})), "GenuineQuarn");
+}
+
+TEST(Cpuid, CacheSizes) {
+    EXPECT_EQ(bxDecodeCacheSizeB(CPUID({1, 7U << 22 | 63, 63, 0})), 32768);
+    EXPECT_EQ(bxDecodeCacheSizeB(CPUID({0x21, 15U << 22 | 1U << 12 | 63, 1023, 0})), 2 * 1024 * 1024);
+    EXPECT_EQ(bxDecodeCacheSizeB(CPUID({0, 7U << 22 | 63, 63, 0})), -1) << "no cache";
+    // 32 KB level 1 (0x2C) and 2 MB level 2 (0x7D); 0xEC counts in the lowest byte of EAX no more than in a
+    // register without descriptors.
+    EXPECT_EQ(bxDecodeLeaf2CacheSizeB(CPUID({0x00002CEC, 0x7D, 0x800000EC, 0})), 2 * 1024 * 1024);
+    EXPECT_EQ(bxDecodeLeaf2CacheSizeB(CPUID({1, 0, 0, 0xFF})), -1);
+}
+
+TEST(Cpuid, FeatureFlagsCoverTheirWords) {
+    std::set<std::string> names;
+    for (std::size_t i = 0; i < FeatureFlags.size(); ++i) {
+        const bxFeatureFlag& flag = FeatureFlags[i];
+        if (i < 64) {
+            EXPECT_EQ(flag.leaf, 1U);
+            EXPECT_EQ(flag.reg, i < 32 ? CPUID::EDX : CPUID::ECX);
+            EXPECT_EQ(flag.bit, static_cast<int>(i % 32));
+        }
+        const std::string name = flag.name;
+        EXPECT_EQ(name.empty(), std::string(flag.description).empty()) << i;
+        EXPECT_TRUE(name.empty() || names.insert(name).second) << name;
+    }
+    EXPECT_EQ(names.size(), 68U - 13U);
+    EXPECT_EQ(bxFindFeatureFlag("SSE4.2")->bit, 20);
+    EXPECT_EQ(bxFindFeatureFlag("SYSCALL")->leaf, 0x80000001U);
+    EXPECT_EQ(bxFindFeatureFlag("PSE-36")->bit, 17);
+    EXPECT_EQ(bxFindFeatureFlag("SSE9"), nullptr);
+    EXPECT_EQ(bxFindFeatureFlag(""), nullptr);
+}
+
+TEST(CpuType, LabelsNamesAndCodes) {
+    std::set<int> codes;
+    std::set<std::string> labels;
+    for (const bxCpuType::Row& row : bxCpuType::table) {
+        EXPECT_TRUE(codes.insert(row.code).second) << row.code;
+        EXPECT_TRUE(labels.insert(bxString(row.label).toLower().c_str()).second) << row.label;
+        EXPECT_EQ(std::string(row.label).find(' '), std::string::npos);
+        EXPECT_EQ(bxCpuType::cpuType(row.label), row.code);
+        EXPECT_NE(zorInitCpu(row.code), zorStsBadArgErr) << "the library does not know " << row.label;
+    }
+    zorInitCpu(zorCpuUnknown);
+    for (int code : {0, 64, 65, 66, 67, 68, 69, 70, 96})
+        EXPECT_EQ(codes.count(code), 1U) << code;
+    EXPECT_EQ(bxCpuType::cpuType("sse41"), zorCpuSSE41);
+    EXPECT_EQ(bxCpuType::cpuType("SSE4"), -1);
+    EXPECT_EQ(bxCpuType::cpuType(""), -1);
+    EXPECT_STREQ(bxCpuType::cpuLabel(zorCpuAVX2).c_str(), "AVX2");
+    EXPECT_STREQ(bxCpuType::cpuLabel(1000).c_str(), "Undefined");
+    EXPECT_STREQ(bxCpuType::cpuName(1000).c_str(), "Unknown processor");
+}
+
+struct TypeCase {
+    const char* what;
+    int family, model;
+    unsigned int ecx, edx;
+    bxCpuFacts facts;
+    int code;
+};
+
+TEST(CpuType, OfAProcessor) {
+    constexpr unsigned sse = 1U << 25, sse2 = sse | 1U << 26;
+    constexpr unsigned sse3 = 1, ssse3 = sse3 | 1U << 9, sse41 = ssse3 | 1U << 19, sse42 = sse41 | 1U << 20;
+    const TypeCase cases[] = {
+        {"nothing", 4, 1, 0, 0, {}, 0},
+        {"long mode only", 15, 1, 0, 0, {.longMode = true}, 96},
+        {"SSE", 6, 99, 0, sse, {}, 64},
+        {"SSE2 goes before long mode", 15, 99, 0, sse2, {.longMode = true}, 65},
+        {"SSE3", 6, 99, sse3, sse2, {}, 66},
+        {"SSSE3", 6, 99, ssse3, sse2, {}, 67},
+        {"SSE4.1", 6, 99, sse41, sse2, {}, 68},
+        {"SSE4.2", 6, 99, sse42, sse2, {}, 69},
+        {"AVX", 6, 99, sse42, sse2, {.avx = true}, 70},
+        {"a known model", 6, 0x1C, ssse3, sse2, {.genuine = true}, 72},
+        {"the same of another maker", 6, 0x1C, ssse3, sse2, {}, 67},
+        {"a known model with more than it can have",
+         6,
+         0x06,
+         sse42,
+         sse2,
+         {.genuine = true, .avx = true},
+         70},
+        {"an early model", 5, 4, 0, 0, {.genuine = true}, 3},
+    };
+    for (const TypeCase& c : cases) {
+        bxCpuIdent ident;
+        ident.family = c.family;
+        ident.model = c.model & 15;
+        ident.extendedModel = c.model >> 4;
+        ident.featuresEcx = c.ecx;
+        ident.featuresEdx = c.edx;
+        EXPECT_EQ(bxCpuTypeOf(ident, c.facts), c.code) << c.what;
+    }
+}
+
+// The library environment, with a core of our own.
+
+int s_initCalls, s_initCpuCalls;
+ZorStatus s_initStatus, s_initCpuStatus, s_threadsStatus;
+
+void bindTestCore() {
+    zor_GetStatusString = [](ZorStatus) -> const char* { return "text"; };
+    zor_Init = [] { return ++s_initCalls, s_initStatus; };
+    zor_InitCpu = [](int) { return ++s_initCpuCalls, s_initCpuStatus; };
+    zor_SetNumThreads = [](int) { return s_threadsStatus; };
+}
+
+/** Unbinds everything before and after. */
+class LibraryEnvironment : public testing::Test {
+  protected:
+    LibraryEnvironment() { clear(); }
+    ~LibraryEnvironment() override { clear(); }
+    static void clear() {
+        zorEnvironment = nullptr;
+        zor_GetCpuType = nullptr;
+        zor_GetNumCoresOnDie = nullptr;
+        zor_GetMaxCacheSizeB = nullptr;
+        zor_GetStatusString = nullptr;
+        zor_Init = nullptr;
+        zor_InitCpu = nullptr;
+        zor_SetNumThreads = nullptr;
+        s_cpuType = -1;
+        s_numThreads = 0;
+        s_initCalls = s_initCpuCalls = 0;
+        s_initStatus = s_initCpuStatus = s_threadsStatus = 0;
+    }
+};
+
+TEST_F(LibraryEnvironment, FallbacksWithoutAHook) {
+    Capture capture(7);
+    EXPECT_TRUE(setZorEnvironment());
+    EXPECT_EQ(zor_Init(), -2);
+    EXPECT_EQ(zor_InitCpu(70), -2);
+    EXPECT_EQ(zor_SetNumThreads(1), -2);
+    EXPECT_STREQ(zor_GetStatusString(-5), "Error");
+    EXPECT_STREQ(zor_GetStatusString(0), "OK");
+    EXPECT_STREQ(zor_GetStatusString(5), "Warning");
+    EXPECT_GE(zor_GetNumCoresOnDie(), 1);
+    EXPECT_GE(zor_GetCpuType(), 64);
+    int size = -1;
+    const ZorStatus status = zor_GetMaxCacheSizeB(&size);
+    EXPECT_EQ(status == 0, size > 0);
+    EXPECT_TRUE(status == 36 || zor_is_GenuineQuarn());
+    EXPECT_EQ(zor_GetMaxCacheSizeB(&size), status);
+    s_cpuType = 70;
+    s_numThreads = 4;
+    initStaticCpu();
+    setNumThreads();
+    EXPECT_EQ(capture.text(), "") << "no hook, no calls";
+}
+
+TEST_F(LibraryEnvironment, HookBindsAndTheRestFallsBack) {
+    Capture capture(7);
+    EXPECT_TRUE(bxRegZorEnvironment(bindTestCore));
+    setZorEnvironment();
+    EXPECT_EQ(capture.text(), "\nZOR Core library functions have been integrated into BX\n");
+    EXPECT_STREQ(zor_GetStatusString(0), "text");
+    EXPECT_EQ(zor_GetCpuType, &bx_zorGetCpuType);
+}
+
+struct DispatchCase {
+    const char* what;
+    int cpuType;
+    ZorStatus initCpu, init;
+    const char* text;
+};
+
+TEST_F(LibraryEnvironment, ProcessorTypeIsPassedOn) {
+    bxRegZorEnvironment(bindTestCore);
+    setZorEnvironment();
+    const DispatchCase cases[] = {
+        {"none chosen", -1, 0, -5, ""},
+        {"accepted", 70, 0, 0, "\n--calling zorInitCpu( zorCpuAVX=70 )\n--status = zorStsNoErr\n"},
+        {"warned", 65, 3, 0, "\n--calling zorInitCpu( zorCpuSSE2=65 )\n--ZOR WARNING. status = 3: text\n"},
+        {"refused", 70, -10, 0,
+         "\n--calling zorInitCpu( zorCpuAVX=70 )\n--ZOR ERROR. status = -10: text\n--calling zorInit()\n"},
+        {"refused twice", 1000, -10, -5,
+         "\n--calling zorInitCpu( zorCpuUndefined=1000 )\n--ZOR ERROR. status = -10: text\n"
+         "--calling zorInit()\n--ZOR ERROR. status = -5: text\n"},
+    };
+    for (const DispatchCase& c : cases) {
+        SCOPED_TRACE(c.what);
+        s_cpuType = c.cpuType;
+        s_initCpuStatus = c.initCpu;
+        s_initStatus = c.init;
+        s_initCalls = s_initCpuCalls = 0;
+        Capture capture(1);
+        initStaticCpu();
+        EXPECT_EQ(capture.text(), c.text);
+        EXPECT_EQ(s_initCpuCalls, c.cpuType == -1 ? 0 : 1);
+        EXPECT_EQ(s_initCalls, c.cpuType == -1 || c.initCpu < 0 ? 1 : 0);
+    }
+}
+
+TEST_F(LibraryEnvironment, ThreadCountIsPassedOn) {
+    bxRegZorEnvironment(bindTestCore);
+    setZorEnvironment();
+    Capture capture(1);
+    setNumThreads();
+    EXPECT_EQ(capture.text(), "");
+    s_numThreads = 4;
+    setNumThreads();
+    s_threadsStatus = 1;
+    setNumThreads();
+    EXPECT_EQ(capture.text(), "\n--calling zorSetNumThreads( 4 )\n--status = zorStsNoErr\n"
+                              "\n--calling zorSetNumThreads( 4 )\n--ZOR WARNING. status = 1: text\n");
+}
+
+TEST_F(LibraryEnvironment, LibraryTextsAreKeptOnce) {
+    static constexpr ZorLibraryVersion record{1, 2, "libtest.so", "1.2", "Jan  1 2024"};
+    Capture capture(7);
+    setZorLibInfo();
+    EXPECT_EQ(capture.text(), "") << "no version hook";
+    EXPECT_STREQ(bxCpuType::optimizedList().c_str(), "");
+    for (int unit = 0; unit < 3; ++unit)
+        EXPECT_TRUE(bxRegZorVersion([] { return &record; }));
+    EXPECT_EQ(zorVersionList->size(), 3);
+    setZorLibInfo();
+    EXPECT_EQ(capture.text(), "ZOR libraries information has been set into BX\n");
+    ASSERT_EQ(g_pLibInfoList->size(), 1);
+    EXPECT_STREQ((*g_pLibInfoList->begin()).c_str(), "libtest.so, 1.2, Jan  1 2024");
+    EXPECT_FALSE(bxRegLibInfo("libtest.so, 1.2, Jan  1 2024"));
+    EXPECT_TRUE(bxRegLibInfo("another"));
+
+    EXPECT_STREQ(bxCpuType::optimizedList().c_str(), "libtest.so: non optimized code\n");
+    bxRegZorEnvironment(bindTestCore);
+    s_cpuType = 70;
+    EXPECT_STREQ(bxCpuType::optimizedList().c_str(), "libtest.so: optimized for x86 with AVX\n");
+    s_cpuType = 64;
+    EXPECT_STREQ(bxCpuType::optimizedList().c_str(), "libtest.so: non optimized code\n");
+}
+
+TEST_F(LibraryEnvironment, AppliedFunctionsAreKeptAsOftenAsRegistered) {
+    EXPECT_FALSE(bxRegLibFunc(""));
+    EXPECT_EQ(g_pLibFuncList, nullptr);
+    EXPECT_TRUE(bxRegLibFunc("zorsCopy"));
+    EXPECT_TRUE(bxRegLibFunc("zorsCopy"));
+    EXPECT_EQ(g_pLibFuncList->size(), 2);
+}
+
+TEST_F(LibraryEnvironment, LargestCacheAsksTheBoundFunctionFirst) {
+    zor_GetMaxCacheSizeB = [](int* size) -> ZorStatus { return *size = 12345, 0; };
+    EXPECT_EQ(bxGetMaxCacheSizeB(), 12345);
+    zor_GetMaxCacheSizeB = [](int* size) -> ZorStatus { return *size = 12345, 37; };
+    EXPECT_EQ(bxGetMaxCacheSizeB(), getMaxCacheSizeB());
+    zor_GetMaxCacheSizeB = [](int* size) -> ZorStatus { return *size = 0, 0; };
+    EXPECT_EQ(bxGetMaxCacheSizeB(), getMaxCacheSizeB());
+}
+
+TEST(Host, HasANameAndASystem) {
+    EXPECT_NE(std::string(bxHost().name()), "");
+    const std::string os = bxOS().text();
+    EXPECT_EQ(os.rfind("Linux (", 0), 0U) << os;
+    EXPECT_EQ(os.back(), ')');
+    EXPECT_GE(bxGetNumOfProcessors(), 1);
+}
+
+} // namespace
