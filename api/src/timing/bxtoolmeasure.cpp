@@ -1,0 +1,181 @@
+/** \file
+ * One measurement: the calls between two readings of the counter, and what is done around them.
+ */
+#include "timing/bxtool.h"
+
+#include "data/bxalloc.h"
+#include "output/bxtrace.h"
+#include "system/bxclock.h"
+#include "system/bxpriority.h"
+#include "timing/bxinternalerror.h"
+
+namespace {
+
+/** The priority of the measurements for a scope; after a fault the guard of the test restores it. */
+class PriorityScope {
+  public:
+    PriorityScope() { bxSetPriority(bxTool::m_priority); }
+    ~PriorityScope() { bxResetPriority(); }
+    PriorityScope(const PriorityScope&) = delete;
+    PriorityScope& operator=(const PriorityScope&) = delete;
+};
+
+/** The result of a library status; OK where no library is bound. */
+bxResult checkedStatus(int status) {
+    return bxTool::m_pCheckStatus ? bxTool::m_pCheckStatus(status) : OK;
+}
+
+/** Runs the calls of a measurement under the trace step that a fault message names. */
+template <class Calls>
+bxResult zorFunctionCalls(Calls calls) {
+    g_trace.traceIn("zorFunctionCalls");
+    const bxResult r = calls();
+    g_trace.traceOut("zorFunctionCalls");
+    return r;
+}
+
+/** Runs the calls of a measurement inside the floating-point watch and with the measuring priority. */
+template <class Calls>
+bxResult watchedCalls(const bxTool& tool, Calls calls) {
+    if (tool.ibsMode && tool.initFunc) {
+        g_trace.traceIn("initFunc call");
+        tool.initFunc();
+        g_trace.traceOut("initFunc call");
+    }
+    bxTool::ctrlStart();
+    const bxResult r = zorFunctionCalls([&] {
+        const PriorityScope priority;
+        return calls();
+    });
+    bxTool::ctrlStop();
+    return r;
+}
+
+/** The pair behind a timing function of the whole engine. */
+bxFuncTool s_funcTool = nullptr;
+bxTool* s_tool = nullptr;
+
+/** Lets a timing function of the whole engine stand as a loop function. */
+bxResult callFuncTool(int count, long long* clocks) {
+    const double figureBefore = s_tool->funcClocks;
+    const bxResult r = s_funcTool(*s_tool, count);
+    *clocks = s_tool->clocks * bxCpuTicker::getClockFactor();
+    if (*clocks == 0 && s_tool->funcClocks != figureBefore)
+        *clocks = static_cast<long long>(s_tool->funcClocks * count + 0.5); // it reported a figure instead
+    return r;
+}
+
+} // namespace
+
+bxResult bxTool::timing(bxFuncTool funcTool) {
+    s_funcTool = funcTool;
+    s_tool = this;
+    return timing(callFuncTool, nullptr, nullptr, nullptr);
+}
+
+void bxTool::runTimFunc(int count, double* perCall) {
+    constexpr int attempts = 2; // no clocks at all are worth another try
+    for (int i = 0; i < attempts; ++i) {
+        clocks = 0;
+        if (includeDataSet && !funcCall) {
+            result = UNDEFINED;
+            return;
+        }
+        updateResult(measureLoop(count));
+        if (bxIsFailure(result) || clocks > 0)
+            break;
+    }
+    *perCall = static_cast<double>(clocks) / count;
+}
+
+bxResult bxTool::measureLoop(int count) {
+    if (includeDataSet)
+        return zorFunctionCalls([&] { return timCall_Loop(count, &clocks, true); });
+    return watchedCalls(*this, [&] {
+        if (funcLoop)
+            return funcLoop(count, &clocks);
+        if (funcCall)
+            return timCall_Loop(count, &clocks, false);
+        return bxInternalError();
+    });
+}
+
+void bxTool::runTimFuncStat(long long minClocks, int* calls, double* perCall) {
+    if (includeDataSet && !funcCall) {
+        result = UNDEFINED;
+        return;
+    }
+    clocks = minClocks;
+    const bxResult r = measureStat(calls);
+    *perCall = *calls == 0 ? 0.0 : static_cast<double>(clocks) / *calls;
+    updateResult(r);
+}
+
+bxResult bxTool::measureStat(int* calls) {
+    if (includeDataSet)
+        return zorFunctionCalls([&] { return timCall_Stat(calls, &clocks, true); });
+    return watchedCalls(*this, [&] {
+        if (funcStat)
+            return funcStat(calls, &clocks);
+        if (funcCall)
+            return timCall_Stat(calls, &clocks, false);
+        return bxInternalError();
+    });
+}
+
+bxResult bxTool::timCall_Loop(int count, long long* total, bool restoreData) {
+    if (!funcCall)
+        return bxInternalError();
+    if (initFunc)
+        initFunc();
+    int status = funcCall();
+    if (m_pCheckStatus && status < 0)
+        return m_pCheckStatus(status);
+    const unsigned long long first = zor_get_cpu_counter();
+    for (int i = 0; i < count; ++i) {
+        if (initFunc)
+            initFunc();
+        if (restoreData)
+            bxResetAllVectors();
+        const int called = funcCall();
+        if (called != 0)
+            status = called;
+        if (called < 0)
+            break;
+    }
+    const unsigned long long last = zor_get_cpu_counter();
+    *total = static_cast<long long>(last - first) * bxCpuTicker::getClockFactor();
+    return checkedStatus(status);
+}
+
+bxResult bxTool::timCall_Stat(int* calls, long long* total, bool restoreData) {
+    if (!funcCall)
+        return bxInternalError();
+    if (initFunc)
+        initFunc();
+    int status = funcCall();
+    if (m_pCheckStatus && status < 0)
+        return m_pCheckStatus(status);
+    int counted = 0;
+    long long sum = 0;
+    while (counted < *calls || sum * bxCpuTicker::getClockFactor() < *total) {
+        if (initFunc)
+            initFunc();
+        const unsigned long long first = zor_get_cpu_counter();
+        if (restoreData)
+            bxResetAllVectors();
+        status = funcCall();
+        const unsigned long long last = zor_get_cpu_counter();
+        sum += static_cast<long long>(last - first);
+        ++counted;
+        // A second call, untimed, shows what the function makes of data that it has changed itself.
+        const int again = funcCall();
+        if (again != 0)
+            status = again;
+        if (again < 0)
+            break;
+    }
+    *calls = counted;
+    *total = sum * bxCpuTicker::getClockFactor();
+    return checkedStatus(status);
+}
