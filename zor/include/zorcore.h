@@ -10,21 +10,44 @@
 extern "C" {
 #endif
 
-/** Processor type codes, by instruction set. Each code path serves its type and all above it. */
+/**
+ * Processor type codes: what a processor has to offer for the library to take the code path of the type.
+ * A type is refused by zorInitCpu where the processor lacks one of its instruction sets.
+ */
 enum {
-    zorCpuUnknown = 0,
-    zorCpuSSE = 64,
-    zorCpuSSE2 = 65,
-    zorCpuSSE3 = 66,
-    zorCpuSSSE3 = 67,
-    zorCpuSSE41 = 68,
-    zorCpuSSE42 = 69,
-    zorCpuAVX = 70,
-    zorCpuAVX2 = 71,
-    zorCpuX8664 = 96
+    zorCpuUnknown = 0,     /**< any processor */
+    zorCpuX87 = 1,         /**< floating-point unit */
+    zorCpuGen5 = 2,        /**< fifth generation: x87, time-stamp counter */
+    zorCpuGen5MMX = 3,     /**< fifth generation with MMX */
+    zorCpuGen6 = 4,        /**< sixth generation: conditional moves */
+    zorCpuGen6MMX = 5,     /**< sixth generation with MMX */
+    zorCpuSSE = 64,        /**< SSE */
+    zorCpuSSE2 = 65,       /**< SSE2 */
+    zorCpuSSE3 = 66,       /**< SSE3 */
+    zorCpuSSSE3 = 67,      /**< SSSE3 */
+    zorCpuSSE41 = 68,      /**< SSE4.1 */
+    zorCpuSSE42 = 69,      /**< SSE4.2 */
+    zorCpuAVX = 70,        /**< AVX */
+    zorCpuAVX2 = 71,       /**< AVX2 with FMA */
+    zorCpuMOVBE = 72,      /**< SSSE3 with MOVBE, as low-power processors have it */
+    zorCpuPOPCNT = 73,     /**< SSE4.2 with POPCNT */
+    zorCpuAES = 74,        /**< SSE4.2 with AES and carry-less multiplication */
+    zorCpuF16C = 75,       /**< AVX with half-precision conversion */
+    zorCpuFMA = 76,        /**< AVX with FMA */
+    zorCpuBMI2 = 77,       /**< AVX2 with FMA and both bit manipulation sets */
+    zorCpuAVXVNNI = 78,    /**< AVX2 with FMA and AVX-VNNI */
+    zorCpuAVX512F = 79,    /**< AVX-512 foundation */
+    zorCpuAVX512CD = 80,   /**< AVX-512 with conflict detection */
+    zorCpuAVX512BW = 81,   /**< AVX-512 with CD, BW, DQ and VL */
+    zorCpuAVX512VNNI = 82, /**< AVX-512 with CD, BW, DQ, VL and VNNI */
+    zorCpuAVX512BF16 = 83, /**< the same with BF16 */
+    zorCpuX8664 = 96,      /**< 64-bit processor: SSE2 */
+    zorCpuX8664v2 = 97,    /**< 64-bit level 2: SSE4.2, POPCNT */
+    zorCpuX8664v3 = 98,    /**< 64-bit level 3: AVX2, FMA, BMI, MOVBE, F16C */
+    zorCpuX8664v4 = 99     /**< 64-bit level 4: AVX-512 F, CD, BW, DQ, VL */
 };
 
-/** The type of this processor: the highest of the instruction-set codes that it can run. */
+/** The type of this processor: the highest of the codes from zorCpuSSE to zorCpuAVX2 that it can run. */
 ZOR_API int zorGetCpuType(void);
 
 /** The number of processor cores on the die, at least 1. */

@@ -1,0 +1,36 @@
+#include "zorcore.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+struct StatusRow {
+    ZorStatus status;
+    const char* text;
+};
+
+constexpr std::array statusRows = {
+    StatusRow{zorStsContextErr, "State was not set up, or for another function"},
+    StatusRow{zorStsScaleRangeErr, "Scale factor is out of its range"},
+    StatusRow{zorStsBadStreamErr, "Bit stream holds what its syntax forbids"},
+    StatusRow{zorStsStreamEndErr, "Bit stream ends before its element does"},
+    StatusRow{zorStsCpuNotSupportedErr, "Processor cannot run the requested type"},
+    StatusRow{zorStsMemAllocErr, "Memory could not be allocated"},
+    StatusRow{zorStsNullPtrErr, "Pointer is null"},
+    StatusRow{zorStsSizeErr, "Length or count is out of its range"},
+    StatusRow{zorStsBadArgErr, "Argument is out of its range"},
+    StatusRow{zorStsNoErr, "No error"},
+    StatusRow{zorStsNoOperation, "Nothing had to be done"},
+    StatusRow{zorStsOverflow, "Value did not fit and was saturated"},
+    StatusRow{zorStsUnknownCacheSize, "Size of the caches is not known"},
+};
+
+} // namespace
+
+extern "C" const char* zorGetStatusString(ZorStatus status) {
+    const auto row = std::ranges::find(statusRows, status, &StatusRow::status);
+    if (row != statusRows.end())
+        return row->text;
+    return status < 0 ? "Unknown error" : "Unknown warning";
+}

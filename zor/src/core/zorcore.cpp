@@ -1,0 +1,83 @@
+#include "zorcore.h"
+
+#include "cachesize.h"
+#include "cputypes.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <unistd.h>
+
+int zor_code_path = static_cast<int>(zor::CodePath::portable);
+
+namespace {
+
+/** The instruction sets of this processor, asked for once. */
+zor::Features features() {
+    static const zor::Features found = zor::detectFeatures(zor::cpuid, zor::extendedControl());
+    return found;
+}
+
+/** The largest cache that the C library knows. */
+zor::CacheBytes systemCacheSize() {
+    zor::CacheBytes largest = 0;
+    for (int name :
+         {_SC_LEVEL1_DCACHE_SIZE, _SC_LEVEL2_CACHE_SIZE, _SC_LEVEL3_CACHE_SIZE, _SC_LEVEL4_CACHE_SIZE})
+        largest = std::max(largest, zor::CacheBytes{sysconf(name)});
+    return largest;
+}
+
+zor::CacheBytes maxCacheSize() {
+    const char* const given = std::getenv("ZOR_MAX_CACHE_SIZE");
+    if (const zor::CacheBytes size = given ? zor::parseCacheSize(given) : 0; size > 0)
+        return size;
+    if (const zor::CacheBytes size = zor::cpuidCacheSize(zor::cpuid); size > 0)
+        return size;
+    return systemCacheSize();
+}
+
+ZorStatus initCpu(const zor::CpuTypeRow& type) {
+    if (!zor::canRun(type, features()))
+        return zorStsCpuNotSupportedErr;
+    zor_code_path = static_cast<int>(type.path);
+    return zorStsNoErr;
+}
+
+} // namespace
+
+extern "C" {
+
+int zorGetCpuType() {
+    return zor::cpuTypeOf(features());
+}
+
+int zorGetNumCoresOnDie() {
+    using namespace zor;
+    // Both leaves store the number less 1.
+    if (const CpuidLeaf r = cpuid(4, 0); bits(r[eax], 4, 0) != 0)
+        return static_cast<int>(bits(r[eax], 31, 26)) + 1;
+    return static_cast<int>(bits(cpuid(0x80000008U, 0)[ecx], 7, 0)) + 1;
+}
+
+ZorStatus zorGetMaxCacheSizeB(int* sizeByte) {
+    if (!sizeByte)
+        return zorStsNullPtrErr;
+    *sizeByte = static_cast<int>(std::min<zor::CacheBytes>(maxCacheSize(), std::numeric_limits<int>::max()));
+    return *sizeByte > 0 ? zorStsNoErr : zorStsUnknownCacheSize;
+}
+
+ZorStatus zorInit() {
+    return initCpu(*zor::findCpuType(zorGetCpuType()));
+}
+
+ZorStatus zorInitCpu(int cpuType) {
+    const zor::CpuTypeRow* const type = zor::findCpuType(cpuType);
+    return type ? initCpu(*type) : zorStsBadArgErr;
+}
+
+ZorStatus zorSetNumThreads(int numThr) {
+    if (numThr < 1)
+        return zorStsSizeErr;
+    return numThr == 1 ? zorStsNoErr : zorStsNoOperation;
+}
+
+} // extern "C"
