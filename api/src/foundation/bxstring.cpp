@@ -53,7 +53,7 @@ const char* bxString::emptyText() noexcept {
 /** The text may lie in the present buffer. */
 void bxString::assign(std::string_view text) {
     const int length = static_cast<int>(text.size());
-    if (getBufSize(length) != m_capacity) {
+    if (!m_text || getBufSize(length) != m_capacity) {
         const Buffer old = std::move(m_text); // lives until the text is copied
         m_capacity = 0;
         extend(length);

@@ -1,0 +1,113 @@
+#include "framework/bxreports.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <string_view>
+#include <unordered_set>
+
+#include "framework/bxtest.h"
+#include "framework/bxtestlist.h"
+#include "output/bxcstream.h"
+#include "output/bxostream.h"
+#include "system/bxenvironment.h"
+
+namespace {
+
+/** Parts of the names of functions that serve others and are not worth a test. */
+constexpr std::array servicePart = {"Init",   "Close",        "Alloc",       "Malloc",  "Free",
+                                    "PutVal", "RotateCenter", "ResizeShift", "DrawText"};
+
+/** Parts that mark a service unless an underscore makes them the name of an operation. */
+struct Accessor {
+    const char* part;
+    const char* operation;
+};
+constexpr std::array accessors = {Accessor{"Get", "Get_"}, Accessor{"Set", "Set_"}};
+
+bool isService(const bxString& name) {
+    const auto holds = [&name](const char* part) { return name.find(part, 0) >= 0; };
+    return std::any_of(servicePart.begin(), servicePart.end(), holds) ||
+           std::any_of(accessors.begin(), accessors.end(),
+                       [&holds](const Accessor& a) { return holds(a.part) && !holds(a.operation); });
+}
+
+/** The functions that some test measures, for many look-ups. The tests must outlive it. */
+class MeasuredFunctions {
+  public:
+    explicit MeasuredFunctions(const bxTestList& tests) {
+        for (const bxTest* test : tests)
+            m_names.insert(test->name.view());
+    }
+    bool presentInTestList(const bxString& function) const { return m_names.count(function.view()) != 0; }
+
+  private:
+    std::unordered_set<std::string_view> m_names;
+};
+
+} // namespace
+
+bxReportList::bxReportList(bxTestList& tests, bxConditions& conditions, int mode) {
+    bxStringList functions;
+    if (mode != 0 && createFuncList(functions))
+        listFunctions(tests, functions, mode < 0);
+    else
+        listTests(tests, conditions);
+}
+
+bool bxReportList::createFuncList(bxStringList& functions) {
+    if (g_pLibFuncList)
+        for (const bxString& name : *g_pLibFuncList)
+            if (!isService(name))
+                functions.push_back(name);
+    return !functions.empty();
+}
+
+void bxReportList::addRow(std::initializer_list<bxString> cells) {
+    m_columns = static_cast<int>(cells.size());
+    for (const bxString& cell : cells)
+        push_back(cell);
+}
+
+void bxReportList::listTests(bxTestList& tests, bxConditions& conditions) {
+    addRow({"   #", "Function", "Test", "Source"});
+    int n = 0;
+    for (bxTest* test : tests) {
+        if (!test->tobeRun(conditions))
+            continue;
+        char number[16];
+        std::snprintf(number, sizeof number, "%4d", ++n);
+        addRow({number, test->name, test->info.className, test->fileName});
+    }
+}
+
+void bxReportList::listFunctions(const bxTestList& tests, const bxStringList& functions, bool missingOnly) {
+    addRow({"Exist", "Function"});
+    const MeasuredFunctions measured(tests);
+    for (const bxString& function : functions) {
+        const bool present = measured.presentInTestList(function);
+        if (!present || !missingOnly)
+            addRow({present ? "+" : "-", function});
+    }
+}
+
+bxOStream& operator<<(bxOStream& out, const bxReportList& report) {
+    out << ERR;
+    int column = 0;
+    for (const bxString& cell : report) {
+        column = (column + 1) % report.columns();
+        out << cell << (column == 0 ? "\n" : "\t");
+    }
+    return out << endMessage;
+}
+
+bxCStream& operator<<(bxCStream& out, const bxReportList& report) {
+    int column = 0;
+    for (const bxString& cell : report) {
+        out << cell;
+        column = (column + 1) % report.columns();
+        if (column == 0)
+            out << "\n";
+    }
+    return out;
+}

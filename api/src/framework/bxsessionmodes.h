@@ -1,0 +1,20 @@
+/** \file
+ * Session-wide switches that tests read.
+ */
+#ifndef BXSESSIONMODES_H
+#define BXSESSIONMODES_H
+
+/** The switches stand below the session, which derives from them: tests know no session. */
+class bxSessionModes {
+  public:
+    /** Bits of `m_nameMode`. */
+    enum NameMode {
+        nameInResults = 1, /**< parameter-name lines go into the result tables */
+        nameInOwnTable = 2 /**< parameter-name lines go into the separate name table */
+    };
+    static inline int m_nameMode = 0;
+    /** Tests write their parameter names and measure nothing. */
+    static inline bool m_nameExit = false;
+};
+
+#endif

@@ -1,0 +1,107 @@
+#include "framework/bxtestlist.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "framework/bxconditions.h"
+#include "framework/bxtest.h"
+
+bxTestList* pTestList = nullptr;
+
+int bxRegTest(bxTest* test) {
+    if (!pTestList)
+        pTestList = new bxTestList;
+    pTestList->insert(pTestList->end(), test);
+    return 1;
+}
+
+void deleteTestList() {
+    if (!pTestList)
+        return;
+    for (bxTest* test : *pTestList)
+        delete test;
+    delete pTestList;
+    pTestList = nullptr;
+}
+
+bool aless(bxTest*& a, bxTest*& b) {
+    return a && b && a->compareFunc(b) < 0;
+}
+
+void beforeAll() {}
+void beforeTest() {}
+void afterTest(bxTest*) {}
+
+bxTestList::bxTestList() : startTime(time(nullptr)), endTime(startTime), numResults{} {}
+
+bool bxTestList::runTests(bxConditions& conditions) {
+    beforeAll();
+    for (bxTest* test : *this) {
+        if (!test->tobeRun(conditions) || test->name.find(m_startFunc, 0) < 0)
+            continue;
+        m_startFunc = "";
+        m_pCurrentTest = test;
+        beforeTest();
+        const bxResult r = test->run();
+        afterTest(test);
+        // A test that stopped before it measured still holds the mark of its entry.
+        if (r != UNDEFINED || test->result != OK)
+            plus(r);
+        m_pCurrentTest = nullptr;
+    }
+    return numResults[FAIL] != 0;
+}
+
+void bxTestList::plus(bxResult r) {
+    ++numTests;
+    ++numResults[r];
+    if (bxIsWarning(r) && r != WARNING)
+        ++numResults[WARNING];
+    if (bxIsFailure(r) && r != FAIL)
+        ++numResults[FAIL];
+}
+
+void bxTestList::sortFunc() {
+    sort(aless);
+}
+
+namespace {
+
+/** Whether the test registers the parameter, by itself or behind its cache iterator. */
+bool uses(const bxTest& test, const bxParameter* wanted) {
+    for (const bxParameter* parm : test.parms)
+        if (parm == wanted || (parm == test.cacheIter && test.cacheIter->cacheParm() == wanted))
+            return true;
+    return false;
+}
+
+/** Lets the test register its parameters and moves those that it uses from `open` to `used`. */
+void markUsed(bxTest& test, std::vector<bxParameter*>& open, std::vector<bxParameter*>& used) {
+    test.startAndStop();
+    for (auto it = open.begin(); it != open.end();) {
+        if (uses(test, *it)) {
+            used.push_back(*it);
+            it = open.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    test.parms.erase(test.parms.begin(), test.parms.end());
+    delete test.cacheIter;
+    test.cacheIter = nullptr;
+}
+
+} // namespace
+
+void bxTestList::selectCommonParms(bxConditions& conditions, bxList<bxParameter*>& common) {
+    std::vector<bxParameter*> open(common.begin(), common.end());
+    std::vector<bxParameter*> used;
+    for (bxTest* test : *this) {
+        if (open.empty())
+            break;
+        if (test->tobeRun(conditions))
+            markUsed(*test, open, used);
+    }
+    for (auto it = common.begin(); it != common.end();)
+        it = std::find(open.begin(), open.end(), *it) != open.end() ? common.erase(it) : ++it;
+}

@@ -1,0 +1,63 @@
+/** \file
+ * The registry of tests and the loop that runs them.
+ */
+#ifndef BXTESTLIST_H
+#define BXTESTLIST_H
+
+#include <ctime>
+
+#include "foundation/bxlist.h"
+#include "foundation/bxstring.h"
+#include "timing/bxresult.h"
+
+class bxConditions;
+class bxParameter;
+class bxTest;
+
+/** The registered tests in the order of registration, or sorted; counts the results of a run. */
+class bxTestList : public bxList<bxTest*> {
+  public:
+    bxTestList();
+
+    /** Runs the selected tests in list order. Returns whether any of them ended in a failure. */
+    bool runTests(bxConditions& conditions);
+
+    /** Counts one result; a specific warning or failure also counts under WARNING or FAIL. */
+    void plus(bxResult r);
+
+    /** Sorts the list, stable, by `compareFunc` of the tests: n log n comparisons, whatever they answer. */
+    void sortFunc();
+
+    /** Keeps of `common` only the parameters that some selected test registers. */
+    void selectCommonParms(bxConditions& conditions, bxList<bxParameter*>& common);
+
+    static constexpr int numCodes = 12;
+    time_t startTime;         /**< start of the run */
+    time_t endTime;           /**< end of the run */
+    int numTests = 0;         /**< results counted */
+    int numResults[numCodes]; /**< results counted per code */
+
+    /** While not empty, tests are passed over until one whose function name contains it. */
+    static inline bxString m_startFunc;
+    /** The test that is running; null between tests. */
+    static inline bxTest* m_pCurrentTest = nullptr;
+};
+
+/** The one list of registered tests; null until the first registration. */
+extern bxTestList* pTestList;
+
+/** Appends a test to the registry, which owns it from then on. Returns 1, to initialise a static. */
+int bxRegTest(bxTest* test);
+
+/** Deletes every registered test and the registry. */
+void deleteTestList();
+
+/** Whether `a` comes strictly before `b`; false for a null pointer. */
+bool aless(bxTest*& a, bxTest*& b);
+
+/** Called once before the tests, before each test and after each test. */
+void beforeAll();
+void beforeTest();
+void afterTest(bxTest* test);
+
+#endif

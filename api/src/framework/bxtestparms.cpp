@@ -1,0 +1,176 @@
+/** \file
+ * What a test works with: the combinations of its parameter values, its data and the floating-point watch.
+ */
+#include "data/bxalloc.h"
+#include "framework/bxtest.h"
+#include "output/bxcstream.h"
+#include "output/bxostream.h"
+#include "parameters/bxistream.h"
+#include "timing/bxfpwatch.h"
+
+// ---- Parameters ----
+
+bxParameter* bxTest::regParm(bxParameter& parm) {
+    parms.push_back(&parm);
+    return &parm;
+}
+
+bxParameter* bxTest::regCacheParm(bxIterator<int>& size, bxObject* owner, bxCacheSetFunc check) {
+    if (!m_cache || cacheIter)
+        return regParm(size);
+    cacheIter = new bxCacheIteratorInt(size, owner, check);
+    return regParm(*cacheIter);
+}
+
+void bxTest::parmsFromIstrm() {
+    for (bxParameter* parm : parms)
+        parm->fromIStream(g_istrm);
+}
+
+void bxTest::parmsToOstrm() {
+    for (const bxParameter* parm : parms)
+        parm->toOStream(g_ostrm);
+}
+
+void bxTest::parmsToCstrm() {
+    for (const bxParameter* parm : parms)
+        parm->toCStream(g_cstrm);
+}
+
+void bxTest::parmsNameToCstrm() {
+    for (const bxParameter* parm : parms)
+        parm->nameToCStream(g_cstrm);
+}
+
+bool bxTest::setDeprecatedFlag(bool on) {
+    deprecated = on;
+    if (!on) {
+        for (bxParameter* parm : parms)
+            parm->setDeprecatedFlag(false);
+        return false;
+    }
+    bool any = false;
+    for (bxParameter* parm : parms) {
+        if (!parm->isDeprecatedParm())
+            continue;
+        if (!parm->setDeprecatedFlag(true))
+            return false;
+        any = true;
+    }
+    return any;
+}
+
+bool bxTest::canContinue() {
+    if (parms.empty())
+        return firstIteration;
+    if (cacheIter && cacheRetry)
+        return repeatWithNewSize();
+    if (firstIteration) {
+        for (bxParameter* parm : parms)
+            if (!parm->firstValue())
+                return false;
+        return true;
+    }
+    for (auto it = parms.end(); it != parms.begin();) {
+        --it;
+        if ((*it)->nextValue())
+            return true;
+        (*it)->firstValue();
+    }
+    return false;
+}
+
+/** The same combination with another data size; false, after an error, when no size fits the cache mode. */
+bool bxTest::repeatWithNewSize() {
+    cacheRetry = false;
+    if (cacheIter->repeatValue())
+        return true;
+    g_ostrm << ERR;
+    cacheIter->outputInfo();
+    putTextParms();
+    g_ostrm << "-- Fail to allocate " << cacheIter->getComment() << " data\n" << endMessage;
+    raiseResult(DATAFAIL);
+    return false;
+}
+
+// ---- Data ----
+
+bool bxTest::initData() {
+    return true;
+}
+
+bool bxTest::flushData() {
+    return true;
+}
+
+void* bxTest::allocate(int size, int align, void* owner) {
+    constexpr int shiftLimit = 32768; // bytes: the mutual offsets start again before they reach this
+    int misalignment = align;
+    if (align < 0)
+        misalignment = bxGetAlignSrc() && m_vectorNum != 0 ? 0 : -align * bxGetVectorAlign();
+    void* const block = bxMalloc(size, misalignment, m_vectorShift, owner ? owner : MEM_OBJECT_IS_BUFFER);
+    if (!block)
+        return nullptr;
+    ++m_vectorNum;
+    m_vectorShift += bxGetVectorShift();
+    if (m_vectorShift >= shiftLimit)
+        m_vectorShift = 0;
+    return block;
+}
+
+void bxTest::deallocate(void* block) {
+    bxFree(block);
+}
+
+int bxTest::reserveAllVectors() {
+    return bxReserveAllVectors();
+}
+
+int bxTest::resetAllVectors() {
+    return bxResetAllVectors();
+}
+
+int bxTest::printAllMemoryBlocks(bxString) {
+    return 0;
+}
+
+// ---- Floating-point watch ----
+
+void bxTest::initCtrlStatus() {
+    bxInitCtrlStatus();
+}
+
+void bxTest::clearCtrlStatus() {
+    bxClearCtrlStatus();
+}
+
+bool bxTest::badCtrlStatus(bool& bad87, bool& badSSX) {
+    return bxBadCtrlStatus(bad87, badSSX);
+}
+
+void bxTest::printCtrlStatus(bool bad87, bool badSSX) {
+    bxPrintCtrlStatus(bad87, badSSX);
+}
+
+bxResult bxTest::checkCtrlStatus() {
+    bool bad87 = false;
+    bool badSSX = false;
+    const bool bad = badCtrlStatus(bad87, badSSX);
+    if (bad) {
+        bad87Status = bad87Status || bad87;
+        badSSXStatus = badSSXStatus || badSSX;
+        printCtrlStatus(bad87, badSSX);
+    }
+    clearCtrlStatus();
+    return bad ? BADSTSWRN : UNDEFINED;
+}
+
+// ---- Measurement ----
+
+bxResult bxTest::runTiming() {
+    if (funcLoop || funcStat)
+        return tool.timing(funcLoop, funcStat, funcCall, initFunc);
+    if (funcCall)
+        return tool.timing(nullptr, nullptr, funcCall, initFunc);
+    return funcTool ? tool.timing(funcTool) : UNDEFINED;
+}

@@ -1,0 +1,275 @@
+/** \file
+ * Figures of a measurement, and how they go to the listing and the tables.
+ */
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+#include "framework/bxhotlist.h"
+#include "framework/bxsessionmodes.h"
+#include "framework/bxtest.h"
+#include "framework/bxtraced.h"
+#include "output/bxcstream.h"
+#include "output/bxostream.h"
+#include "system/bxclock.h"
+
+// ---- Figures ----
+
+double bxTest::getFlops() {
+    return -1.0;
+}
+
+double bxTest::getDivisor() {
+    return 1.0;
+}
+
+bxString bxTest::getUnit() {
+    return " ";
+}
+
+bool bxTest::isFloatFunction() {
+    return getFlops() > 0;
+}
+
+bool bxTest::isHotLine() {
+    return bxIsHotFunction(name);
+}
+
+/** Zero for a zero divisor: on the x87 a division by zero traps. */
+static double ratio(double dividend, double divisor) {
+    return divisor != 0 ? dividend / divisor : 0;
+}
+
+double bxTest::performance(bool flops) {
+    if (!flops)
+        return ratio(tool.funcClocks, getDivisor());
+    return isFloatFunction() ? ratio(getFlops() * bxCpuTicker::getFreq(), tool.funcClocks) : 0;
+}
+
+bxString bxTest::formatClocks(double x) {
+    if (!(x > 0))
+        return "";
+    char text[32];
+    if (x < 0.0001 || x > 10000000) {
+        std::snprintf(text, sizeof text, "%.3e", x);
+        return text;
+    }
+    // One decimal more for each bound that the figure stays below.
+    static constexpr std::array bounds = {100.0, 10.0, 1.0, 0.1, 0.01, 0.001};
+    const auto decimals =
+        std::count_if(bounds.begin(), bounds.end(), [x](double bound) { return x < bound; });
+    std::snprintf(text, sizeof text, "%.*f", static_cast<int>(decimals), x);
+    return text;
+}
+
+bxString bxTest::perfString(bool flops) {
+    return formatClocks(performance(flops));
+}
+
+bxString bxTest::usecString(bxTool& engine) {
+    return bxString() << ratio(engine.funcClocks, bxCpuTicker::getFreq());
+}
+
+void bxTest::setTimingResult(double clocks, bxString comment) {
+    tool.setFuncTicks(clocks);
+    tool.info = comment;
+}
+
+bxString bxTest::getComment() {
+    if (deprecated)
+        return "deprecated";
+    return cacheIter ? cacheIter->getComment() + " " + tool.info : tool.info;
+}
+
+// ---- Texts ----
+
+bxString bxTest::sFormat(bxString s, int w) {
+    const int missing = std::abs(w) - s.length();
+    if (missing <= 0)
+        return s;
+    if (w < 0) {
+        s.resize(-w, ' ');
+        return s;
+    }
+    bxString filled;
+    filled.resize(missing, ' ');
+    return filled << s;
+}
+
+bxString bxTest::sFormat(double x, int w) {
+    return sFormat(bxString() << x, w);
+}
+
+bxString bxTest::sFormat(int x, int w) {
+    return sFormat(bxString() << x, w);
+}
+
+bxString bxTest::sFormat(long long x, int w) {
+    return sFormat(bxString() << x, w);
+}
+
+bxString bxTest::testResultString() {
+    bxString line;
+    if (tool.method == bxTool::methodAuto || tool.method == bxTool::methodBest)
+        line << "  acc=" << sFormat(bxTool::getAccuracyStr(tool.actualAccuracy), -5);
+    line << "  " << sFormat(tool.info, -10) << "  perf=" << sFormat(tool.funcClocks, 9) << "/"
+         << sFormat(getDivisor(), 9) << "=" << sFormat(perfString(false), 9) << " clocks";
+    return line;
+}
+
+/** Name of the registered function that the engine's method calls. */
+static const char* measuringFunction(const bxTest& test) {
+    if (test.funcTool)
+        return "oldMethod";
+    if (test.funcCall && test.tool.includeDataSet)
+        return "funcCall with Set&Use";
+    if (test.funcCall && !test.funcLoop && !test.funcStat)
+        return "funcCall";
+    const bool callByCall =
+        test.tool.method == bxTool::methodStat ? test.funcStat != nullptr : !test.funcLoop;
+    return callByCall ? "statMethod" : "loopMethod";
+}
+
+bxString bxTest::regInfo() {
+    struct Registered {
+        bool present;
+        const char* name;
+    };
+    const Registered functions[] = {{funcLoop != nullptr, "loopMethod"},
+                                    {funcStat != nullptr, "statMethod"},
+                                    {funcTool != nullptr, "oldMethod"},
+                                    {funcCall != nullptr, "funcCall"},
+                                    {initFunc != nullptr, "funcInit"}};
+    bxString text = "   Test has been registered";
+    if (!info.regKind.empty())
+        text << " by " << info.regKind << " macro";
+    bxString list;
+    for (const Registered& function : functions)
+        if (function.present)
+            list << (list.empty() ? "" : ", ") << function.name;
+    if (list.empty())
+        return text << " without any function to call.\n No standard timing method is available";
+    return text << " with " << list << ".\n   " << measuringFunction(*this) << " is called for measuring.";
+}
+
+// ---- Listing ----
+
+void bxTest::outputResult(bxResult r) {
+    if (r == UNDEFINED)
+        return;
+    putTextError(r);
+    putTextResult(r);
+    if (!bxIsFailure(r)) {
+        putTableResult(r);
+        putTableResult_Deprecated(r);
+    }
+}
+
+void bxTest::putTextError(bxResult r) {
+    if (r <= OK)
+        return;
+    g_ostrm << (bxIsFailure(r) ? ERR : WARN) << "-- " << bxResultString(r) << " on test parameters:\n";
+    putTextParms();
+    g_ostrm << endMessage;
+}
+
+void bxTest::putTextResult(bxResult r) {
+    const MessageLevel level = r == OK ? PERF : WARN;
+    if (r == UNDEFINED || bxIsFailure(r) || !g_ostrm.shows(level))
+        return;
+    g_ostrm << level;
+    if (r != OK)
+        g_ostrm << "-- performance:\n";
+    g_ostrm << testResultString() << "\n" << endMessage;
+}
+
+void bxTest::putTextParms() {
+    putTextParms(g_ostrm.msgLevel());
+}
+
+void bxTest::putTextParms(MessageLevel level) {
+    if (!g_ostrm.shows(level))
+        return;
+    g_ostrm << level;
+    if (cacheIter)
+        g_ostrm << cacheIter->getComment() << ":";
+    bxTraced("parmsToOstrm", [this] { parmsToOstrm(); });
+    g_ostrm << "\n" << endMessage;
+}
+
+void bxTest::constToOstrm() {}
+
+void bxTest::outputConst() {
+    bxTraced("constToOstrm", [this] { constToOstrm(); });
+}
+
+void bxTest::outputRegInfo() {
+    if (g_ostrm.shows(PERF))
+        g_ostrm << PERF << regInfo() << "\n" << endMessage;
+}
+
+// ---- Tables ----
+
+void bxTest::funcToCstrm() {
+    g_cstrm << name;
+}
+
+void bxTest::resultToCstrm(bxResult) {
+    g_cstrm << getComment() << perfString(false) << getUnit() << usecString(tool) << perfString(true)
+            << (isHotLine() ? "Hot" : "");
+}
+
+void bxTest::putTableParms() {
+    bxTraced("funcToCstrm", [this] { funcToCstrm(); });
+    bxTraced("parmsToCstrm", [this] { parmsToCstrm(); });
+    g_cstrm.setCellCount(m_numParmsColm);
+}
+
+void bxTest::putTableResult(bxResult r) {
+    putTableParms();
+    bxTraced("resultToCstrm", [this, r] { resultToCstrm(r); });
+    g_cstrm.lineOut(m_numResultColm + m_numParmsColm);
+}
+
+void bxTest::putTableResult_Deprecated(bxResult r) {
+    if (setDeprecatedFlag(true)) {
+        putTableParms();
+        bxTraced("resultToCstrm", [this, r] { resultToCstrm(r); });
+        g_cstrm.linePostpone();
+    }
+    setDeprecatedFlag(false);
+}
+
+void bxTest::putTableNameLine() {
+    bxTraced("funcToCstrm", [this] { funcToCstrm(); });
+    bxTraced("parmsNameToCstrm", [this] { parmsNameToCstrm(); });
+    g_cstrm.setCellCount(m_numParmsColm);
+    g_cstrm << "parmNames";
+    g_cstrm.lineOut(m_numResultColm + m_numParmsColm);
+}
+
+namespace {
+
+/** Sends the result table's lines to the outputs of the name table while it lives. */
+class NameTableOutputs {
+  public:
+    NameTableOutputs() { exchange(); }
+    ~NameTableOutputs() { exchange(); }
+    NameTableOutputs(const NameTableOutputs&) = delete;
+    NameTableOutputs& operator=(const NameTableOutputs&) = delete;
+
+  private:
+    static void exchange() { g_cstrm.swap(g_qstrm); }
+};
+
+} // namespace
+
+void bxTest::putTableName() {
+    if (bxSessionModes::m_nameMode & bxSessionModes::nameInResults)
+        putTableNameLine();
+    if (bxSessionModes::m_nameMode & bxSessionModes::nameInOwnTable) {
+        const NameTableOutputs exchanged;
+        putTableNameLine();
+    }
+}

@@ -1,0 +1,96 @@
+/** \file
+ * A test whose steps are given by the case at hand.
+ */
+#ifndef FRAMEWORKSUPPORT_H
+#define FRAMEWORKSUPPORT_H
+
+#include "bx.h"
+#include "testsupport.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+/** Times by a fixed figure; the other steps do what the case says, or what the base does. */
+class ScriptedTest : public bxTest {
+  public:
+    explicit ScriptedTest(const char* function = "zorsScripted_32f", const char* text = "TimScripted//KV_REG")
+        : bxTest(call, nullptr, loop, stat, function, "suite/p_scripted.cpp", text) {}
+
+    static inline long long s_clocks = 1000; ///< per call
+    static inline bxResult s_status = OK;
+
+    std::function<bool()> onCanStart;
+    std::function<bool()> onInit;
+    std::function<bxResult()> onTiming;
+    std::function<void()> onFlush;
+    double flops = -1;
+    double divisor = 1;
+    int flushed = 0;
+    int stopped = 0;
+
+    bool canStart() override { return onCanStart ? onCanStart() : true; }
+    void flushStart() override { ++stopped; }
+    bool initData() override { return onInit ? onInit() : true; }
+    bool flushData() override {
+        if (onFlush)
+            onFlush();
+        return ++flushed != 0;
+    }
+    bxResult runTiming() override { return onTiming ? onTiming() : bxTest::runTiming(); }
+    double getFlops() override { return flops; }
+    double getDivisor() override { return divisor; }
+    bxString getUnit() override { return "e"; }
+
+    static int call() { return 0; }
+    static bxResult loop(int count, long long* clocks) {
+        *clocks = count * s_clocks;
+        return s_status;
+    }
+    static bxResult stat(int* calls, long long* clocks) {
+        *clocks = *calls * s_clocks;
+        return s_status;
+    }
+};
+
+/** Session-wide state as at the start of a run: Manual loop of one call, 1000 MHz. */
+class FrameworkFixture : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        g_tool = bxTool();
+        g_tool.setMethodLoop(1);
+        bxCpuTicker::m_freqMHz = 1000;
+        bxTest::m_numParmsColm = 3;
+        bxTest::m_numResultColm = 5;
+        ScriptedTest::s_clocks = 1000;
+        ScriptedTest::s_status = OK;
+    }
+    void TearDown() override {
+        bxTest::m_hot = 0;
+        bxTest::m_cache = bxTest::m_pressing = false;
+        bxSessionModes::m_nameMode = 0;
+        bxSessionModes::m_nameExit = false;
+        bxTestList::m_startFunc = "";
+        g_tool = bxTool();
+    }
+};
+
+/** The lines of a text that are framed, or those that are not. */
+inline std::string linesOf(const std::string& text, bool framed) {
+    std::string lines;
+    for (size_t at = 0; at < text.size();) {
+        const size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
+        if ((text[at] == '|' || text[at] == '+') == framed)
+            lines.append(text, at, end - at);
+        at = end;
+    }
+    return lines;
+}
+inline std::string framedLines(const std::string& text) {
+    return linesOf(text, true);
+}
+inline std::string unframed(const std::string& text) {
+    return linesOf(text, false);
+}
+
+#endif
