@@ -1,0 +1,91 @@
+#include "session/bxcommand.h"
+
+namespace {
+const char* const separators = " ;\t\r\n";
+
+bool isSign(char c) {
+    return c == '-' || c == '+' || c == '=';
+}
+} // namespace
+
+bool isKeyString(const bxString& word) {
+    return word.length() >= 2 && (word.c_str()[0] == '-' || word.c_str()[0] == '/');
+}
+
+bool bxCommandKey::setArg(bxString word, bxString next) {
+    if (!isKeyString(word)) {
+        return false;
+    }
+    m_key = word.c_str()[1];
+    bxString rest = word.substr(2);
+    bxString sign;
+    if (rest.length() > 0 && isSign(rest.c_str()[0])) {
+        sign = bxString(rest.c_str()[0]);
+        rest = rest.substr(1);
+    }
+    m_argument = sign + (rest.length() > 0 ? rest : next);
+    return true;
+}
+
+bool bxCommandKey::getArg(char key, bxString& argument) const {
+    if (!isKey(key)) {
+        return false;
+    }
+    argument = m_argument;
+    return true;
+}
+
+void bxCommandList::setArgs(int argc, char** argv) {
+    bxStringList words;
+    for (int i = 0; i < argc; ++i) {
+        words.insert(words.end(), argv[i]);
+    }
+    setArgs(words);
+}
+
+void bxCommandList::setArgs(const char* text) {
+    bxStringList words;
+    bxString(text).parse(words, separators);
+    setArgs(words);
+}
+
+void bxCommandList::setArgs(const bxStringList& words) {
+    for (auto word = words.begin(); word != words.end();) {
+        auto next = word;
+        ++next;
+        bxString candidate;
+        auto following = next;
+        if (next != words.end() && !isKeyString(*next)) {
+            candidate = *next;
+            ++following;
+        }
+        setArg(*word, candidate);
+        word = following;
+    }
+}
+
+bool bxCommandList::setArg(bxString word, bxString next) {
+    bxCommandKey key;
+    if (!key.setArg(word, next)) {
+        return false;
+    }
+    insert(end(), key);
+    return true;
+}
+
+bool bxCommandList::setArg(char key, bxString argument) {
+    return setArg(bxString("-") + bxString(key) + argument, bxString());
+}
+
+bool bxCommandList::isKey(char key) const {
+    bxString ignored;
+    return getArg(key, ignored);
+}
+
+bool bxCommandList::getArg(char key, bxString& argument) const {
+    bool found = false;
+    for (const bxCommandKey& item : *this) {
+        found = item.getArg(key, argument) || found;
+    }
+    return found;
+}

@@ -1,0 +1,220 @@
+#include "session/bxsession.h"
+
+#include <array>
+#include <ctime>
+
+#include "framework/bxhotlist.h"
+#include "framework/bxinfotests.h"
+#include "framework/bxreportformat.h"
+#include "framework/bxreports.h"
+#include "framework/bxtest.h"
+#include "framework/bxtestlist.h"
+#include "output/bxcstream.h"
+#include "output/bxostream.h"
+#include "parameters/bxistream.h"
+#include "parameters/bxparmlist.h"
+#include "session/bxdialogue.h"
+#include "session/bxkeys.h"
+#include "session/bxregister.h"
+#include "system/bxenvironment.h"
+#include "timing/bxexception.h"
+
+const char* const BX_version = "2.0";
+int bxSession::m_exitLevel = 0;
+
+namespace {
+/// What zor_Init answers where no core of the library is bound.
+constexpr int coreMissing = -2;
+} // namespace
+
+bxSession::bxSession() = default;
+
+bxSession::~bxSession() {
+    for (bxOption* option : m_options) {
+        delete option;
+    }
+}
+
+void bxSession::initSession() {
+    m_conditions = std::make_unique<bxConditions>();
+    m_askMode = 0;
+    m_batchMode = false;
+    m_quickMode = false;
+    m_levelMode = outErr;
+    m_enumMode = noEnumeration;
+
+    const bool coreBound = zor_Init() != coreMissing;
+    for (const bxKeyRow& row : bxKeyTable()) {
+        const bool missing = (row.needs == bxKeyNeeds::nameTables && !qKeys) ||
+                             (row.needs == bxKeyNeeds::libraryCore && !coreBound);
+        if (!missing) {
+            initOption(row.key, row.help, row.info, row.apply, row.descr, row.hidden);
+        }
+    }
+}
+
+int bxSession::run(int argc, char** argv) {
+    g_ostrm.setMsgLevel(PERF);
+    attachConsole();
+    setZorEnvironment();
+    initSession();
+    bxRegTest(new __bxQuarnCpuTest("__bxQuarnCpu", __FILE__, "__bxQuarnCpuTest/Quarn CPU information"));
+    pTestList->startTime = std::time(nullptr);
+
+    const bool goesOn = parseCommandLine(argc, argv) && startSession() && !quickOutput();
+    const int status = goesOn ? measure() : 0;
+
+    pTestList->endTime = std::time(nullptr);
+    if (m_headerWritten) {
+        outputFooter();
+    }
+    reportWriteFailures();
+    outputSignal();
+    deleteTestList();
+    return status;
+}
+
+void bxSession::attachConsole() {
+    for (const o_stream* output : g_ostrm) {
+        if (output == &c_out) {
+            return;
+        }
+    }
+    g_ostrm.push_back(&c_out);
+}
+
+int bxSession::measure() {
+    applyLibrarySettings();
+    if (!m_quickMode) {
+        sortTests();
+    }
+    outputHeader();
+    m_headerWritten = true;
+    if (s_parmFunc != nullptr) {
+        s_parmFunc();
+    }
+    selectTestParameters();
+    if (!settleCommonData()) {
+        return 0;
+    }
+    if (g_pHotList == nullptr) {
+        g_pHotList = new bxStringList;
+    }
+    putTableTitle();
+    return pTestList->runTests(*m_conditions) ? 1 : 0;
+}
+
+void bxSession::applyLibrarySettings() {
+    if (zorEnvironment != nullptr) {
+        initStaticCpu();
+        setNumThreads();
+        setZorEnvironment();
+    }
+    setZorLibInfo();
+}
+
+void bxSession::sortTests() {
+    // Past the message stream: a listing file does not show it.
+    c_out << "Sorting functions...";
+    c_out.flush();
+    pTestList->sortFunc();
+    c_out << "\n";
+}
+
+bool bxSession::quickOutput() {
+    if (s_version || s_hintArg != 0) {
+        g_ostrm << "\nQuarn(R) Calvix. Benchex " << BX_version << ", " << __DATE__ << "\n";
+    }
+    if (s_hintArg != 0) {
+        hint(s_hintArg, s_hintHide);
+        return true;
+    }
+    if (m_enumMode > 1) { // no -e key
+        return s_version;
+    }
+    if (m_enumMode == 0 && !m_quickMode) {
+        pTestList->sortFunc();
+    }
+    listTests(m_enumMode);
+    return true;
+}
+
+void bxSession::selectTestParameters() {
+    if (g_pParmList == nullptr) {
+        return;
+    }
+    const bool batchMode = m_batchMode;
+    const int mode = m_askMode;
+    m_batchMode = true;
+    m_askMode = 0;
+    pTestList->selectCommonParms(*m_conditions, *g_pParmList);
+    m_batchMode = batchMode;
+    m_askMode = mode;
+}
+
+bool bxSession::settleCommonData() {
+    beginCommonData();
+    bool settled = true;
+    try {
+        readCommonData();
+    } catch (const bxException& wrong) {
+        g_ostrm << ERR << wrong.msg() << "\n-- No test has been run\n" << endMessageFlush;
+        settled = false;
+    }
+    endCommonData();
+    return settled;
+}
+
+void bxSession::beginCommonData() {
+    g_ostrm.setOutLevel(outPerf);
+}
+
+void bxSession::endCommonData() {
+    g_ostrm.setOutLevel(m_levelMode);
+    if ((m_askMode & askTests) == 0) {
+        g_istrm.setIStream(nullptr);
+    }
+}
+
+void bxSession::readCommonData() {
+    const int asked = readTimingMethod() + readTestParameters() + readDataOffset();
+    if (asked != 0) {
+        g_ostrm << ERR << getEnterTitle("End of common specifications") << endMessage;
+    }
+}
+
+bool bxSession::startSession() {
+    return true;
+}
+
+void bxSession::addLevelMode(OutputLevel level) {
+    m_levelMode = static_cast<OutputLevel>(m_levelMode | level);
+}
+
+void bxSession::setIniMode(bxString path, bool write) {
+    m_iniName = path;
+    m_iniWrite = write;
+}
+
+void bxSession::addCondition(RunCondition* condition) {
+    m_conditions->push_back(condition);
+}
+
+void bxSession::setSglName(bxString name) {
+    m_sglName = genOutPath(name, extSgl);
+}
+
+bool bxSession::isExit(int level) {
+    return m_exitLevel >= level;
+}
+
+bxString bxSession::getExitInfo() {
+    static constexpr std::array texts{"ignored", "ignored because of -e option",
+                                      "ignored because of -h option", "ignored because of -v option"};
+    const bool known = m_exitLevel > 0 && m_exitLevel < static_cast<int>(texts.size());
+    return texts[known ? static_cast<std::size_t>(m_exitLevel) : 0];
+}
+
+bxString bxSession::unlessExit(int level, bxString text) {
+    return isExit(level) ? getExitInfo() : text;
+}

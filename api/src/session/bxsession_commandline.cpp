@@ -1,0 +1,166 @@
+// From the words of the command line to applied keys.
+#include <algorithm>
+
+#include "output/bxostream.h"
+#include "parameters/bxistream.h"
+#include "session/bxdialogue.h"
+#include "session/bxregister.h"
+#include "session/bxsession.h"
+#include "system/bxcputype.h"
+
+namespace {
+/// Labels of the library's processor types in lines of the extended help, without the last line end.
+bxString cpuTypeLines() {
+    constexpr int columns = 96;
+    bxString lines;
+    int length = columns;
+    for (const bxCpuType::Row& row : bxCpuType::table) {
+        const bxString word(row.label);
+        if (length + 1 + word.length() > columns) {
+            lines += lines.empty() ? "       " : "\n       ";
+            length = 7;
+        }
+        lines += bxString(" ") + word;
+        length += 1 + word.length();
+    }
+    return lines;
+}
+} // namespace
+
+bool bxSession::parseCommandLine(int argc, char** argv) {
+    m_exePath = argc > 0 ? argv[0] : "";
+    resetOptions();
+    const bxCommandList keys = readCommandKeys(argc, argv);
+    settleExitLevel(keys);
+    settlePaths(keys);
+    g_ostrm.setOutLevel(outPerf);
+    for (const bxCommandKey& key : keys) {
+        applyOption(key.key(), key.argument());
+    }
+    g_ostrm << m_optionsText;
+    m_optionsText = "";
+    if (m_unopenedFile) {
+        return fatalError("FATAL ERROR: can't open output file for writing\n");
+    }
+    if (!openIniFile()) {
+        return fatalError("FATAL ERROR: can't open ini-file for writing\n");
+    }
+    updateOptions();
+    return true;
+}
+
+void bxSession::resetOptions() {
+    m_askMode = 0;
+    m_batchMode = false;
+    m_quickMode = false;
+    m_enumMode = noEnumeration;
+    m_nameMode = 0;
+    m_nameExit = false;
+    m_unopenedFile = false;
+    m_iniName = "";
+    m_optionsText = "Command line options: ";
+}
+
+bxCommandList bxSession::readCommandKeys(int argc, char** argv) {
+    bxCommandList keys;
+    bxString line;
+    bxString path;
+    if (argc > 1) {
+        keys.setArgs(argc - 1, argv + 1);
+        m_optionsText += "\n";
+    } else if (readCfgFile(line, path)) {
+        keys.setArgs(line.c_str());
+        m_optionsText << "read from " << path << " file\n";
+    } else if (pCmdLine != nullptr) {
+        keys.setArgs(pCmdLine->c_str());
+        m_optionsText += "set by _FORCE_CMDLINE preprocessor definition\n";
+    } else {
+        m_optionsText = "";
+    }
+    return keys;
+}
+
+bool bxSession::readCfgFile(bxString& args, bxString& path) {
+    constexpr int maxLine = 1023;
+    const bxString name = m_exePath.getFileTitle() + ".cfg";
+    for (const bxString& place : {name, m_exePath.getFileDir() + name}) {
+        i_stream file(place, ioRead | ioNameAsGiven, false);
+        if (file.handle() != nullptr) {
+            file.getline(args);
+            args = args.substr(0, maxLine);
+            path = place;
+            return true;
+        }
+    }
+    return false;
+}
+
+void bxSession::settleExitLevel(const bxCommandList& keys) {
+    m_exitLevel = 0;
+    if (keys.isKey('?') || keys.isKey('h')) {
+        m_exitLevel = 2;
+    } else if (keys.isKey('e')) {
+        m_exitLevel = 1;
+    } else if (keys.isKey('v')) {
+        m_exitLevel = 3;
+    }
+}
+
+void bxSession::settlePaths(const bxCommandList& keys) {
+    const auto last = [&keys](char key) {
+        bxString argument;
+        keys.getArg(key, argument);
+        return argument;
+    };
+    setInDir(last('p'));
+    setOutDir(last('l'));
+    setDefName(last('n'));
+}
+
+bool bxSession::openIniFile() {
+    if (m_iniName.empty()) {
+        return true;
+    }
+    return g_istrm.setIniFile(m_iniName, m_iniWrite) || !m_iniWrite;
+}
+
+bool bxSession::fatalError(const char* text) {
+    g_ostrm << text;
+    return false;
+}
+
+void bxSession::updateOptions() {
+    if (bxOption* option = getOption('T')) {
+        const int tab = option->descr.find("\t");
+        if (tab >= 0) {
+            option->descr = option->descr.substr(0, tab) + cpuTypeLines() + option->descr.substr(tab + 1);
+        }
+    }
+    if (m_batchMode) {
+        m_askMode = 0;
+    } else if (m_askMode == 0) {
+        m_askMode = askTiming | askParameters;
+    }
+}
+
+void bxSession::initOption(char key, bxString help, bxKeyInfo info, bxKeyApply apply, bxString descr,
+                           bool hidden) {
+    m_options.push_back(new bxOption{key, hidden, help, info, apply, descr});
+}
+
+bxOption* bxSession::getOption(char key) {
+    const auto found =
+        std::find_if(m_options.begin(), m_options.end(), [key](const bxOption* o) { return o->key == key; });
+    return found == m_options.end() ? nullptr : *found;
+}
+
+void bxSession::applyOption(char key, bxString argument) {
+    m_optionsText << "-" << key << argument << ": ";
+    const bxOption* option = getOption(key);
+    if (option == nullptr) {
+        m_optionsText += "ignored: incorrect option key\n";
+        return;
+    }
+    m_optionsText << option->info(argument) << "\n";
+    option->apply(argument, this);
+}

@@ -1,0 +1,117 @@
+// What a session writes beside the reports of the tests: table heads, run title, summary, enumeration and
+// signal file.
+#include <ctime>
+
+#include "framework/bxreportformat.h"
+#include "framework/bxreports.h"
+#include "framework/bxtest.h"
+#include "framework/bxtestlist.h"
+#include "output/bxcstream.h"
+#include "output/bxostream.h"
+#include "session/bxsession.h"
+
+void bxSession::funcTitleToCStream() {
+    g_cstrm << "Function"
+            << "Types"
+            << "Descriptor";
+}
+
+void bxSession::parmsTitleToCStream() {
+    constexpr int numParms = 8;
+    for (int i = 1; i <= numParms; ++i) {
+        g_cstrm << (bxString("P") << i);
+    }
+}
+
+void bxSession::resultTitleToCStream() {
+    g_cstrm << "Comment"
+            << "Clocks"
+            << "per"
+            << "Time (usec)"
+            << "MFlops";
+    if (bxTest::m_hot != 0) {
+        g_cstrm << "Interest";
+    }
+}
+
+void bxSession::putTableTitle() {
+    putTableTitleLine();
+    if ((m_nameMode & nameInOwnTable) != 0) {
+        g_cstrm.swap(g_qstrm);
+        putTableTitleLine();
+        g_cstrm.swap(g_qstrm);
+    }
+}
+
+void bxSession::putTableTitleLine() {
+    funcTitleToCStream();
+    parmsTitleToCStream();
+    bxTest::m_numParmsColm = g_cstrm.cellCount();
+    resultTitleToCStream();
+    bxTest::m_numResultColm = g_cstrm.cellCount() - bxTest::m_numParmsColm;
+    g_cstrm.lineOut(0);
+}
+
+void bxSession::listTests(int mode) {
+    const bxReportTitle title(*pTestList);
+    g_ostrm << title;
+    g_cstrm << title;
+    const bxReportList list(*pTestList, *m_conditions, mode);
+    g_ostrm << list;
+    g_cstrm << list;
+}
+
+void bxSession::outputHeader() {
+    const bxReportTitle title(*pTestList);
+    g_ostrm << title;
+    g_cstrm << title;
+    g_qstrm << title;
+    g_ustrm << title << bxReportTestResult(nullptr);
+}
+
+void bxSession::outputFooter() {
+    const bxReportEnd summary(*pTestList);
+    g_ostrm << summary;
+    g_ustrm << summary;
+}
+
+void bxSession::outputSignal() {
+    if (m_sglName.empty()) {
+        return;
+    }
+    o_stream file(m_sglName, ioWrite | ioNameAsGiven, true);
+    if (file.handle() == nullptr) {
+        return;
+    }
+    const double seconds = std::difftime(pTestList->endTime, pTestList->startTime);
+    file << bxReportFormat::getTimeStr(static_cast<int>(seconds)) << "\n"
+         << std::ctime(&pTestList->endTime) << "\n";
+    file.flush();
+    if (file.failed()) {
+        g_ostrm << ERR << "-- Can't write all of file " << m_sglName << "\n" << endMessageFlush;
+    }
+}
+
+void bxSession::openOutput(bxOutputs& stream, const bxString& path, bool append) {
+    if (!stream.addStream(path, append)) {
+        unopenedFile();
+        return;
+    }
+    auto last = stream.end();
+    m_outputFiles.push_back({path, *--last});
+}
+
+void bxSession::reportWriteFailures() {
+    for (bxOutputs* stream : {static_cast<bxOutputs*>(&g_ostrm), static_cast<bxOutputs*>(&g_cstrm),
+                              static_cast<bxOutputs*>(&g_qstrm), static_cast<bxOutputs*>(&g_ustrm)}) {
+        stream->flush();
+    }
+    for (const OutputFile& output : m_outputFiles) {
+        if (output.file->failed()) {
+            g_ostrm << ERR << "-- Can't write all of file " << output.path << "\n" << endMessageFlush;
+        }
+    }
+    if (c_out.failed()) {
+        std::fputs("-- Can't write all of the listing to standard output\n", stderr);
+    }
+}

@@ -1,0 +1,35 @@
+#include <csignal>
+#include <fcntl.h>
+#include <optional>
+#include <unistd.h>
+
+#include "data/bxalloc.h"
+#include "output/bxtrace.h"
+#include "session/bxregister.h"
+#include "session/bxsession.h"
+
+namespace {
+/// A file opened later must not get the number of a standard stream that the caller has closed: the listing
+/// would be written into it.
+void keepStandardStreams() {
+    for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
+        if (fcntl(number, F_GETFD) == -1) {
+            open("/dev/null", O_RDWR);
+        }
+    }
+}
+} // namespace
+
+int main(int argc, char** argv) {
+    keepStandardStreams();
+    // A reader that has left ends neither the measurements nor the signal file.
+    std::signal(SIGPIPE, SIG_IGN);
+
+    g_trace.traceIn("main");
+    std::optional<bxSession> defaultSession;
+    bxSession& session = pSession != nullptr ? *pSession : defaultSession.emplace();
+    const int status = session.run(argc, argv);
+    bxFreeAll();
+    g_trace.traceOut("main");
+    return status;
+}
