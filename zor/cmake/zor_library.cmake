@@ -1,5 +1,5 @@
-# zor_library(<target> <domain>): a shared library of the sources in src/<domain>/, of the kernels in
-# src/<domain>/kernels/ (compiled once per code path) and, for all but the core, of src/common/.
+# zor_library(<target> <domain> [TRANSFORMS]): a shared library of the sources in src/<domain>/ and of the kernels
+# in src/<domain>/kernels/ (compiled once per code path); with TRANSFORMS also of those in src/common/.
 #
 # Kernel sources find the path in ZOR_PATH (an enumerator of zor::CodePath). The portable objects come first
 # in the link, so that a function template instantiated by several paths is taken from them.
@@ -14,7 +14,7 @@ set(zor_flags_avx2 -mavx2 -mfma)
 function(zor_library target domain)
   file(GLOB sources CONFIGURE_DEPENDS "src/${domain}/*.cpp")
   file(GLOB kernels CONFIGURE_DEPENDS "src/${domain}/kernels/*.cpp")
-  if(NOT domain STREQUAL "core")
+  if("TRANSFORMS" IN_LIST ARGN)
     file(GLOB common CONFIGURE_DEPENDS "src/common/*.cpp")
     file(GLOB common_kernels CONFIGURE_DEPENDS "src/common/kernels/*.cpp")
   endif()

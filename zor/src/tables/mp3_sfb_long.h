@@ -16,74 +16,13 @@ inline constexpr std::int8_t version_id[] = {
 inline constexpr std::uint16_t sample_rate_hz[] = {
     22050, 24000, 16000, 44100, 48000, 32000,
 };
-inline constexpr std::int8_t b0[] = {
-    0, 0, 0, 0, 0, 0,
-};
-inline constexpr std::int8_t b1[] = {
-    6, 6, 6, 4, 4, 4,
-};
-inline constexpr std::int8_t b2[] = {
-    12, 12, 12, 8, 8, 8,
-};
-inline constexpr std::int8_t b3[] = {
-    18, 18, 18, 12, 12, 12,
-};
-inline constexpr std::int8_t b4[] = {
-    24, 24, 24, 16, 16, 16,
-};
-inline constexpr std::int8_t b5[] = {
-    30, 30, 30, 20, 20, 20,
-};
-inline constexpr std::int8_t b6[] = {
-    36, 36, 36, 24, 24, 24,
-};
-inline constexpr std::int8_t b7[] = {
-    44, 44, 44, 30, 30, 30,
-};
-inline constexpr std::int8_t b8[] = {
-    54, 54, 54, 36, 36, 36,
-};
-inline constexpr std::int8_t b9[] = {
-    66, 66, 66, 44, 42, 44,
-};
-inline constexpr std::int8_t b10[] = {
-    80, 80, 80, 52, 50, 54,
-};
-inline constexpr std::int8_t b11[] = {
-    96, 96, 96, 62, 60, 66,
-};
-inline constexpr std::int8_t b12[] = {
-    116, 114, 116, 74, 72, 82,
-};
-inline constexpr std::uint8_t b13[] = {
-    140, 136, 140, 90, 88, 102,
-};
-inline constexpr std::uint8_t b14[] = {
-    168, 162, 168, 110, 106, 126,
-};
-inline constexpr std::uint8_t b15[] = {
-    200, 194, 200, 134, 128, 156,
-};
-inline constexpr std::uint8_t b16[] = {
-    238, 232, 238, 162, 156, 194,
-};
-inline constexpr std::int16_t b17[] = {
-    284, 278, 284, 196, 190, 240,
-};
-inline constexpr std::int16_t b18[] = {
-    336, 332, 336, 238, 230, 296,
-};
-inline constexpr std::int16_t b19[] = {
-    396, 394, 396, 288, 276, 364,
-};
-inline constexpr std::int16_t b20[] = {
-    464, 464, 464, 342, 330, 448,
-};
-inline constexpr std::int16_t b21[] = {
-    522, 540, 522, 418, 384, 550,
-};
-inline constexpr std::int16_t b22[] = {
-    576, 576, 576, 576, 576, 576,
+inline constexpr std::int16_t boundary[6][23] = {
+    {0, 6, 12, 18, 24, 30, 36, 44, 54, 66, 80, 96, 116, 140, 168, 200, 238, 284, 336, 396, 464, 522, 576},
+    {0, 6, 12, 18, 24, 30, 36, 44, 54, 66, 80, 96, 114, 136, 162, 194, 232, 278, 332, 394, 464, 540, 576},
+    {0, 6, 12, 18, 24, 30, 36, 44, 54, 66, 80, 96, 116, 140, 168, 200, 238, 284, 336, 396, 464, 522, 576},
+    {0, 4, 8, 12, 16, 20, 24, 30, 36, 44, 52, 62, 74, 90, 110, 134, 162, 196, 238, 288, 342, 418, 576},
+    {0, 4, 8, 12, 16, 20, 24, 30, 36, 42, 50, 60, 72, 88, 106, 128, 156, 190, 230, 276, 330, 384, 576},
+    {0, 4, 8, 12, 16, 20, 24, 30, 36, 44, 54, 66, 82, 102, 126, 156, 194, 240, 296, 364, 448, 550, 576},
 };
 
 } // namespace zor::tables::mp3_sfb_long

@@ -16,47 +16,13 @@ inline constexpr std::int8_t version_id[] = {
 inline constexpr std::uint16_t sample_rate_hz[] = {
     22050, 24000, 16000, 44100, 48000, 32000,
 };
-inline constexpr std::int8_t b0[] = {
-    0, 0, 0, 0, 0, 0,
-};
-inline constexpr std::int8_t b1[] = {
-    4, 4, 4, 4, 4, 4,
-};
-inline constexpr std::int8_t b2[] = {
-    8, 8, 8, 8, 8, 8,
-};
-inline constexpr std::int8_t b3[] = {
-    12, 12, 12, 12, 12, 12,
-};
-inline constexpr std::int8_t b4[] = {
-    18, 18, 18, 16, 16, 16,
-};
-inline constexpr std::int8_t b5[] = {
-    24, 26, 26, 22, 22, 22,
-};
-inline constexpr std::int8_t b6[] = {
-    32, 36, 36, 30, 28, 30,
-};
-inline constexpr std::int8_t b7[] = {
-    42, 48, 48, 40, 38, 42,
-};
-inline constexpr std::int8_t b8[] = {
-    56, 62, 62, 52, 50, 58,
-};
-inline constexpr std::int8_t b9[] = {
-    74, 80, 80, 66, 64, 78,
-};
-inline constexpr std::int8_t b10[] = {
-    100, 104, 104, 84, 80, 104,
-};
-inline constexpr std::uint8_t b11[] = {
-    132, 136, 134, 106, 100, 138,
-};
-inline constexpr std::uint8_t b12[] = {
-    174, 180, 174, 136, 126, 180,
-};
-inline constexpr std::uint8_t b13[] = {
-    192, 192, 192, 192, 192, 192,
+inline constexpr std::int16_t boundary[6][14] = {
+    {0, 4, 8, 12, 18, 24, 32, 42, 56, 74, 100, 132, 174, 192},
+    {0, 4, 8, 12, 18, 26, 36, 48, 62, 80, 104, 136, 180, 192},
+    {0, 4, 8, 12, 18, 26, 36, 48, 62, 80, 104, 134, 174, 192},
+    {0, 4, 8, 12, 16, 22, 30, 40, 52, 66, 84, 106, 136, 192},
+    {0, 4, 8, 12, 16, 22, 28, 38, 50, 64, 80, 100, 126, 192},
+    {0, 4, 8, 12, 16, 22, 30, 42, 58, 78, 104, 138, 180, 192},
 };
 
 } // namespace zor::tables::mp3_sfb_short

@@ -1,0 +1,49 @@
+// The public functions of SBR prediction coefficients.
+#include "ac/sbrpredict.h"
+#include "common/check.h"
+#include "zorac.h"
+
+using namespace zor;
+
+namespace {
+
+template <class Lines, class... Results>
+ZorStatus check(Lines src, int numBands, int len, const Results*... results) {
+    if (anyNull(src, results...))
+        return zorStsNullPtrErr;
+    if (numBands < 1 || len < 1)
+        return zorStsSizeErr;
+    return anyNullIn(src, len + predictPast) ? zorStsNullPtrErr : zorStsNoErr;
+}
+
+} // namespace
+
+extern "C" {
+
+ZorStatus zorsPredictCoef_SBR_R_32f_D2L(const Zor32f* const src[], Zor32f* alpha0, Zor32f* alpha1,
+                                        int numBands, int len) {
+    if (const ZorStatus status = check(src, numBands, len, alpha0, alpha1))
+        return status;
+    kernels<PredictKernels>().real(src, alpha0, alpha1, numBands, len);
+    return zorStsNoErr;
+}
+
+ZorStatus zorsPredictCoef_SBR_C_32f_D2L(const Zor32f* const srcRe[], const Zor32f* const srcIm[],
+                                        Zor32f* alpha0Re, Zor32f* alpha0Im, Zor32f* alpha1Re,
+                                        Zor32f* alpha1Im, int numBands, int len) {
+    if (const ZorStatus status = check(srcRe, numBands, len, alpha0Re, alpha0Im, alpha1Re, alpha1Im))
+        return status;
+    if (const ZorStatus status = check(srcIm, numBands, len))
+        return status;
+    kernels<PredictKernels>().split(srcRe, srcIm, alpha0Re, alpha0Im, alpha1Re, alpha1Im, numBands, len);
+    return zorStsNoErr;
+}
+
+ZorStatus zorsPredictCoef_SBR_C_32fc_D2L(const Zor32fc* const src[], Zor32fc* alpha0, Zor32fc* alpha1,
+                                         int numBands, int len) {
+    if (const ZorStatus status = check(src, numBands, len, alpha0, alpha1))
+        return status;
+    kernels<PredictKernels>().pairs(src, alpha0, alpha1, numBands, len);
+    return zorStsNoErr;
+}
+}
