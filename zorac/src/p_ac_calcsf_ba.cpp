@@ -1,0 +1,54 @@
+// Gains of scale factors.
+#include "zorcore.h"
+
+#include "scalarloop.h"
+#include "suitedata.h"
+#include "zors.h"
+
+namespace {
+
+kvVector s_factors, s_gains;
+int s_len, s_offset;
+
+kvScaleIterator s_scale;
+bxStepIterator<int> s_length(0, "", ""), s_offsets(0, "", "");
+
+class TimCalc : public ScalarLoopTest {
+  public:
+    using ScalarLoopTest::ScalarLoopTest;
+
+    bool canStart() override {
+        setRangeParm(s_length, "Lenght of vector", "length of the vectors", 100, 200, '+', 50);
+        setRangeParm(s_offsets, "Offset", "offset of the scale factors", 6, 10, '+', 2);
+        regParm(s_length);
+        regParm(s_offsets);
+        regScale(s_scale);
+        return true;
+    }
+
+    bool flushData() override {
+        s_factors.deleteVector();
+        s_gains.deleteVector();
+        return true;
+    }
+
+    double getDivisor() override { return s_len; }
+
+  protected:
+    bool createData() override {
+        s_len = s_length.value();
+        s_offset = s_offsets.value();
+        if (!makeVector(s_factors, kv16s, s_len) || !makeVector(s_gains, kv32f, s_len, 1))
+            return false;
+        s_factors.setRandom(0, 60);
+        return true;
+    }
+};
+
+int tcall_zorsCalcSF_16s32f() {
+    return zorsCalcSF_16s32f(s_factors.p16s, s_offset, s_gains.p32f, s_len);
+}
+
+KV_REG(TimCalc, zorsCalcSF_16s32f)
+
+} // namespace

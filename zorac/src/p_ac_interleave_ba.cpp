@@ -1,0 +1,52 @@
+// Putting channels together.
+#include "zorcore.h"
+
+#include "channeldata.h"
+#include "suiteparms.h"
+#include "zors.h"
+
+namespace {
+
+ChannelData s_data;
+
+bxStepIterator<int> s_channels(0, "", ""), s_length(0, "", "");
+
+class TimInterleave : public kvTest {
+  public:
+    using kvTest::kvTest;
+
+    bool canStart() override {
+        setRangeParm(s_channels, "Number of channels", "number of channels", 2, 7, '+', 5);
+        setRangeParm(s_length, "Length", "samples of a channel", 100, 2048, '+', 1948);
+        regParm(s_channels);
+        regCacheParm(s_length);
+        return true;
+    }
+
+    bool initData() override { return s_data.create(m_func.type(1), s_channels.value(), s_length.value()); }
+
+    bool flushData() override {
+        s_data.free();
+        return true;
+    }
+
+    double getDivisor() override { return s_data.channels * s_data.len; }
+    bxString getUnit() override { return "e"; }
+    void parmsToCstrm() override {
+        g_cstrm << getDivisor();
+        kvTest::parmsToCstrm();
+    }
+};
+
+int tcall_zorsInterleave_16s() {
+    return zorsInterleave_16s(s_data.apart16s, s_data.channels, s_data.len, s_data.together.p16s);
+}
+
+int tcall_zorsInterleave_32f() {
+    return zorsInterleave_32f(s_data.apart32f, s_data.channels, s_data.len, s_data.together.p32f);
+}
+
+KV_REG(TimInterleave, zorsInterleave_16s)
+KV_REG(TimInterleave, zorsInterleave_32f)
+
+} // namespace

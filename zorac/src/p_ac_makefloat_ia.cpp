@@ -1,0 +1,50 @@
+// Conversion of samples to float.
+#include "zorcore.h"
+
+#include "suitedata.h"
+#include "suiteparms.h"
+#include "zors.h"
+
+namespace {
+
+kvVector s_src, s_dst;
+int s_len;
+
+bxStepIterator<int> s_length(0, "", "");
+
+class Timac_MakeFloat : public kvTest {
+  public:
+    using kvTest::kvTest;
+
+    bool canStart() override {
+        setRangeParm(s_length, "Length", "length of the vectors", 64, 4096, '*', 2);
+        regCacheParm(s_length);
+        return true;
+    }
+
+    bool initData() override {
+        s_len = s_length.value();
+        return makeVector(s_src, kv16s, s_len) && makeVector(s_dst, kv32f, s_len, 1);
+    }
+
+    bool flushData() override {
+        s_src.deleteVector();
+        s_dst.deleteVector();
+        return true;
+    }
+
+    double getDivisor() override { return s_len; }
+    bxString getUnit() override { return "e"; }
+    void parmsToCstrm() override {
+        g_cstrm << s_len;
+        kvTest::parmsToCstrm();
+    }
+};
+
+int tcall_zorsMakeFloat_16s32f() {
+    return zorsMakeFloat_16s32f(s_src.p16s, s_dst.p32f, s_len);
+}
+
+KV_REG(Timac_MakeFloat, zorsMakeFloat_16s32f)
+
+} // namespace

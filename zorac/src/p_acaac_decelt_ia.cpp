@@ -1,0 +1,89 @@
+// Data-stream and fill elements of AAC.
+#include "zorcore.h"
+
+#include "aacstream.h"
+#include "bitposition.h"
+#include "kv.h"
+#include "suiteparms.h"
+#include "zorac.h"
+
+#include <algorithm>
+
+namespace {
+
+kvBitVector s_stream;
+kvVector s_bytes;
+BitPosition<const Zor8u> s_position;
+int s_tag;
+int s_dataCount; // what the function returns
+
+bxStepIterator<int> s_count(1, "", "");
+
+class TimacAACDecodeElt : public kvTest {
+  public:
+    using kvTest::kvTest;
+
+    bool canStart() override {
+        m_fill = name.find("Fill") >= 0;
+        setRangeParm(s_count, "count", "bytes of the element", 1, m_fill ? aacMaxFill : 512, '*', 2);
+        regParm(s_count);
+        return true;
+    }
+
+    bool initData() override {
+        const int count = s_count.value();
+        s_bytes.init(kv8u);
+        if (!s_stream.createVectorExt(count + 32, -1, smZero, 0, 0) ||
+            !s_bytes.createVector(count, m_vectorShift))
+            return false;
+        s_stream.setBitPos(0);
+        s_dataCount = std::min(count, m_fill ? aacMaxFill : aacMaxData);
+        if (m_fill)
+            putFillHead(s_stream, s_dataCount);
+        else
+            putDataHead(s_stream, s_dataCount);
+        s_position.attach(s_stream);
+        return true;
+    }
+
+    bool flushData() override {
+        s_stream.deleteVector();
+        s_bytes.deleteVector();
+        return true;
+    }
+
+    double getDivisor() override { return s_dataCount; }
+    bxString getUnit() override { return "e"; }
+    void parmsToCstrm() override {
+        g_cstrm << s_dataCount;
+        kvTest::parmsToCstrm();
+    }
+
+  private:
+    bool m_fill = false;
+};
+
+int tcall_zorsDecodeDatStrElt_AAC() {
+    return zorsDecodeDatStrElt_AAC(&s_position.bytes, &s_position.offset, s_position.end, &s_tag,
+                                   &s_dataCount, s_bytes.p8u, s_bytes.length());
+}
+
+int tinit_zorsDecodeDatStrElt_AAC() {
+    s_position.rewind();
+    return 0;
+}
+
+int tcall_zorsDecodeFillElt_AAC() {
+    return zorsDecodeFillElt_AAC(&s_position.bytes, &s_position.offset, s_position.end, &s_dataCount,
+                                 s_bytes.p8u, s_bytes.length());
+}
+
+int tinit_zorsDecodeFillElt_AAC() {
+    s_position.rewind();
+    return 0;
+}
+
+KV_REG_I(TimacAACDecodeElt, zorsDecodeDatStrElt_AAC)
+KV_REG_I(TimacAACDecodeElt, zorsDecodeFillElt_AAC)
+
+} // namespace

@@ -1,0 +1,74 @@
+// Long-term prediction of AAC.
+#include "zorcore.h"
+
+#include "aacparms.h"
+#include "kv.h"
+#include "zorac.h"
+
+namespace {
+
+constexpr int lag = 1000;
+constexpr int coefIndex = 4;
+constexpr int winShape = 0;
+
+kvVector s_src, s_dst, s_ltpFlag;
+int s_sequence;
+int s_maxSfb;
+
+aacWinSeqItr s_winSequence;
+
+class TimacAACLongTerm : public kvTest {
+  public:
+    using kvTest::kvTest;
+
+    bool canStart() override {
+        m_predict = name.find("Predict") >= 0;
+        s_winSequence.init({aacWinShort, aacWinLong});
+        regParm(s_winSequence);
+        return true;
+    }
+
+    bool initData() override {
+        s_sequence = s_winSequence.value();
+        s_maxSfb = aacFrame(s_winSequence.value()).maxSfb;
+        s_src.init(kv32s);
+        s_dst.init(kv32s);
+        s_ltpFlag.init(kv8u);
+        return s_src.createVector(m_predict ? 4096 : 1024, -1) &&
+               s_dst.createVector(m_predict ? 2048 : 1024, m_vectorShift) &&
+               s_ltpFlag.createVector(s_maxSfb + 1, 2 * m_vectorShift);
+    }
+
+    bool flushData() override {
+        for (kvVector* vector : {&s_src, &s_dst, &s_ltpFlag})
+            vector->deleteVector();
+        return true;
+    }
+
+    double getDivisor() override { return divisor(); }
+    bxString getUnit() override { return "e"; }
+    void parmsToCstrm() override {
+        g_cstrm << divisor();
+        kvTest::parmsToCstrm();
+    }
+
+  private:
+    int divisor() const { return s_dst.length(); }
+
+    bool m_predict = false;
+};
+
+int tcall_zorsLongTermPredict_AAC_32s() {
+    return zorsLongTermPredict_AAC_32s(s_src.p32s, s_dst.p32s, lag, coefIndex, s_sequence, winShape,
+                                       winShape);
+}
+
+int tcall_zorsLongTermReconstruct_AAC_32s() {
+    return zorsLongTermReconstruct_AAC_32s(s_src.p32s, s_dst.p32s, s_ltpFlag.p8u, s_sequence, s_maxSfb,
+                                           aacSamplingRate);
+}
+
+KV_REG(TimacAACLongTerm, zorsLongTermPredict_AAC_32s)
+KV_REG(TimacAACLongTerm, zorsLongTermReconstruct_AAC_32s)
+
+} // namespace

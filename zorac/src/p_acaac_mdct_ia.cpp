@@ -1,0 +1,72 @@
+// The transforms of AAC.
+#include "zorcore.h"
+
+#include "aacparms.h"
+#include "kv.h"
+#include "zorac.h"
+
+namespace {
+
+constexpr int vectorLength = 2048;
+constexpr int winShape = 0;
+
+kvVector s_src, s_dst, s_overlap, s_buffer;
+int s_sequence;
+int s_divisor = 1;
+
+aacWinSeqItr s_winSequence;
+
+class TimaacMDCT : public kvTest {
+  public:
+    using kvTest::kvTest;
+
+    bool canStart() override {
+        m_forward = name.find("Fwd") >= 0;
+        s_winSequence.init({aacWinShort, aacWinLong});
+        regParm(s_winSequence);
+        return true;
+    }
+
+    bool initData() override {
+        s_sequence = s_winSequence.value();
+        s_divisor = m_forward && s_sequence == aacWinShort ? 128 : 1024;
+        s_src.init(kv32s);
+        s_dst.init(m_forward ? kv32s : kv16s);
+        s_overlap.init(kv32s);
+        s_buffer.init(kv32s);
+        return s_src.createVector(vectorLength, 0) && s_dst.createVector(vectorLength, m_vectorShift) &&
+               s_overlap.createVector(vectorLength, 2 * m_vectorShift) &&
+               s_buffer.createVector(vectorLength, 3 * m_vectorShift);
+    }
+
+    bool flushData() override {
+        for (kvVector* vector : {&s_src, &s_dst, &s_overlap, &s_buffer})
+            vector->deleteVector();
+        return true;
+    }
+
+    double getDivisor() override { return s_divisor; }
+    bxString getUnit() override { return "e"; }
+    void parmsToCstrm() override {
+        g_cstrm << s_divisor;
+        kvTest::parmsToCstrm();
+    }
+
+  private:
+    bool m_forward = false;
+};
+
+int tcall_zorsMDCTFwd_AAC_32s() {
+    return zorsMDCTFwd_AAC_32s(s_src.p32s, s_dst.p32s, s_overlap.p32s, s_sequence, winShape, winShape,
+                               s_buffer.p32s);
+}
+
+int tcall_zorsMDCTInv_AAC_32s16s() {
+    return zorsMDCTInv_AAC_32s16s(s_src.p32s, s_dst.p16s, s_overlap.p32s, s_sequence, winShape, winShape,
+                                  s_buffer.p32s);
+}
+
+KV_REG(TimaacMDCT, zorsMDCTFwd_AAC_32s)
+KV_REG(TimaacMDCT, zorsMDCTInv_AAC_32s16s)
+
+} // namespace

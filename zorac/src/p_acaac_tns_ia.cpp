@@ -1,0 +1,96 @@
+// Temporal noise shaping of AAC.
+#include "zorcore.h"
+
+#include "aacparms.h"
+#include "kv.h"
+#include "zorac.h"
+
+#include <cstdlib>
+
+namespace {
+
+constexpr int maxWindows = 8;
+constexpr int coefsPerWindow = 12;
+
+kvVector s_coefs;
+int s_numFilt[maxWindows];
+int s_regionLen[maxWindows];
+int s_order[maxWindows];
+int s_coefRes[maxWindows];
+int s_direction[maxWindows];
+Zor8s s_filterCoefs[maxWindows * coefsPerWindow];
+int s_maxSfb;
+int s_winLen;
+int s_divisor = 1;
+constexpr int profile = zorAacLC;
+
+aacWinSeqItr s_winSequence;
+bxIterator<int> s_tnsOrder(1, "", "");
+
+class TimacAACTns : public kvTest {
+  public:
+    using kvTest::kvTest;
+
+    bool canStart() override {
+        m_encode = name.find("Encode") >= 0;
+        s_winSequence.init({aacWinShort, aacWinLong});
+        setParm(s_tnsOrder, "tnsOrder", "order of the filters", {1, 4, 7, 12});
+        regParm(s_winSequence);
+        regParm(s_tnsOrder);
+        return true;
+    }
+
+    bool initData() override {
+        const AacFrame frame = aacFrame(s_winSequence.value());
+        const int order = s_tnsOrder.value();
+        if (order > (frame.winLen == 128 ? 7 : 12))
+            return false;
+        s_winLen = frame.winLen;
+        s_maxSfb = frame.maxSfb;
+        s_divisor = frame.lines();
+        s_coefs.init(kv32s);
+        if (!s_coefs.createVector(s_divisor, -1))
+            return false;
+        Zor8s* coef = s_filterCoefs;
+        for (int window = 0; window < frame.windows; ++window) {
+            s_numFilt[window] = 1;
+            s_regionLen[window] = frame.maxSfb;
+            s_order[window] = order;
+            s_coefRes[window] = std::rand() % 2 + 3;
+            s_direction[window] = std::rand() % 2;
+            for (int i = 0; i < coefsPerWindow; ++i)
+                *coef++ = static_cast<Zor8s>(std::rand() % 16 - 8);
+        }
+        return true;
+    }
+
+    bool flushData() override {
+        s_coefs.deleteVector();
+        return true;
+    }
+
+    double getDivisor() override { return s_divisor; }
+    bxString getUnit() override { return "e"; }
+    void parmsToCstrm() override {
+        g_cstrm << s_divisor;
+        kvTest::parmsToCstrm();
+    }
+
+  private:
+    bool m_encode = false;
+};
+
+int tcall_zorsDecodeTNS_AAC_32s_I() {
+    return zorsDecodeTNS_AAC_32s_I(s_coefs.p32s, s_numFilt, s_regionLen, s_order, s_coefRes, s_filterCoefs,
+                                   s_direction, s_maxSfb, profile, aacSamplingRate, s_winLen);
+}
+
+int tcall_zorsEncodeTNS_AAC_32s_I() {
+    return zorsEncodeTNS_AAC_32s_I(s_coefs.p32s, s_numFilt, s_regionLen, s_order, s_coefRes, s_filterCoefs,
+                                   s_direction, s_maxSfb, profile, aacSamplingRate, s_winLen);
+}
+
+KV_REG(TimacAACTns, zorsDecodeTNS_AAC_32s_I)
+KV_REG(TimacAACTns, zorsEncodeTNS_AAC_32s_I)
+
+} // namespace

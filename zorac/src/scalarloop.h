@@ -1,0 +1,52 @@
+/** \file
+ * The tests of simple functions: they step their parameters, build their vectors in the same step, and show
+ * function and values in one line.
+ */
+#ifndef SCALARLOOP_H
+#define SCALARLOOP_H
+
+#include "suiteparms.h"
+
+/** Base of the scalar-loop tests. The scale factor is registered last, so that it varies fastest. */
+class ScalarLoopTest : public kvTest {
+  public:
+    using kvTest::kvTest;
+
+    bool canContinue() override {
+        if (!kvTest::canContinue())
+            return false;
+        m_created = createData();
+        return true;
+    }
+    /** A combination whose data could not be had is passed over. */
+    bool initData() override { return m_created; }
+
+    double getFlops() override { return 0; }
+    bxString getUnit() override { return "e"; }
+    void constToOstrm() override { g_ostrm << PERF << functionTitle() << "\n" << endMessage; }
+    void parmsToOstrm() override {
+        g_ostrm << functionTitle() << " ";
+        kvTest::parmsToOstrm();
+    }
+    void parmsToCstrm() override {
+        g_cstrm << getDivisor();
+        kvTest::parmsToCstrm();
+    }
+
+  protected:
+    /** Creates the vectors and states for the current values. */
+    virtual bool createData() = 0;
+
+    bxString functionTitle() const { return m_func.prefix() + m_func.baseName() + "_" + m_func.typeName(); }
+
+    /** Registers the scale factor; functions that are not scaled have the single value 0. */
+    void regScale(kvScaleIterator& scale) {
+        scale.init(name);
+        regParm(scale);
+    }
+
+  private:
+    bool m_created = false;
+};
+
+#endif
