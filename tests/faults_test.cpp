@@ -1,6 +1,10 @@
+#include "testsupport.h"
+
+#include "system/bxpriority.h"
 #include "timing/bxexception.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxsignal.h"
+#include "timing/bxtool.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +12,9 @@
 #include <cstdlib>
 #include <string>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -131,6 +137,19 @@ TEST(Faults, FloatingPointStateIsPutBack) {
     bxResetFpState();
 }
 
+TEST(Faults, PriorityIsPutBack) {
+    if (getuid() != 0)
+        GTEST_SKIP() << "needs root";
+    const int before = getpriority(PRIO_PROCESS, 0);
+    setpriority(PRIO_PROCESS, 0, 5);
+    faultOf([] {
+        bxSetPriority(3);
+        nullStore();
+    });
+    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 5);
+    setpriority(PRIO_PROCESS, 0, before);
+}
+
 TEST(Faults, GuardsNest) {
     bxFaultGuard outer;
     volatile int caughtOutside = 0;
@@ -185,6 +204,96 @@ TEST(FaultsDeathTest, ASecondFaultOnTheWayOutDoesNotGoRoundInCircles) {
             illegalInstruction();
         },
         DiedOf(SIGSEGV), "");
+}
+
+// Floating-point watch.
+
+TEST(FpWatch, DefaultControlWords) {
+    bxInitCtrlStatus();
+    bxTool::ctrlStart();
+    bxTool::ctrlStop();
+    EXPECT_STREQ(g_ctrl87.strCW().c_str(), "Near 53 Invalid Denormal Overflow Underflow Inexact ");
+    EXPECT_STREQ(g_ssx.strCW().c_str(),
+                 "Near Invalid Denormal Zerodivide Overflow Underflow Inexact FlushToZero ");
+    EXPECT_STREQ(g_ctrl87.strSW().c_str(), "Ok");
+    EXPECT_FALSE(bxBadCtrlStatus());
+}
+
+TEST(FpWatch, FlagsByName) {
+    const std::pair<int, const char*> flags[] = {{0, "Ok"},
+                                                 {0x20, "_Inexact "},
+                                                 {0x02, "?Denormal "},
+                                                 {0x3F, "?Invalid ?Denormal ?Zerodivide ?Overflow ?Underflow "
+                                                        "_Inexact "}};
+    for (const auto& [value, text] : flags) {
+        EXPECT_STREQ(ts87Base::strSW(value).c_str(), text);
+        EXPECT_STREQ(tsSSXBase(true).strExceptionState(value | 0x1F80).c_str(), text);
+        EXPECT_STREQ(tsSSXBase(false).strExceptionState(value).c_str(), "cpu has not SSX extension");
+    }
+    EXPECT_STREQ(ts87Base::strCW(0xF3F).c_str(),
+                 "Zero 64 Invalid Denormal Zerodivide Overflow Underflow Inexact ");
+    EXPECT_STREQ(ts87Base::strCW(0x400).c_str(), "Down 24 ");
+    EXPECT_STREQ(tsSSXBase(true).strCW(0x4200).c_str(), "Up Zerodivide NoFlushToZero ");
+    EXPECT_STREQ(tsSSXBase(false).strCW(0).c_str(), "cpu has not SSX extension");
+}
+
+/** Leaves the x87 "invalid operation" flag behind. */
+void raiseInvalid87() {
+    __asm__ volatile("fld1; fchs; fsqrt; fstp %%st(0)" : : : "st");
+}
+
+/** Leaves a flag in MXCSR. */
+void raiseSSX(unsigned int flag) {
+    bx_set_ssx(flag, flag);
+}
+
+TEST(FpWatch, CollectsFlagsOverMeasurements) {
+    bxInitCtrlStatus();
+    raiseInvalid87(); // before the bracket: not the function's
+    bxTool::ctrlStart();
+    bxTool::ctrlStop();
+    EXPECT_FALSE(bxBadCtrlStatus());
+    raiseSSX(0x20);
+    bxTool::ctrlStart();
+    bxTool::ctrlStop();
+    EXPECT_FALSE(bxBadCtrlStatus()) << "inexact is not bad";
+    bxTool::ctrlStart();
+    raiseInvalid87();
+    bxTool::ctrlStop();
+    raiseSSX(0x8); // SSE flags count from the start of the combination on
+    bxTool::ctrlStart();
+    bxTool::ctrlStop();
+    bool bad87 = false, badSSX = false;
+    EXPECT_TRUE(bxBadCtrlStatus(bad87, badSSX));
+    Capture capture(3);
+    bxPrintCtrlStatus(bad87, badSSX);
+    EXPECT_EQ(capture.text(), "-- Status    87: ?Invalid \n-- Status    SSX: ?Overflow _Inexact \n");
+    bxClearCtrlStatus();
+    bxTool::ctrlStart();
+    bxTool::ctrlStop();
+    EXPECT_FALSE(bxBadCtrlStatus());
+}
+
+TEST(FpWatch, ResetUndoesWhatAFunctionLeft) {
+    __asm__ volatile("fld1; fld1; fld1; fld1; fld1; fld1; fld1; fld1"); // the whole register stack
+    bx_set_cw_fpu(0xC3F, 0xF3F);
+    bx_set_ssx(0x60C1, 0xE0FF);
+    bxResetFpState();
+    EXPECT_EQ(bx_set_cw_fpu(0, 0) & 0xF3FU, 0x23BU);
+    EXPECT_EQ(bx_get_ssx(), 0x9F80U);
+    __asm__ volatile("fld1; fstp %%st(0)" : : : "st"); // would overflow a stack that is still full
+    EXPECT_EQ(bx_get_sw_fpu() & 0x3FU, 0U);
+}
+
+TEST(Exception, SaysWhatItIs) {
+    const bxException wrong(bxString("no such value"));
+    EXPECT_STREQ(wrong.msg(), "--ZOR. Exception: no such value");
+    EXPECT_STREQ(wrong.info(), "no such value");
+    EXPECT_STREQ(wrong.what(), wrong.msg());
+    EXPECT_STREQ(bxException("Illegal instruction.").msg(), "--ZOR. Signal: Illegal instruction.");
+    const std::string longText(1000, 'x');
+    EXPECT_EQ(std::string(bxException(longText.c_str()).info()).size(), 255U);
+    EXPECT_EQ(std::string(bxException(longText.c_str()).msg()).size(), 255U);
 }
 
 } // namespace

@@ -1,9 +1,7 @@
 /** \file
- * The life of a test: combinations, results, figures and rows.
+ * The life of a test: combinations, results and rows.
  */
 #include "frameworksupport.h"
-
-#include <cmath>
 
 namespace {
 
@@ -211,6 +209,30 @@ TEST_F(FrameworkTest, RowsWithEqualParametersAreNoticed) {
     }
 }
 
+/** A test with a constant description and two combinations, the first without data. */
+class Described : public ScriptedTest {
+  public:
+    Described() {
+        m_size.add(1);
+        m_size.add(2);
+        m_size.add(3);
+        m_size.setNeedsInput(false);
+        onCanStart = [this] { return regParm(m_size) != nullptr; };
+        onInit = [this] { return m_size.value() > 1; };
+    }
+    void constToOstrm() override { g_ostrm << ERR << "constant\n" << endMessage; }
+
+  private:
+    bxIterator<int> m_size{0, "A", ""};
+};
+
+TEST_F(FrameworkTest, ConstantDescriptionStandsOnceBeforeTheFirstFigure) {
+    Described test;
+    Capture listing(outErr);
+    EXPECT_EQ(test.run(), OK);
+    EXPECT_EQ(unframed(listing.text()), "constant\n");
+}
+
 TEST_F(FrameworkTest, NameLinesInEitherTable) {
     bxIterator<int> a(0, "Len", "");
     a.add(1);
@@ -300,10 +322,18 @@ TEST_F(FrameworkTest, AnUnfitDataSizeIsScaledOrGivenUp) {
             ++measured;
             return OK;
         };
+        bxTest::m_numParmsColm = 1; // the comment alone tells the two rows apart
         Capture listing(outErr);
+        TableCapture table;
         EXPECT_EQ(test.run(), c.result);
         EXPECT_EQ(measured, c.measured);
-        EXPECT_EQ(listing.text().find("-- Fail to allocate ") != std::string::npos, c.result == DATAFAIL);
+        const std::string row = "zorsScripted_32f,inCache ,-,e,0,-\n";
+        EXPECT_EQ(table.text().substr(0, row.size()), c.measured ? row : "");
+        const std::string text = listing.text();
+        EXPECT_EQ(text.find("-- Fail to allocate ") != std::string::npos, c.result == DATAFAIL) << text;
+        EXPECT_EQ(text.find(" try: cacheParm=") != std::string::npos, c.result == DATAFAIL)
+            << "where the attempts were hidden, a failure shows them";
+        EXPECT_EQ(text.find("inCache:\n") != std::string::npos, c.measured == 0);
     }
     zor_GetMaxCacheSizeB = savedQuery;
 }
@@ -325,123 +355,61 @@ TEST_F(FrameworkTest, DeprecatedTestNeedsEveryDeprecatableParameter) {
     EXPECT_FALSE(test.deprecated);
 }
 
-// ---- Figures and texts ----
-
-TEST_F(FrameworkTest, FormatsClocks) {
-    struct Case {
-        double value;
-        const char* text;
-    };
-    ScriptedTest test;
-    for (const Case& c : {Case{1234.6, "1235"},
-                          {12.345, "12.3"},
-                          {1.2345, "1.23"},
-                          {0.00005, "5.000e-05"},
-                          {20000000, "2.000e+07"},
-                          {0, ""},
-                          {-1, ""},
-                          {std::nan(""), ""},
-                          {100, "100"},
-                          {99.96, "100.0"},
-                          {10, "10.0"},
-                          {1, "1.00"},
-                          {0.1, "0.100"},
-                          {0.01, "0.0100"},
-                          {0.001, "0.00100"},
-                          {0.0005, "0.000500"},
-                          {0.0001, "0.000100"},
-                          {10000000, "10000000"}})
-        EXPECT_STREQ(test.formatClocks(c.value).c_str(), c.text) << c.value;
-}
-
-TEST_F(FrameworkTest, FillsTextsToAWidth) {
-    struct Case {
-        const char* text;
-        int width;
-        const char* filled;
-    };
-    for (const Case& c :
-         {Case{"ab", 5, "   ab"}, {"ab", -5, "ab   "}, {"ab", 1, "ab"}, {"ab", 0, "ab"}, {"", 2, "  "}})
-        EXPECT_STREQ(bxTest::sFormat(c.text, c.width).c_str(), c.filled);
-    EXPECT_STREQ(bxTest::sFormat(-7, 4).c_str(), "  -7");
-    EXPECT_STREQ(bxTest::sFormat(2.0, -3).c_str(), "2  ");
-    EXPECT_STREQ(bxTest::sFormat(12345678901LL, 12).c_str(), " 12345678901");
-}
-
-TEST_F(FrameworkTest, FiguresOfAMeasurement) {
-    ScriptedTest test;
-    test.tool.funcClocks = 4096;
-    test.flops = 2048;
-    test.divisor = 1024;
-    EXPECT_EQ(test.performance(true), 500);
-    EXPECT_EQ(test.performance(false), 4);
-    EXPECT_STREQ(test.perfString(true).c_str(), "500");
-    EXPECT_STREQ(bxTest::usecString(test.tool).c_str(), "4.1");
-    test.flops = 0;
-    EXPECT_STREQ(test.perfString(true).c_str(), "") << "no float function";
-
-    // Where the x87 traps a division by zero, none may happen.
-    test.tool.funcClocks = 0;
-    test.flops = 2048;
-    EXPECT_STREQ(test.perfString(true).c_str(), "");
-    EXPECT_STREQ(test.perfString(false).c_str(), "");
-    test.divisor = 0;
-    EXPECT_EQ(test.performance(false), 0);
-    bxCpuTicker::m_freqMHz = 1;
-    test.setTimingResult(7, "own");
-    EXPECT_STREQ(bxTest::usecString(test.tool).c_str(), "7");
-    EXPECT_STREQ(test.getComment().c_str(), "own");
-}
-
-TEST_F(FrameworkTest, ResultLine) {
-    ScriptedTest test;
-    test.divisor = 64;
-    test.tool.funcClocks = 640;
-    test.tool.actualAccuracy = 0.008;
-    test.tool.info = "nLps=512";
-    test.tool.method = bxTool::methodAuto;
-    EXPECT_STREQ(test.testResultString().c_str(),
-                 "  acc=0.8%   nLps=512    perf=      640/       64=     10.0 clocks");
-    test.tool.method = bxTool::methodStat;
-    EXPECT_STREQ(test.testResultString().c_str(), "  nLps=512    perf=      640/       64=     10.0 clocks");
-}
-
-TEST_F(FrameworkTest, RegistrationText) {
-    enum Function { loop = 1, stat = 2, own = 4, call = 8, init = 16 };
-    struct Case {
-        int functions;
-        int method;
-        bool restore;
-        const char* text;
-    };
-    const Case cases[] = {
-        {0, 0, false, " without any function to call.\n No standard timing method is available"},
-        {loop | stat | call, 0, false,
-         " with loopMethod, statMethod, funcCall.\n   loopMethod is called for measuring."},
-        {loop | stat, 2, false, " with loopMethod, statMethod.\n   statMethod is called for measuring."},
-        {loop, 2, false, " with loopMethod.\n   loopMethod is called for measuring."},
-        {stat, 1, false, " with statMethod.\n   statMethod is called for measuring."},
-        {call | init, 3, false, " with funcCall, funcInit.\n   funcCall is called for measuring."},
-        {loop | call, 0, true,
-         " with loopMethod, funcCall.\n   funcCall with Set&Use is called for measuring."},
-        {own | call, 0, true, " with oldMethod, funcCall.\n   oldMethod is called for measuring."},
-    };
-    for (const Case& c : cases) {
-        ScriptedTest test("f", "Tim//KV_REG_I");
-        test.funcLoop = c.functions & loop ? &ScriptedTest::loop : nullptr;
-        test.funcStat = c.functions & stat ? &ScriptedTest::stat : nullptr;
-        test.funcTool = c.functions & own ? [](bxTool&, int) { return OK; } : bxFuncTool();
-        test.funcCall = c.functions & call ? &ScriptedTest::call : nullptr;
-        test.initFunc = c.functions & init ? &ScriptedTest::call : nullptr;
-        test.tool.method = c.method;
-        test.tool.includeDataSet = c.restore;
-        EXPECT_EQ(std::string(test.regInfo().c_str()),
-                  std::string("   Test has been registered by KV_REG_I macro") + c.text);
-    }
-    EXPECT_EQ(ScriptedTest("f", "Tim").regInfo().find(" by "), -1);
-}
-
 // ---- Data ----
+
+/** Counts how often its copy was kept. */
+class Owner : public bxObject {
+  public:
+    bool reserveCopy() override { return ++kept != 0; }
+    int kept = 0;
+};
+
+TEST_F(FrameworkTest, EveryCombinationStartsAfresh) {
+    bxIterator<int> a(0, "A", "");
+    a.add(1);
+    a.add(2);
+    a.setNeedsInput(false);
+    Owner owner;
+    ScriptedTest test("zorsScripted_32f", "TimScripted//KV_REG_Ibs");
+    test.onCanStart = [&] { return test.regParm(a) != nullptr; };
+    std::vector<int> openSteps;
+    void* block = nullptr;
+    test.onInit = [&] {
+        EXPECT_EQ(bxTest::m_vectorNum, 0);
+        EXPECT_EQ(bxTest::m_vectorShift, 0);
+        openSteps.push_back(g_trace.size());
+        g_trace.traceIn("left open");
+        return (block = bxTest::allocate(16, -1, &owner)) != nullptr;
+    };
+    test.onFlush = [&] {
+        bxTest::deallocate(block);
+        g_trace.traceIn("left open too");
+    };
+    g_tool.includeDataSet = true;
+    test.onTiming = [&] {
+        EXPECT_TRUE(test.tool.ibsMode) << "by the registration form";
+        return OK;
+    };
+    EXPECT_EQ(test.run(), OK);
+    EXPECT_EQ(owner.kept, 2);
+    ASSERT_EQ(openSteps.size(), 2U);
+    EXPECT_EQ(openSteps[0], openSteps[1]) << "a step left open does not lead into the next combination";
+}
+
+/** A test none of whose combinations is hot. */
+class ColdLines : public ScriptedTest {
+  public:
+    bool isHotLine() override { return false; }
+};
+
+TEST_F(FrameworkTest, ColdLinesAreNotMeasuredInHotMode) {
+    ColdLines test;
+    test.onTiming = [] { return ADD_FAILURE(), OK; };
+    bxTest::m_hot = 2;
+    Capture listing(outPerf);
+    EXPECT_EQ(test.run(), DATAFAIL);
+    EXPECT_NE(listing.text().find("  measuring is omitted: not hot line\n"), std::string::npos);
+}
 
 TEST_F(FrameworkTest, BlocksAreSpreadAndMisalignedAsSet) {
     const long long mark = bxMallocMark();

@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 /** Times by a fixed figure; the other steps do what the case says, or what the base does. */
 class ScriptedTest : public bxTest {
@@ -20,6 +22,7 @@ class ScriptedTest : public bxTest {
     static inline long long s_clocks = 1000; ///< per call
     static inline bxResult s_status = OK;
 
+    std::function<void()> onBegin;
     std::function<bool()> onCanStart;
     std::function<bool()> onInit;
     std::function<bxResult()> onTiming;
@@ -29,6 +32,11 @@ class ScriptedTest : public bxTest {
     int flushed = 0;
     int stopped = 0;
 
+    void beginTest() override {
+        bxTest::beginTest();
+        if (onBegin)
+            onBegin();
+    }
     bool canStart() override { return onCanStart ? onCanStart() : true; }
     void flushStart() override { ++stopped; }
     bool initData() override { return onInit ? onInit() : true; }
@@ -51,6 +59,36 @@ class ScriptedTest : public bxTest {
         *clocks = *calls * s_clocks;
         return s_status;
     }
+};
+
+/** Tests of one list; the list does not own them. */
+class Suite {
+  public:
+    ScriptedTest& add(const char* function, const char* text = "TimScripted//KV_REG") {
+        m_tests.push_back(std::make_unique<ScriptedTest>(function, text));
+        list.push_back(m_tests.back().get());
+        return *m_tests.back();
+    }
+    /** Function names of the tests that have been measured, in list order. */
+    std::string measured() const {
+        return joined([](const ScriptedTest& test) { return test.stopped != 0; });
+    }
+    std::string names() const {
+        return joined([](const ScriptedTest&) { return true; });
+    }
+
+    bxTestList list;
+
+  private:
+    std::string joined(bool (*wanted)(const ScriptedTest&)) const {
+        bxString names;
+        for (const bxTest* test : list)
+            if (wanted(static_cast<const ScriptedTest&>(*test)))
+                names << (names.empty() ? "" : " ") << test->name;
+        return std::string(names.view());
+    }
+
+    std::vector<std::unique_ptr<ScriptedTest>> m_tests;
 };
 
 /** Session-wide state as at the start of a run: Manual loop of one call, 1000 MHz. */

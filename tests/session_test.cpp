@@ -17,6 +17,7 @@
 #include "system/bxenvironment.h"
 #include "testsupport.h"
 #include "timing/bxexception.h"
+#include "timing/bxtool.h"
 
 namespace {
 
@@ -322,6 +323,19 @@ TEST_F(Session, AsksByKeysUnlessInBatchMode) {
     EXPECT_EQ(session.askModeFor(4, false), 4);
     EXPECT_EQ(session.askModeFor(15, true), 0);
     EXPECT_EQ(session.askModeFor(0, true), 0);
+}
+
+TEST_F(Session, KeepsThePriorityThatWasValidLast) {
+    const int before = bxTool::m_priority;
+    struct Row {
+        const char* argument;
+        int priority;
+    };
+    for (const Row& row : {Row{"HIGH", 1}, {"high", 1}, {"L", 3}, {"", 3}, {"NORMAL", 2}, {"1", 2}}) {
+        Y_apply(row.argument, &session);
+        EXPECT_EQ(bxTool::m_priority, row.priority) << row.argument;
+    }
+    bxTool::m_priority = before;
 }
 
 // ---- Help ----

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <sched.h>
 #include <set>
 #include <string>
 #include <sys/resource.h>
@@ -65,19 +66,24 @@ TEST(Clock, TimerCountsProcessorTimeWithoutTheDevice) {
 }
 
 TEST(Priority, IsRestored) {
-    const int before = getpriority(PRIO_PROCESS, 0);
+    const auto niceValue = [] { return getpriority(PRIO_PROCESS, 0); };
+    const int before = niceValue();
     bxSetPriority(0);
     bxResetPriority();
-    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
+    EXPECT_EQ(niceValue(), before);
     if (getuid() != 0)
         GTEST_SKIP() << "needs root";
-    bxSetPriority(3);
-    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 10);
-    bxResetPriority();
-    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
     setpriority(PRIO_PROCESS, 0, 5);
+    for (const auto& [mode, value] : {std::pair(1, -20), std::pair(2, 0), std::pair(3, 10)}) {
+        bxSetPriority(mode);
+        EXPECT_EQ(niceValue(), value);
+        bxResetPriority();
+        EXPECT_EQ(niceValue(), 5);
+        EXPECT_EQ(sched_getscheduler(0), SCHED_OTHER);
+    }
+    setpriority(PRIO_PROCESS, 0, 7);
     bxResetPriority(); // nothing was saved since
-    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), 5);
+    EXPECT_EQ(niceValue(), 7);
     setpriority(PRIO_PROCESS, 0, before);
 }
 

@@ -50,9 +50,10 @@ std::vector<T> randomInts(int count, long long low, long long high, unsigned see
 /** Builds a bit stream, most significant bit first. */
 class BitText {
   public:
+    /** Bits beyond those of the value are 0. */
     BitText& put(unsigned value, int count) {
         for (int i = count - 1; i >= 0; --i)
-            m_bits.push_back((value >> i & 1) != 0);
+            m_bits.push_back(i < 32 && (value >> i & 1) != 0);
         return *this;
     }
     BitText& put(const char* text) {

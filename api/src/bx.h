@@ -48,6 +48,7 @@
 #include "parameters/bxstepiterator.h"
 
 #include "framework/bxconditions.h"
+#include "framework/bxcpureport.h"
 #include "framework/bxhotlist.h"
 #include "framework/bxinfotests.h"
 #include "framework/bxreportformat.h"
@@ -56,6 +57,7 @@
 #include "framework/bxtest.h"
 #include "framework/bxtestinfo.h"
 #include "framework/bxtestlist.h"
+#include "framework/bxtraced.h"
 
 #include "session/bxcommand.h"
 #include "session/bxdialogue.h"

@@ -91,9 +91,7 @@ void appendRegister(bxString& text, const CPUID& registers, int reg) {
 bxCpuReport::bxCpuReport(bxCpuidQuery query) : m_query(query ? query : askProcessor) {}
 
 bool bxCpuReport::valid(unsigned int number) const {
-    const bool extended = number >= leafExtended;
-    const unsigned int largest = leaf(extended ? leafExtended : 0).get(CPUID::EAX);
-    return number <= largest && (largest >= leafExtended) == extended;
+    return number <= leaf(number & leafExtended).get(CPUID::EAX);
 }
 
 bxString bxCpuReport::asterisks() {

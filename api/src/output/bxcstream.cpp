@@ -4,64 +4,31 @@
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 namespace {
 
-/** Two lines, by their place in the store. */
+/** Two lines, by their place among those checked. */
 using LinePair = std::pair<int, int>;
 
-/** Steps through the leading columns of a store and joins the cells of each line; no cell holds a NUL. */
-class KeyReader {
-  public:
-    KeyReader(const bxStringList* columns, int k) {
-        for (int i = 0; i < k; ++i)
-            m_cells.push_back(columns[i].begin());
-    }
-    std::string next() {
-        std::string key;
-        for (auto& cell : m_cells)
-            key.append((cell++)->c_str()) += '\0';
-        return key;
-    }
-
-  private:
-    std::vector<bxStringList::const_iterator> m_cells;
-};
-
-/** The first pair of equal keys among m lines: the smallest first line, and the smallest second one for it.
- */
-std::optional<LinePair> firstEqualPair(KeyReader keys, int m) {
-    std::unordered_map<std::string, int> firstLines;
+/** The first pair of lines with equal keys: the smallest first line, and the smallest second one for it. */
+std::optional<LinePair> firstEqualPair(const std::vector<std::string>& keys) {
+    std::unordered_map<std::string_view, int> firstLines;
+    firstLines.reserve(keys.size());
     std::optional<LinePair> pair;
-    for (int j = 0; j < m; ++j) {
-        const auto [place, isNew] = firstLines.try_emplace(keys.next(), j);
+    int line = 0;
+    for (const std::string& key : keys) {
+        const auto [place, isNew] = firstLines.try_emplace(key, line);
         if (!isNew && (!pair || place->second < pair->first))
-            pair = LinePair(place->second, j);
+            pair = LinePair(place->second, line);
+        ++line;
     }
     return pair;
 }
 
 } // namespace
-
-void bxCStream::Store::append(const bxString* cells) {
-    for (bxStringList& column : m_columns)
-        column.push_back(*cells++);
-}
-
-void bxCStream::Store::takeFirst(bxString* cells) {
-    for (bxStringList& column : m_columns) {
-        *cells++ = std::move(*column.begin());
-        column.erase(column.begin());
-    }
-}
-
-void bxCStream::Store::clear() {
-    for (bxStringList& column : m_columns)
-        column.clear();
-}
 
 void bxCStream::addCell(const bxString& text) {
     if (m_count < lineWidth)
@@ -104,7 +71,7 @@ void bxCStream::lineOut(int n) {
     tableOut(n);
     ++m_lineNumber;
     if (m_keyColumns)
-        m_check.append(m_cells.data());
+        m_checked.push_back(lineKey());
     tableFlush();
 }
 
@@ -114,13 +81,13 @@ void bxCStream::tableFlush() {
 }
 
 void bxCStream::linePostpone() {
-    m_postponed.append(m_cells.data());
+    m_postponed.push_back(m_cells);
     tableFlush();
 }
 
 void bxCStream::linePostponeOut(int n) {
-    while (!m_postponed.empty()) {
-        m_postponed.takeFirst(m_cells.data());
+    for (Line& line : std::exchange(m_postponed, {})) {
+        m_cells = std::move(line);
         setCellCount(n);
         lineOut(n);
     }
@@ -128,24 +95,30 @@ void bxCStream::linePostponeOut(int n) {
 
 void bxCStream::identicalLinesStart(int k) {
     m_keyColumns = std::clamp(k, 0, lineWidth);
-    m_check.clear();
+    m_checked.clear();
 }
 
 bool bxCStream::identicalLinesStop() {
-    if (!m_keyColumns || m_check.empty())
+    if (!m_keyColumns || m_checked.empty())
         return false;
     const bool found = identicalLinesCheck();
     m_keyColumns = 0;
-    m_check.clear();
+    m_checked.clear();
     return found;
 }
 
+std::string bxCStream::lineKey() const {
+    std::string key;
+    for (int i = 0; i < m_keyColumns; ++i)
+        key.append(m_cells[static_cast<std::size_t>(i)].c_str()) += '\0';
+    return key;
+}
+
 bool bxCStream::identicalLinesCheck() const {
-    const int m = m_check.m_columns[0].size();
-    const auto pair = firstEqualPair(KeyReader(m_check.m_columns.data(), m_keyColumns), m);
+    const auto pair = firstEqualPair(m_checked);
     if (!pair)
         return false;
-    const int first = m_lineNumber - m + 1;
+    const int first = m_lineNumber - static_cast<int>(m_checked.size()) + 1;
     g_ostrm << WARN << " Performance table warning:\n";
     g_ostrm << " Lines " << first + pair->first << " & " << first + pair->second;
     g_ostrm << " have identical parameters\n" << endMessageFlush;

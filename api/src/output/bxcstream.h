@@ -11,6 +11,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 /**
  * A table. A line of up to 32 cells is filled, then written to every attached file. Lines can be held back,
@@ -56,25 +57,19 @@ class bxCStream : public bxOutputs {
     static bool identicalColms(const bxString* a, const bxString* b, int k);
 
   private:
-    /** Lines, column by column: line n is the n-th element of each list. */
-    class Store {
-      public:
-        bool empty() const { return m_columns[0].empty(); }
-        void append(const bxString* cells);
-        /** Moves the first line into `cells`. */
-        void takeFirst(bxString* cells);
-        void clear();
-        std::array<bxStringList, lineWidth> m_columns;
-    };
+    using Line = std::array<bxString, lineWidth>;
 
     std::string lineText(int n) const;
 
-    std::array<bxString, lineWidth> m_cells;
+    /** The key cells of the line, joined; no cell holds a NUL, which ends each. */
+    std::string lineKey() const;
+
+    Line m_cells;
     int m_count = 0;
     int m_lineNumber = 0;
-    int m_keyColumns = 0; /**< 0: no check */
-    Store m_check;
-    Store m_postponed;
+    int m_keyColumns = 0;               /**< 0: no check */
+    std::vector<std::string> m_checked; /**< keys of the lines written while the check is on */
+    std::vector<Line> m_postponed;
 };
 
 /** Appends a cell; "\n" ends the line. */

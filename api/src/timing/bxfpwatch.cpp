@@ -222,7 +222,7 @@ void bxResetFpState() {
     constexpr unsigned int denormalsAreZero = 0x40;
     __asm__ volatile("fninit");
     ts87Base::setDefault();
-    const tsSSXBase ssx;
+    static const tsSSXBase ssx; // asked once: CPUID is slow under a hypervisor
     ssx.setDefault();
     if (ssx.hasSSX())
         bx_set_ssx(0, denormalsAreZero);

@@ -2,10 +2,12 @@
 
 #include "system/bxpriority.h"
 #include "timing/bxexception.h"
+#include "timing/bxexit.h"
 #include "timing/bxfpwatch.h"
 
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -17,6 +19,14 @@ std::array<struct sigaction, faultSignals.size()> s_previous;
 
 /** The handler's stack: the tested function may have used up its own. Holds the largest register state. */
 alignas(64) std::array<char, 65536> s_stack;
+
+/** Why the tested function was left; null for a signal. */
+const char* s_reason = nullptr;
+
+[[noreturn]] void jumpBack() {
+    tsSignal::m_armed = 0;
+    siglongjmp(tsSignal::m_jmpbuf, -1);
+}
 
 /** Puts back what handled the signal before, and raises it again to end the process by it. */
 void passOn(int sig) {
@@ -44,6 +54,7 @@ tsSignal::tsSignal() {
     sigemptyset(&action.sa_mask);
     for (std::size_t i = 0; i < faultSignals.size(); ++i)
         sigaction(faultSignals[i], &action, &s_previous[i]);
+    bxCatchExit();
 }
 
 void tsSignal::sig_fpe(int sig) {
@@ -52,8 +63,13 @@ void tsSignal::sig_fpe(int sig) {
         passOn(sig);
         return;
     }
-    m_armed = 0;
-    siglongjmp(m_jmpbuf, -1);
+    s_reason = nullptr;
+    jumpBack();
+}
+
+void tsSignal::leave(const char* reason) {
+    s_reason = reason;
+    jumpBack();
 }
 
 const char* tsSignal::getInfo() {
@@ -76,6 +92,7 @@ tsSignal& bxSignal() {
 
 bxFaultGuard::bxFaultGuard() : m_outerArmed(tsSignal::m_armed) {
     std::memcpy(&m_outerBuffer, &tsSignal::m_jmpbuf, sizeof m_outerBuffer);
+    bxCatchExitOfThisProcess();
 }
 
 bxFaultGuard::~bxFaultGuard() {
@@ -87,5 +104,6 @@ bxFaultGuard::~bxFaultGuard() {
 void bxFaultGuard::raise() {
     bxResetFpState();
     bxResetPriority();
-    throw bxException(tsSignal::getInfo());
+    const char* const reason = std::exchange(s_reason, nullptr);
+    throw bxException(reason ? reason : tsSignal::getInfo());
 }

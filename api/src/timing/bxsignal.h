@@ -12,7 +12,8 @@
  * catches, and its end gives the buffer back to the outer one. A fault disarms its guard, so that a second
  * fault on the way out (a broken heap) goes to nobody instead of round in circles. Locals that change between
  * `sigsetjmp` and the fault and are read after it must be volatile. Destructors of the frames jumped over do
- * not run. Without an armed guard the fault ends the process by its own signal.
+ * not run. Without an armed guard the fault ends the process by its own signal. The time limit (bxwatchdog.h) and
+ * a call of exit (bxexit.h) come back the same way.
  */
 #ifndef BXSIGNAL_H
 #define BXSIGNAL_H
@@ -32,6 +33,8 @@ class tsSignal {
     static int code() { return m_code; }
     /** Stores the signal and jumps back to `m_jmpbuf` with -1; without an armed guard ends the process. */
     static void sig_fpe(int sig);
+    /** Jumps back to the armed `m_jmpbuf` for a reason that is no signal; the text must outlive the jump. */
+    [[noreturn]] static void leave(const char* reason);
 
     static volatile sig_atomic_t m_code;
     /** Whether `m_jmpbuf` leads into a living frame. */
@@ -59,7 +62,7 @@ class bxFaultGuard {
         return tsSignal::m_jmpbuf;
     }
 
-    /** After a jump: restores the floating-point state and the priority, and throws the fault. */
+    /** After a jump: restores the floating-point state and the priority, and throws the fault or reason. */
     [[noreturn]] static void raise();
 
   private:

@@ -1,0 +1,198 @@
+/** \file
+ * What a faulting test does to itself, and what it leaves behind for the next.
+ */
+#include "frameworksupport.h"
+
+namespace {
+
+using FrameworkFaults = FrameworkFixture;
+
+int* volatile s_nowhere = nullptr;
+
+/** Faults are what these cases are about: no sanitizer has to tell. */
+__attribute__((no_sanitize("undefined"))) bool fault() {
+    *s_nowhere = 1;
+    return true;
+}
+
+bxResult storeToNull(int, long long*) {
+    fault();
+    return OK;
+}
+
+bxResult illegalInstruction(int, long long*) {
+    __builtin_trap();
+}
+
+__attribute__((no_sanitize("undefined"))) bxResult divideByZero(int, long long* clocks) {
+    volatile int zero = 0;
+    volatile int one = 1;
+    *clocks = one / zero;
+    return OK;
+}
+
+bxResult divideByZeroOnX87(int, long long* clocks) {
+    volatile long double zero = 0;
+    volatile long double quotient = 1 / zero;
+    *clocks = static_cast<long long>(quotient);
+    return OK;
+}
+
+/** Whether an x87 trap arrives; some emulators run x87 code without. */
+bool x87Traps() {
+    ScriptedTest test;
+    test.funcLoop = divideByZeroOnX87;
+    Capture listing(outNone);
+    return test.run() == EXCPTFAIL;
+}
+
+bxResult badValue(int, long long*) {
+    throw bxException(bxString("Invalid value of Len = x"));
+}
+
+struct Fault {
+    bxFuncLoop function;
+    const char* message;
+};
+
+TEST_F(FrameworkFaults, AFaultEndsItsTestAndNoOther) {
+    const Fault faults[] = {
+        {storeToNull, "--ZOR. Signal: Illegal storage access. in zorFunctionCalls\n"},
+        {illegalInstruction, "--ZOR. Signal: Illegal instruction. in zorFunctionCalls\n"},
+        {divideByZero, "--ZOR. Signal: FP error, such as overflow, division by zero, invalid operation. in "
+                       "zorFunctionCalls\n"},
+        {divideByZeroOnX87, "--ZOR. Signal: FP error, such as overflow, division by zero, invalid operation. "
+                            "in zorFunctionCalls\n"},
+        {badValue, "--ZOR. Exception: Invalid value of Len = x in zorFunctionCalls\n"},
+    };
+    const bool traps = x87Traps();
+    for (const Fault& fault : faults) {
+        if (fault.function == divideByZeroOnX87 && !traps)
+            continue;
+        Suite suite;
+        ScriptedTest& broken = suite.add("zorsBroken");
+        broken.funcLoop = fault.function;
+        suite.add("zorsNext");
+        Capture listing(outWarn);
+        TableCapture table;
+        TableCapture summary(g_ustrm);
+        bxConditions all;
+        EXPECT_TRUE(suite.list.runTests(all));
+        EXPECT_EQ(suite.list.numResults[EXCPTFAIL], 1);
+        EXPECT_EQ(suite.list.numResults[OK], 1);
+        EXPECT_EQ(unframed(listing.text()), fault.message);
+        EXPECT_EQ(broken.flushed, 1) << "data are freed though the loop did not come to it";
+        EXPECT_EQ(broken.stopped, 0);
+        EXPECT_EQ(table.text(), "zorsNext,-,-,nLps=1,1000,e,1,-\n");
+        EXPECT_NE(summary.text().find(",EXCPTFAIL,"), std::string::npos);
+        EXPECT_EQ(g_ostrm.outLevel(), outWarn) << "the level of the timing does not stay";
+    }
+}
+
+TEST_F(FrameworkFaults, AFaultInAnyStepIsNamed) {
+    struct Case {
+        std::function<void(ScriptedTest&)> arrange;
+        const char* step;
+        int flushed;
+    };
+    for (const Case& c :
+         {Case{[](ScriptedTest& t) { t.onCanStart = fault; }, "canStart", 0},
+          Case{[](ScriptedTest& t) { t.onInit = fault; }, "initData", 1},
+          Case{[](ScriptedTest& t) { t.onFlush = fault; }, "flushData", 0},
+          Case{[](ScriptedTest& t) { t.onTiming = [] { return fault(), OK; }; }, "runTiming", 1}}) {
+        ScriptedTest test;
+        c.arrange(test);
+        Capture listing(outErr);
+        EXPECT_EQ(test.run(), EXCPTFAIL);
+        EXPECT_EQ(unframed(listing.text()),
+                  std::string("--ZOR. Signal: Illegal storage access. in ") + c.step + "\n");
+        EXPECT_EQ(test.flushed, c.flushed) << "in " << c.step;
+    }
+}
+
+TEST_F(FrameworkFaults, AFaultLeavesStreamsAsTheyWere) {
+    ScriptedTest broken;
+    broken.onTiming = [] {
+        g_ostrm << DATA; // a message, a row and a step that nobody ends
+        g_cstrm << "junk";
+        g_trace.traceIn("dump");
+        fault();
+        return OK;
+    };
+    const int openMessages = g_ostrm.openMessages();
+    Capture listing(outErr);
+    EXPECT_EQ(broken.run(), EXCPTFAIL);
+    EXPECT_NE(listing.text().find(" in dump\n"), std::string::npos);
+    EXPECT_EQ(g_ostrm.openMessages(), openMessages);
+    ScriptedTest next;
+    TableCapture table;
+    EXPECT_EQ(next.run(), OK);
+    EXPECT_EQ(table.text(), "zorsScripted_32f,-,-,nLps=1,1000,e,1,-\n");
+    EXPECT_TRUE(g_trace.empty());
+    EXPECT_TRUE(g_trace.indent().empty());
+}
+
+TEST_F(FrameworkFaults, AFaultBeforeTheTitleGetsItsTitleAndItsRow) {
+    ScriptedTest test;
+    test.onBegin = [] { fault(); };
+    Capture listing(outErr);
+    TableCapture summary(g_ustrm);
+    EXPECT_EQ(test.run(), EXCPTFAIL);
+    EXPECT_EQ(listing.text().find("| Function  : zorsScripted_32f"), 0U);
+    EXPECT_EQ(unframed(listing.text()), "--ZOR. Signal: Illegal storage access. in beginTest\n");
+    EXPECT_EQ(summary.text().find("zorsScripted_32f,Timing,-,-,-,-,TimScripted,"), 0U);
+}
+
+TEST_F(FrameworkFaults, RowsHeldBackBeforeAFaultAreWritten) {
+    bxIterator<int> a(0, "A", "");
+    a.add(1);
+    a.add(2);
+    a.addDeprecated(1, "old");
+    a.setNeedsInput(false);
+    ScriptedTest test;
+    test.onCanStart = [&] { return test.regParm(a) != nullptr; };
+    test.onInit = [&] { return a.value() == 1 || fault(); };
+    TableCapture table;
+    Capture listing(outErr);
+    EXPECT_EQ(test.run(), EXCPTFAIL);
+    EXPECT_EQ(table.text(),
+              "zorsScripted_32f,1,-,nLps=1,1000,e,1,-\nzorsScripted_32f,old,-,deprecated,1000,e,1,-\n");
+}
+
+TEST_F(FrameworkFaults, AThousandFaultsAreCaughtWithoutGrowth) {
+    ScriptedTest test;
+    void* held = nullptr;
+    // A block that the test frees itself, and one that it has forgotten about.
+    test.onInit = [&] {
+        held = bxTest::allocate(1 << 20, -1);
+        return bxTest::allocate(1 << 20, -1) != nullptr;
+    };
+    test.onFlush = [&] { bxTest::deallocate(held); };
+    const bxFuncLoop second = x87Traps() ? divideByZeroOnX87 : illegalInstruction;
+    const long long before = bxAllocatedSize();
+    Capture listing(outErr);
+    for (int i = 0; i < 1000; i++) {
+        test.funcLoop = i % 2 ? storeToNull : second;
+        ASSERT_EQ(test.run(), EXCPTFAIL) << "fault number " << i;
+        ASSERT_EQ(bxAllocatedSize(), before);
+    }
+    test.funcLoop = ScriptedTest::loop;
+    EXPECT_EQ(test.run(), OK);
+    EXPECT_EQ(bxAllocatedSize(), before) << "what a sound test forgets is freed as well";
+}
+
+TEST_F(FrameworkFaults, FloatingPointStateIsPutBack) {
+    ScriptedTest test;
+    unsigned int mxcsr = 0;
+    test.onTiming = [&] {
+        bx_set_ssx(0x6000, 0x6000); // rounding toward zero
+        bx_set_cw_fpu(0xC00, 0xC00);
+        return OK;
+    };
+    test.onFlush = [&] { mxcsr = bx_get_ssx(); };
+    test.run();
+    EXPECT_EQ(mxcsr & 0x6000, 0U) << "the next data are built with rounding to nearest";
+    EXPECT_EQ(bx_set_cw_fpu(0, 0) & 0xC00, 0U);
+}
+
+} // namespace
