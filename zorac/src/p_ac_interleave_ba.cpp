@@ -33,7 +33,7 @@ class TimInterleave : public kvTest {
     double getDivisor() override { return s_data.channels * s_data.len; }
     bxString getUnit() override { return "e"; }
     void parmsToCstrm() override {
-        g_cstrm << getDivisor();
+        g_cstrm << static_cast<int>(getDivisor());
         kvTest::parmsToCstrm();
     }
 };

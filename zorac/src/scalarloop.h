@@ -29,7 +29,7 @@ class ScalarLoopTest : public kvTest {
         kvTest::parmsToOstrm();
     }
     void parmsToCstrm() override {
-        g_cstrm << getDivisor();
+        g_cstrm << static_cast<int>(getDivisor());
         kvTest::parmsToCstrm();
     }
 
