@@ -136,8 +136,8 @@ ZOR_API ZorStatus zorsNoiselessDecode_AAC(const Zor8u** ppBitStream, int* pBitOf
 
 /**
  * Inverse quantisation in place, group order: sign(q) |q|^(4/3) 2^((scale factor - 100) / 4), rounded and
- * saturated. Bands with code book 0 or one of noise and intensity, and lines above maxSfb, become 0.
- * Magnitudes above 8191 count as 8191.
+ * saturated, to within 2^-22 of the value. Bands with code book 0 or one of noise and intensity, and lines
+ * above maxSfb, become 0. Magnitudes above 8191 count as 8191.
  */
 ZOR_API ZorStatus zorsQuantInv_AAC_32s_I(Zor32s* pSrcDst, const Zor16s* pScaleFactor, const Zor8u* pSfbCb,
                                          int numWinGrp, const int* pWinGrpLen, int maxSfb,
@@ -504,10 +504,12 @@ ZOR_API ZorStatus zorsUnpackScaleFactors_MP3_1u8s(const Zor8u** ppStream, int* p
 
 /**
  * Modified discrete cosine transform of `len` samples to len/2 coefficients and back (ISO/IEC
- * 14496-3, 4.6.11; without window), M = len/2, n0 = (M + 1)/2: forward X[k] = 2 sum over n of x[n] cos(pi/M
- * (n + n0)(k + 1/2)), inverse x[n] = 2/len sum over k of X[k] cos(pi/M (n + n0)(k + 1/2)). With windows whose
- * squares add up to 1, applied on both sides, the overlapped halves of two frames give back the samples.
- * `len` is 4 times a product of twos, threes and fives, up to 1 << 20.
+ * 14496-3, 4.6.11; without window), with M = len/2 and n0 = (M + 1)/2:
+ * - forward X[k] = 2 sum over n of x[n] cos(pi/M (n + n0)(k + 1/2)),
+ * - inverse x[n] = 2/len sum over k of X[k] cos(pi/M (n + n0)(k + 1/2)).
+ *
+ * With windows whose squares add up to 1, applied on both sides, the overlapped halves of two frames give
+ * back the samples. `len` is 4 times a product of twos, threes and fives, up to 1 << 20.
  */
 typedef struct ZorsMDCTFwdSpec_32f ZorsMDCTFwdSpec_32f;
 typedef struct ZorsMDCTInvSpec_32f ZorsMDCTInvSpec_32f;
@@ -518,8 +520,10 @@ ZOR_API ZorStatus zorsMDCTFwdInitAlloc_32f(ZorsMDCTFwdSpec_32f** spec, int len);
 ZOR_API ZorStatus zorsMDCTInvInitAlloc_32f(ZorsMDCTInvSpec_32f** spec, int len);
 ZOR_API ZorStatus zorsMDCTFwdInitAlloc_16s(ZorsMDCTFwdSpec_16s** spec, int len);
 
-/** The bytes of the work buffer of a call, which may stand at any address. \return zorStsNullPtrErr,
- * zorStsContextErr. */
+/**
+ * The bytes of the work buffer of a call, which may stand at any address.
+ * \return zorStsNullPtrErr, zorStsContextErr.
+ */
 ZOR_API ZorStatus zorsMDCTFwdGetBufSize_32f(const ZorsMDCTFwdSpec_32f* spec, int* sizeByte);
 ZOR_API ZorStatus zorsMDCTInvGetBufSize_32f(const ZorsMDCTInvSpec_32f* spec, int* sizeByte);
 ZOR_API ZorStatus zorsMDCTFwdGetBufSize_16s(const ZorsMDCTFwdSpec_16s* spec, int* sizeByte);
@@ -603,14 +607,17 @@ ZOR_API ZorStatus zorsSynthesisFilter_DTS_32f(const Zor32f* src, Zor32f* dst,
 
 /*
  * Filter banks of spectral band replication (ISO/IEC 14496-3, 4.6.18): analysis of 32 bands, synthesis of 64
- * and down-sampled synthesis of 32. "C" is the complex bank, "R" the real one (low power). Band signals are
- * lists of lines
- * ("D2L"), one line of 32 or 64 bands a time slot; 32f lines hold real and imaginary parts apart, 32fc lines
- * pairs. With c[] the window and s the samples back from the newest one:
- *     analysis     X[k] = 2 sum over n of u[n] e(pi/32 (k + 1/2)(n + a)), u[n] = sum over j of c[2n + 128j]
- * s[n + 64j] synthesis    v[n] = 1/64 sum over k of re X[k] e(pi/M (k + 1/2)(n + b)), M = 64 or 32, windowed
- * and overlapped, where e is the complex exponential with a = -1/4, b = -127.5 for M = 64 and -63.75 for M =
- * 32 in the complex banks; the cosine with a = -48, b = -M/2 and twice the synthesis factor in the real ones.
+ * and down-sampled synthesis of 32 ("Down"). "C" is the complex bank, "R" the real one (low power). Band
+ * signals are lists of lines ("D2L"), a line of 32 or 64 bands for each time slot; 32f lines hold real and
+ * imaginary parts apart, 32fc lines pairs. With the window c[], the samples s[] back from the newest one and
+ * e(x) = exp(jx):
+ * - analysis of M = 32: u[n] = sum over j of c[2n + 128j] s[n + 64j],
+ *   X[k] = 2 sum over n of u[n] e(pi/M (k + 1/2)(n + a));
+ * - synthesis of M = 64 or 32: v[n] = 1/64 sum over k of re X[k] e(pi/M (k + 1/2)(n + b)), n below 2M, then
+ *   windowed and overlapped over ten slots.
+ *
+ * Phases of the complex banks: a = -1/4, b = -127.5 for M = 64 and -63.75 for M = 32. The real banks have the
+ * cosine instead of e, a = -48, b = -M/2 and the factor 1/32 instead of 1/64.
  */
 typedef struct ZorsAnalysisFilterState_SBR_RToC_32f ZorsAnalysisFilterState_SBR_RToC_32f;
 typedef struct ZorsAnalysisFilterState_SBR_RToC_32f32fc ZorsAnalysisFilterState_SBR_RToC_32f32fc;

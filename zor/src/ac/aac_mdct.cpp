@@ -97,10 +97,13 @@ class PlanData {
         m_plan.length = length;
         m_plan.ends = rotations(points, 31, [=](int n) { return pi * (n + 0.125) / length; });
         int rest = points;
-        for (; rest >= 4; rest /= 4, ++m_plan.stages)
+        for (; rest >= 4; rest /= 4, ++m_plan.stages) {
+            // The second stage works on four copies of each rotation.
+            const int copies = m_plan.stages == 1 ? 4 : 1;
             for (int part = 1; part <= 3; ++part)
-                m_plan.stage[m_plan.stages][part - 1] =
-                    rotations(rest / 4, 30, [=](int n) { return 2 * pi * part * n / rest; });
+                m_plan.stage[m_plan.stages][part - 1] = rotations(
+                    rest / 4 * copies, 30, [=](int n) { return 2 * pi * part * (n / copies) / rest; });
+        }
         m_plan.radix2 = rest == 2;
     }
 

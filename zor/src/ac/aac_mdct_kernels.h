@@ -25,7 +25,9 @@ struct Dct4Plan {
     int stages; ///< radix-4 stages; a radix-2 one follows where M/2 is no power of 4
     bool radix2;
     Rotations ends; ///< M/2 rotations before and after the Fourier transform; 31 fractional bits
-    Rotations stage[maxStages][3]; ///< per stage: of the second, third and fourth quarter; 30 fractional bits
+    /** Per stage: of the second, third and fourth output; 30 fractional bits. In the second stage four of
+     * each. */
+    Rotations stage[maxStages][3];
 };
 
 struct AacMdctKernels {
@@ -40,7 +42,8 @@ struct AacMdctKernels {
                          Zor32s* folded, int length, int norm);
     /**
      * DCT-IV. The input shifted left by `norm` has to be below 2^28; the sum is multiplied by
-     * 2^(31 - shift) 2 / M and 2^norm, rounded and saturated. `work` holds 2 * M elements.
+     * 2^(31 - shift) 2 / M and 2^norm, rounded and saturated (never to the lowest number, which has no
+     * negative). `work` holds 2 * M elements.
      */
     void (*dct4)(const Dct4Plan& plan, const Zor32s* in, int norm, Zor32s* out, int shift, Zor32s* work);
     /** Unfolds M values to 2M samples, windows them and adds them to `sum`, saturated. */

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <numbers>
 
@@ -77,6 +78,11 @@ struct ReflectionTable {
 
 const ReflectionTable reflection;
 
+/** The least e with value < 2^e, for values above 0; below -1000 for 0. */
+int exponentOf(double value) {
+    return static_cast<int>(std::bit_cast<Zor64u>(value) >> 52) - 1022;
+}
+
 /** The direct-form predictor of a lattice with these coefficients, by the step-up recursion. */
 TnsPredictor predictor(const Zor8s* codes, int order, int bits) {
     std::array<double, tnsMaxOrder> a{};
@@ -91,14 +97,14 @@ TnsPredictor predictor(const Zor8s* codes, int order, int bits) {
         a[static_cast<std::size_t>(m)] = k;
     }
     double total = 0;
-    for (const double value : a)
-        total += std::abs(value);
-    int exponent = 0;
-    std::frexp(total, &exponent);
-    TnsPredictor result{order, 30 - std::max(exponent, 1), {}};
     for (int m = 0; m < order; ++m)
-        result.coef[m] =
-            static_cast<Zor32s>(std::lrint(std::ldexp(a[static_cast<std::size_t>(m)], result.shift)));
+        total += std::abs(a[static_cast<std::size_t>(m)]);
+    TnsPredictor result{order, 30 - std::max(exponentOf(total), 1), {}};
+    const auto scale = static_cast<double>(1 << result.shift);
+    for (int m = 0; m < order; ++m) {
+        const double coef = a[static_cast<std::size_t>(m)] * scale;
+        result.coef[m] = static_cast<Zor32s>(coef + std::copysign(0.5, coef));
+    }
     return result;
 }
 

@@ -1,115 +1,83 @@
 /** \file
- * Huffman decoding of layer III by tables of two levels.
- *
- * The first level is indexed by the next eight bits. Where the code ends within them the entry holds it; else
- * it names a part of the second level and how many further bits, those of the longest code with this
- * beginning, are its index.
+ * Huffman decoding of layer III.
  */
 #include "ac/mp3_huffman.h"
 #include "ac/mp3_kernels.h"
 #include "ac/mp3_stream.h"
+#include "common/prefixtable.h"
 
 namespace zor::mp3 {
 namespace {
 
-constexpr int firstBits = 8;
-constexpr int firstSize = 1 << firstBits;
-
-/** `count` bits of the code are left at this level; `value` is x << 4 | y, or the place of the second level.
- */
-struct Entry {
-    Zor16u value = 0;
-    Zor8u length = 0; ///< bits of the code at this level, 0 in an entry that leads on
-    Zor8u more = 0;   ///< bits that index the second level
+/** A code word with what it stands for: x and y, or v w x y, packed from the most significant bit. */
+struct Record {
+    int value, code, length;
 };
 
-/**
- * Enters the codes of rows [row, end) of the csv behind place `base` of `entries`, which may be null to
- * measure. \return entries taken
- */
-constexpr int enterBook(Entry* entries, int row, int end) {
-    using namespace tables::mp3_huffman;
-    int longest[firstSize]{};
-    for (int i = row; i < end; ++i)
-        if (length[i] > firstBits) {
-            int& bits = longest[code[i] >> (length[i] - firstBits)];
-            bits = std::max(bits, length[i] - firstBits);
-        }
-    int place[firstSize]{}, used = firstSize;
-    for (int prefix = 0; prefix < firstSize; ++prefix)
-        if (longest[prefix] > 0) {
-            place[prefix] = used;
-            if (entries)
-                entries[prefix] = {static_cast<Zor16u>(used), 0, static_cast<Zor8u>(longest[prefix])};
-            used += 1 << longest[prefix];
-        }
-    for (int i = row; entries && i < end; ++i) {
-        const int beyond = length[i] - firstBits;
-        const int prefix = beyond > 0 ? code[i] >> beyond : 0;
-        const int bits = beyond > 0 ? beyond : length[i],
-                  indexBits = beyond > 0 ? longest[prefix] : firstBits;
-        const int first = (beyond > 0 ? place[prefix] : 0) +
-                          ((beyond > 0 ? code[i] & ((1 << beyond) - 1) : code[i]) << (indexBits - bits));
-        for (int j = 0; j < 1 << (indexBits - bits); ++j)
-            entries[first + j] = {static_cast<Zor16u>(x[i] << 4 | y[i]), static_cast<Zor8u>(bits), 0};
-    }
-    return used;
-}
+using PairLookup = PrefixTable<8>;
+using QuadLookup = PrefixTable<6>;
 
-/** Calls visit(book, first row, end row) for each book of the csv. */
+constexpr auto pairRecords = [] {
+    using namespace tables::mp3_huffman;
+    std::array<Record, rows> records{};
+    for (std::size_t i = 0; i < records.size(); ++i)
+        records[i] = {x[i] << 4 | y[i], code[i], length[i]};
+    return records;
+}();
+
+/** Calls visit(table number in the csv, its records) for each book. */
 template <class Visit>
 constexpr void forBooks(Visit visit) {
     using namespace tables::mp3_huffman;
-    for (int row = 0, book = 0; row < rows; ++book) {
-        int end = row;
-        while (end < rows && table[end] == table[row])
+    for (std::size_t row = 0, end = 0; row < pairRecords.size(); row = end) {
+        while (end < pairRecords.size() && table[end] == table[row])
             ++end;
-        visit(book, row, end);
-        row = end;
+        visit(table[row], std::span<const Record>(pairRecords).subspan(row, end - row));
     }
 }
 
-constexpr int totalEntries = [] {
-    int total = 0;
-    forBooks([&](int, int row, int end) { total += enterBook(nullptr, row, end); });
+constexpr std::size_t pairEntries = [] {
+    std::size_t total = 0;
+    forBooks([&](int, std::span<const Record> records) {
+        PairLookup::PrefixBits bits{};
+        total += PairLookup::measure(records, bits);
+    });
     return total;
 }();
 
-struct DecodeTables {
-    Entry entry[totalEntries];
-    int start[pairTables]; ///< by table number
+/** The look-up tables of all books in a row. */
+struct PairLookups {
+    std::array<PrefixEntry, pairEntries> entries{};
+    std::size_t start[pairTables]{}; ///< by table number
+    bool valid = true;
 };
 
-constexpr DecodeTables decodeTables = [] {
-    DecodeTables result{};
-    int used = 0;
-    forBooks([&](int, int row, int end) {
-        for (int t = 0; t < pairTables; ++t)
-            if (tables::mp3_huffman_linbits::code_table[t] == tables::mp3_huffman::table[row])
+constexpr PairLookups pairLookups = [] {
+    PairLookups result;
+    std::size_t used = 0;
+    forBooks([&](int book, std::span<const Record> records) {
+        PairLookup::PrefixBits bits{};
+        const std::size_t size = PairLookup::measure(records, bits);
+        result.valid =
+            PairLookup::build(records, bits, std::span(result.entries).subspan(used, size)) && result.valid;
+        for (std::size_t t = 0; t < pairTables; ++t)
+            if (tables::mp3_huffman_linbits::code_table[t] == book)
                 result.start[t] = used;
-        used += enterBook(result.entry + used, row, end);
+        used += size;
     });
     return result;
 }();
+static_assert(pairLookups.valid);
 
-constexpr int quadBitsMost = 6;
-
-/** Indexed by the next six bits: v w x y in the value. */
-struct QuadEntry {
-    Zor8u value;
-    Zor8u length;
-};
-
-constexpr auto quadEntries = [] {
-    std::array<std::array<QuadEntry, 1 << quadBitsMost>, quadTables> result{};
-    for (std::size_t table = 0; table < quadTables; ++table)
-        for (std::size_t value = 0; value < 16; ++value) {
-            const Code code = quadCodes[table][value];
-            const int free = quadBitsMost - code.length;
-            for (std::size_t j = 0; j < std::size_t{1} << free; ++j)
-                result[table][(std::size_t{code.word} << free) + j] = {static_cast<Zor8u>(value),
-                                                                       code.length};
-        }
+constexpr auto quadLookups = [] {
+    std::array<std::array<PrefixEntry, QuadLookup::rootSize>, quadTables> result{};
+    for (std::size_t table = 0; table < quadTables; ++table) {
+        std::array<Record, 16> records{};
+        for (std::size_t i = 0; i < records.size(); ++i)
+            records[i] = {static_cast<int>(i), quadCodes[table][i].word, quadCodes[table][i].length};
+        const QuadLookup::PrefixBits none{};
+        QuadLookup::build(std::span<const Record>(records), none, std::span<PrefixEntry>(result[table]));
+    }
     return result;
 }();
 
@@ -132,15 +100,11 @@ inline Zor32s takeValue(BitReader& reader, int magnitude, int linbits) {
 /** A pair takes at most 19 + 2 (13 + 1) bits, so one refill serves it. */
 template <bool escapes>
 void takePairs(BitReader& reader, Zor32s* dst, int n, int table) {
-    const Entry* const entries = decodeTables.entry + decodeTables.start[table];
+    const PrefixEntry* const entries = pairLookups.entries.data() + pairLookups.start[table];
     const int linbits = pairTable[static_cast<std::size_t>(table)].linbits;
     for (int i = 0; i < n; i += 2) {
         reader.refill();
-        Entry entry = entries[reader.peek(firstBits)];
-        if (entry.more) {
-            reader.skip(firstBits);
-            entry = entries[entry.value + reader.peek(entry.more)];
-        }
+        const PrefixEntry& entry = PairLookup::find(entries, reader.window());
         reader.skip(entry.length);
         dst[i] = takeValue<escapes>(reader, entry.value >> 4, linbits);
         dst[i + 1] = takeValue<escapes>(reader, entry.value & 15, linbits);
@@ -149,7 +113,8 @@ void takePairs(BitReader& reader, Zor32s* dst, int n, int table) {
 
 void takeQuad(BitReader& reader, Zor32s* dst, int table) {
     reader.refill();
-    const QuadEntry entry = quadEntries[static_cast<std::size_t>(table)][reader.peek(quadBitsMost)];
+    const PrefixEntry& entry =
+        QuadLookup::find(quadLookups[static_cast<std::size_t>(table)].data(), reader.window());
     reader.skip(entry.length);
     for (int j = 0; j < 4; ++j)
         dst[j] = takeSign(reader, entry.value >> (3 - j) & 1);

@@ -20,7 +20,8 @@ struct Band {
 };
 
 Zor32s rounded(double value) {
-    return static_cast<Zor32s>(std::clamp(std::nearbyint(value), -2147483648.0, 2147483647.0));
+    value = std::clamp(value, -2147483648.0, 2147483647.0);
+    return static_cast<Zor32s>(value + (value < 0 ? -0.5 : 0.5));
 }
 
 void rotateBand(const Band& band) {

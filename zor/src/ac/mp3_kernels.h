@@ -54,6 +54,8 @@ struct QuantKernels {
     void (*requantise)(Zor32s* data, const ScaledRuns& runs, const float* power);
     /** In place: (a + b) / sqrt 2 and (a - b) / sqrt 2. */
     void (*rotate)(Zor32s* a, Zor32s* b, int n);
+    /** Left becomes left * toLeft and right left * toRight, both factors at most 1. */
+    void (*spreadCarrier)(Zor32s* left, Zor32s* right, int n, float toLeft, float toRight);
     /** To: |x|^(3/4), from values in units of 2^-fractionBits. */
     void (*power34)(const Zor32s* from, float* to, int n);
     /** To: the integer part of x scale + 0.4054, at most largestQuantised; returns the largest. */

@@ -136,17 +136,10 @@ Positions positionsOf(const Granule& granule) {
     return positions;
 }
 
-void spreadCarrier(Zor32s* left, Zor32s* right, int n, Balance balance) {
-    for (int i = 0; i < n; ++i) {
-        const auto carrier = static_cast<double>(left[i]);
-        left[i] = static_cast<Zor32s>(std::lrint(carrier * balance.left));
-        right[i] = static_cast<Zor32s>(std::lrint(carrier * balance.right));
-    }
-}
-
 /** Band by band: intensity stereo in the zero part, M/S elsewhere if it is on. */
 void decodeIntensity(const Granule& granule, const ZeroPart& zero, int len) {
     const Positions positions = positionsOf(granule);
+    const auto& kernel = kernels<QuantKernels>();
     const bool ms = usesMs(granule.header);
     Zor32s *const left = granule.spectrum[0], *const right = granule.spectrum[1];
     int lastFactor[4]{}; // of the long bands and of each window: the highest band shares the one below it
@@ -156,9 +149,10 @@ void decodeIntensity(const Granule& granule, const ZeroPart& zero, int len) {
         const auto at = static_cast<std::size_t>(last);
         const int n = std::min(end, len) - begin;
         if (zero.has(band, window) && positions.legal[at])
-            spreadCarrier(left + begin, right + begin, n, positions.balance[at]);
+            kernel.spreadCarrier(left + begin, right + begin, n, positions.balance[at].left,
+                                 positions.balance[at].right);
         else if (ms)
-            kernels<QuantKernels>().rotate(left + begin, right + begin, n);
+            kernel.rotate(left + begin, right + begin, n);
     });
 }
 

@@ -34,7 +34,7 @@ struct PrefixTable {
 
     /** Finds the sizes of the tables behind the root; returns the number of entries of all tables. */
     template <class Record>
-    static std::size_t measure(std::span<const Record> records, PrefixBits& bits) {
+    static constexpr std::size_t measure(std::span<const Record> records, PrefixBits& bits) {
         std::fill_n(bits, rootSize, Zor8u{0});
         for (const Record& record : records)
             if (record.length > rootBits) {
@@ -49,15 +49,15 @@ struct PrefixTable {
 
     /** Fills the entries that `measure` counted; false when a word is, or begins, another one. */
     template <class Record>
-    static bool build(std::span<const Record> records, const PrefixBits& bits,
-                      std::span<PrefixEntry> entries) {
+    static constexpr bool build(std::span<const Record> records, const PrefixBits& bits,
+                                std::span<PrefixEntry> entries) {
         linkTables(bits, entries);
         return std::all_of(records.begin(), records.end(),
                            [&](const Record& record) { return fillWord(record, entries.data()); });
     }
 
     /** Looks the next bits up; `window` holds them, the first one most significant. */
-    static const PrefixEntry& find(const PrefixEntry* entries, Zor64u window) {
+    static constexpr const PrefixEntry& find(const PrefixEntry* entries, Zor64u window) {
         const PrefixEntry* entry = entries + (window >> (64 - rootBits));
         if (entry->more > 0)
             entry = entries + entry->value + (window << rootBits >> (64 - entry->more));
@@ -67,11 +67,11 @@ struct PrefixTable {
   private:
     /** The root index of a word longer than rootBits. */
     template <class Record>
-    static std::size_t prefixOf(const Record& record) {
+    static constexpr std::size_t prefixOf(const Record& record) {
         return static_cast<std::size_t>(record.code >> (record.length - rootBits));
     }
 
-    static void linkTables(const PrefixBits& bits, std::span<PrefixEntry> entries) {
+    static constexpr void linkTables(const PrefixBits& bits, std::span<PrefixEntry> entries) {
         std::fill(entries.begin(), entries.end(), PrefixEntry{0, 0, 0});
         auto next = static_cast<Zor32s>(rootSize);
         for (std::size_t prefix = 0; prefix < rootSize; ++prefix)
@@ -82,7 +82,8 @@ struct PrefixTable {
     }
 
     /** Enters a word wherever the bits that a table looks at begin with it; false where another one is. */
-    static bool fillRange(PrefixEntry* table, int tableBits, Zor32u code, int length, PrefixEntry entry) {
+    static constexpr bool fillRange(PrefixEntry* table, int tableBits, Zor32u code, int length,
+                                    PrefixEntry entry) {
         const int open = tableBits - length;
         PrefixEntry* first = table + (static_cast<std::size_t>(code) << open);
         PrefixEntry* last = first + (std::size_t{1} << open);
@@ -93,7 +94,7 @@ struct PrefixTable {
     }
 
     template <class Record>
-    static bool fillWord(const Record& record, PrefixEntry* entries) {
+    static constexpr bool fillWord(const Record& record, PrefixEntry* entries) {
         const PrefixEntry entry{record.value, static_cast<Zor16s>(record.length), 0};
         const auto code = static_cast<Zor32u>(record.code);
         const int beyond = record.length - rootBits;

@@ -57,49 +57,40 @@ void dequantise(Zor32s* lines, BandLines bands, const float* gains, const float*
     }
 }
 
-/** A linear congruential generator whose steps are taken eight at a time. */
-constexpr int lanes = 8;
-constexpr Zor32u multiplier = 1664525, increment = 1013904223;
+/** A linear congruential generator, whose next steps all follow from one state. */
+struct Generator {
+    static constexpr int lanes = 8;
+    static constexpr Zor32u multiplier = 1664525, increment = 1013904223;
+    /** Step i + 1 from a state: state * factor[i] + offset[i]. */
+    Zor32u factor[lanes]{}, offset[lanes]{};
 
-struct Jump {
-    Zor32u factor = 1, offset = 0;
+    constexpr Generator() {
+        Zor32u f = 1, o = 0;
+        for (int i = 0; i < lanes; ++i) {
+            factor[i] = f = f * multiplier;
+            offset[i] = o = o * multiplier + increment;
+        }
+    }
 };
 
-constexpr Jump jump(int steps) {
-    Jump result;
-    for (int i = 0; i < steps; ++i)
-        result = {result.factor * multiplier, result.offset * multiplier + increment};
-    return result;
-}
+constexpr Generator generator;
 
-/** Takes the upper halves of the states of a block, count of them; returns their energy. */
-inline Zor64s takeBlock(const Zor32u* next, Zor32s* lines, int count) {
-    Zor64s energy = 0;
-    for (int lane = 0; lane < count; ++lane) {
-        const Zor32s value = static_cast<Zor32s>(next[lane]) >> 16;
-        lines[lane] = value;
-        energy += product(value, value);
-    }
-    return energy;
+/** The upper halves of the next states; returns the last one. */
+inline Zor32u draw(Zor32s* lines, Zor32u state, int count) {
+    for (int i = 0; i < count; ++i)
+        lines[i] = static_cast<Zor32s>(state * generator.factor[i] + generator.offset[i]) >> 16;
+    return state * generator.factor[count - 1] + generator.offset[count - 1];
 }
 
 Zor32u noise(Zor32s* lines, int count, Zor32u state, double root) {
-    constexpr Jump block = jump(lanes);
-    Zor32u next[lanes];
-    for (Zor32u& lane : next)
-        lane = state = state * multiplier + increment;
-    Zor64s energy = 0;
     int i = 0;
-    for (; i + lanes <= count; i += lanes) {
-        energy += takeBlock(next, lines + i, lanes);
-        state = next[lanes - 1];
-        for (Zor32u& lane : next)
-            lane = lane * block.factor + block.offset;
-    }
-    if (i < count) {
-        energy += takeBlock(next, lines + i, count - i);
-        state = next[count - i - 1];
-    }
+    for (; i + Generator::lanes <= count; i += Generator::lanes)
+        state = draw(lines + i, state, Generator::lanes);
+    if (i < count)
+        state = draw(lines + i, state, count - i);
+    Zor64s energy = 0;
+    for (i = 0; i < count; ++i)
+        energy += product(lines[i], lines[i]);
     const double scale = root / std::sqrt(static_cast<double>(std::max<Zor64s>(energy, 1)));
     for (i = 0; i < count; ++i)
         lines[i] = rounded(lines[i] * scale);

@@ -32,19 +32,35 @@ void requantise(Zor32s* data, const ScaledRuns& runs, const float* power) {
     }
 }
 
+/** Calls run(lane, begin, end) for whole vectors, then for the rest in single values. */
+template <class Run>
+[[gnu::always_inline]] inline void forLanes(int n, Run run) {
+    const int whole = n / maxLanes * maxLanes;
+    run(V{}, 0, whole);
+    run(float{}, whole, n);
+}
+
 void rotate(Zor32s* a, Zor32s* b, int n) {
     constexpr float scale = static_cast<float>(1 / std::numbers::sqrt2);
-    const auto rotateFrom = [&](auto lane, int begin, int end) {
+    forLanes(n, [&](auto lane, int begin, int end) {
         using L = decltype(lane);
         for (int i = begin; i < end; i += lanesIn<L>) {
             const L x = loadInts<L>(a + i), y = loadInts<L>(b + i);
             storeRounded(a + i, (x + y) * scale);
             storeRounded(b + i, (x - y) * scale);
         }
-    };
-    const int whole = n / maxLanes * maxLanes;
-    rotateFrom(V{}, 0, whole);
-    rotateFrom(float{}, whole, n);
+    });
+}
+
+void spreadCarrier(Zor32s* left, Zor32s* right, int n, float toLeft, float toRight) {
+    forLanes(n, [&](auto lane, int begin, int end) {
+        using L = decltype(lane);
+        for (int i = begin; i < end; i += lanesIn<L>) {
+            const L carrier = loadInts<L>(left + i);
+            storeRounded(left + i, carrier * toLeft);
+            storeRounded(right + i, carrier * toRight);
+        }
+    });
 }
 
 void power34(const Zor32s* from, float* to, int n) {
@@ -75,7 +91,7 @@ int quantise(const float* from, Zor32s* to, const ScaledRuns& runs) {
 
 template <>
 const zor::mp3::QuantKernels& zor::kernelTable<zor::mp3::QuantKernels, ZOR_PATH>() {
-    static constexpr mp3::QuantKernels table{mp3::within, mp3::requantise, mp3::rotate, mp3::power34,
-                                             mp3::quantise};
+    static constexpr mp3::QuantKernels table{mp3::within,        mp3::requantise, mp3::rotate,
+                                             mp3::spreadCarrier, mp3::power34,    mp3::quantise};
     return table;
 }

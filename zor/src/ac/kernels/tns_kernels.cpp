@@ -39,29 +39,30 @@ void allPole(const TnsPredictor& predictor, Zor32s* data, int length) {
     filters[predictor.order - 1](predictor, data, length);
 }
 
-void allZeroBlock(const TnsPredictor& predictor, const Zor32s* src, Zor32s* dst, int length) {
-    constexpr int block = 16;
-    const int shift = predictor.shift;
-    const Zor64u round = roundingBias(shift);
-    Zor64s sum[block];
-    for (int i = 0; i < length; ++i)
-        sum[i] = static_cast<Zor64s>(src[i]) << shift;
+/** `count` outputs, whose sums stay in registers. */
+template <int count>
+inline void allZeroBlock(const TnsPredictor& predictor, const Zor32s* src, Zor32s* dst, Zor64u round) {
+    Zor64s sum[count];
+    for (int i = 0; i < count; ++i)
+        sum[i] = static_cast<Zor64s>(static_cast<Zor64u>(static_cast<Zor64s>(src[i])) << predictor.shift);
     for (int k = 0; k < predictor.order; ++k) {
         const Zor32s coef = predictor.coef[k];
-        for (int i = 0; i < length; ++i)
+        for (int i = 0; i < count; ++i)
             sum[i] += product(coef, src[i - 1 - k]);
     }
-    for (int i = 0; i < length; ++i)
-        dst[i] = narrow(sum[i], round, shift);
+    for (int i = 0; i < count; ++i)
+        dst[i] = narrow(sum[i], round, predictor.shift);
 }
 
 void allZero(const TnsPredictor& predictor, const Zor32s* src, Zor32s* dst, int length) {
     constexpr int block = 16;
+    const Zor64u round = roundingBias(predictor.shift);
     int n = 0;
     for (; n + block <= length; n += block)
-        allZeroBlock(predictor, src + n, dst + n, block);
-    if (n < length)
-        allZeroBlock(predictor, src + n, dst + n, length - n);
+        allZeroBlock<block>(predictor, src + n, dst + n, round);
+    // Band widths are multiples of 4.
+    for (; n < length; n += 4)
+        allZeroBlock<4>(predictor, src + n, dst + n, round);
 }
 
 } // namespace
