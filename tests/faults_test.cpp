@@ -3,6 +3,7 @@
 #include "system/bxpriority.h"
 #include "timing/bxexception.h"
 #include "timing/bxfpwatch.h"
+#include "timing/bxresult.h"
 #include "timing/bxsignal.h"
 #include "timing/bxtool.h"
 
@@ -294,6 +295,17 @@ TEST(Exception, SaysWhatItIs) {
     const std::string longText(1000, 'x');
     EXPECT_EQ(std::string(bxException(longText.c_str()).info()).size(), 255U);
     EXPECT_EQ(std::string(bxException(longText.c_str()).msg()).size(), 255U);
+}
+
+TEST(Result, HasANameAndAText) {
+    EXPECT_STREQ(bxResultName(UNDEFINED), "UNDEFINED");
+    EXPECT_STREQ(bxResultName(FUNCWRN), "FUNCWRN");
+    EXPECT_STREQ(bxResultString(EXCPTFAIL), "exception");
+    EXPECT_STREQ(bxResultString(BADSTSWRN), "modified control status");
+    for (int outside : {-1, 12}) {
+        EXPECT_STREQ(bxResultName(static_cast<bxResult>(outside)), "UNKNOWN");
+        EXPECT_STREQ(bxResultString(static_cast<bxResult>(outside)), "unknown result");
+    }
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "data/bxalloc.h"
 #include "output/bxtrace.h"
 #include "timing/bxfpwatch.h"
-#include "timing/bxresult.h"
 #include "timing/bxtool.h"
 
 #include <gmock/gmock.h>
@@ -496,17 +495,6 @@ TEST(EngineText, ClocksAndAccuracies) {
         {0.05, "5.0%"}, {0.0009, "0.09%"}, {0.0004, "0.04%"}, {0.0011, "0.1%"}, {500, "50000.0%"}};
     for (const auto& [value, text] : accuracies)
         EXPECT_STREQ(bxTool::getAccuracyStr(value).c_str(), text);
-}
-
-TEST(EngineText, ResultsHaveNames) {
-    EXPECT_STREQ(bxResultName(UNDEFINED), "UNDEFINED");
-    EXPECT_STREQ(bxResultName(FUNCWRN), "FUNCWRN");
-    EXPECT_STREQ(bxResultString(EXCPTFAIL), "exception");
-    EXPECT_STREQ(bxResultString(BADSTSWRN), "modified control status");
-    for (int outside : {-1, 12}) {
-        EXPECT_STREQ(bxResultName(static_cast<bxResult>(outside)), "UNKNOWN");
-        EXPECT_STREQ(bxResultString(static_cast<bxResult>(outside)), "unknown result");
-    }
 }
 
 } // namespace

@@ -16,6 +16,7 @@ constexpr int frames = 8;
 struct Result {
     ZorMP3PsychInfo info[2]; ///< of the last granule
     std::vector<int> types[2];
+    std::vector<float> ratios; ///< of the left channel's long band 10
     int modeExtension = 0;
 };
 
@@ -52,6 +53,8 @@ Result run(const Signal& left, const Signal& right, int id = 1, int mode = 0) {
             EXPECT_EQ(side[i].windowSwitching, side[i].blockType != 0);
             result.types[i % 2].push_back(side[i].blockType);
             result.info[i % 2] = info[i];
+            if (i % 2 == 0)
+                result.ratios.push_back(info[i].ratioLong[10]);
         }
         result.modeExtension = h.modeExtension;
     }
@@ -122,6 +125,9 @@ TEST_P(Mp3Psych, AttacksSwitchBlocksInOrder) {
             const auto at = static_cast<int>(brief - types.begin());
             EXPECT_EQ(at, attackAt / 576 + 1) << "attack at " << attackAt; // one granule of delay
             EXPECT_EQ(types[static_cast<std::size_t>(at - 1)], 1);
+            // Pre-echo control: the threshold does not rise with the attack.
+            EXPECT_LT(r.ratios[static_cast<std::size_t>(at)], 0.01);
+            EXPECT_GT(r.ratios[static_cast<std::size_t>(at - 1)], 0.05);
             for (std::size_t i = 1; i < types.size(); ++i) {
                 static constexpr bool follows[4][4] = {{true, true, false, false},
                                                        {false, false, true, false},

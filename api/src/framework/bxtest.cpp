@@ -13,9 +13,11 @@
 #include "parameters/bxinifile.h"
 #include "parameters/bxistream.h"
 #include "system/bxpriority.h"
+#include "timing/bxcallwatch.h"
 #include "timing/bxexception.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxsignal.h"
+#include "timing/bxwatchdog.h"
 
 namespace {
 
@@ -185,6 +187,7 @@ void bxTest::measureAll() {
 /** After a fault or an exception: the streams as they were before the test, and the message. */
 void bxTest::recover(const char* message, int openMessages) {
     const bxString step = g_trace.getCurName();
+    bxStopWatchdog();
     bxResetPriority();
     m_currentResult = EXCPTFAIL;
     g_ostrm.closeMessages(openMessages);
@@ -304,13 +307,35 @@ void bxTest::processCombination() {
     timeCombination();
 }
 
+/**
+ * Calls the function once to see whether it preserves its caller's registers, which a compiled loop around it
+ * could not survive. Where there is no such loop, the engine sees to it in its own untimed call.
+ */
+void bxTest::checkRegisters() {
+    if (!funcCall || (!funcLoop && !funcStat))
+        return;
+    bxTraced("zorFunctionCalls", [this] {
+        g_callWatch.start();
+        bxEnterCalls();
+        if (initFunc)
+            initFunc();
+        g_callWatch.call(funcCall);
+        bxLeaveCalls();
+        g_callWatch.stop();
+    });
+}
+
 void bxTest::timeCombination() {
     printAllMemoryBlocks("before function calls");
     OldOutLevel = g_ostrm.outLevel();
     initCtrlStatus();
+    g_callWatch.init();
     if (OldOutLevel == outWarn)
         g_ostrm.setOutLevel(outPerf);
+    bxStartWatchdog();
+    checkRegisters();
     bxResult r = bxTraced("runTiming", [this] { return runTiming(); });
+    bxStopWatchdog();
     g_ostrm.setOutLevel(OldOutLevel);
     // Figures are formatted and the next data built in the harness's own floating-point state.
     bxResetFpState();

@@ -134,7 +134,8 @@ class bxTest {
     /** Whether the x87 or the SSE status collected holds a flag that counts as bad. */
     static bool badCtrlStatus(bool& bad87, bool& badSSX);
     static void printCtrlStatus(bool bad87, bool badSSX);
-    /** Reports bad status flags and clears them: BADSTSWRN, or UNDEFINED when there was none. */
+    /** Reports bad status flags and what else the function changed, and forgets it: BADSTSWRN, or UNDEFINED.
+     */
     bxResult checkCtrlStatus();
 
     /** MFlops (true) or clocks per unit of work (false) of the last measurement. */
@@ -204,6 +205,7 @@ class bxTest {
     void restoreTraceStep();
     bool nextCombination();
     void processCombination();
+    void checkRegisters();
     void timeCombination();
     bool repeatWithNewSize();
 

@@ -6,6 +6,7 @@
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
 #include "parameters/bxistream.h"
+#include "timing/bxcallwatch.h"
 #include "timing/bxfpwatch.h"
 
 // ---- Parameters ----
@@ -155,14 +156,18 @@ void bxTest::printCtrlStatus(bool bad87, bool badSSX) {
 bxResult bxTest::checkCtrlStatus() {
     bool bad87 = false;
     bool badSSX = false;
-    const bool bad = badCtrlStatus(bad87, badSSX);
-    if (bad) {
+    const bool badStatus = badCtrlStatus(bad87, badSSX);
+    if (badStatus) {
         bad87Status = bad87Status || bad87;
         badSSXStatus = badSSXStatus || badSSX;
         printCtrlStatus(bad87, badSSX);
     }
+    const bool badCall = g_callWatch.bad();
+    if (badCall)
+        g_callWatch.print();
     clearCtrlStatus();
-    return bad ? BADSTSWRN : UNDEFINED;
+    g_callWatch.init();
+    return badStatus || badCall ? BADSTSWRN : UNDEFINED;
 }
 
 // ---- Measurement ----

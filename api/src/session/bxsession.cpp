@@ -15,6 +15,7 @@
 #include "parameters/bxparmlist.h"
 #include "session/bxdialogue.h"
 #include "session/bxkeys.h"
+#include "session/bxprotection.h"
 #include "session/bxregister.h"
 #include "system/bxenvironment.h"
 #include "timing/bxexception.h"
@@ -177,6 +178,7 @@ void bxSession::endCommonData() {
 }
 
 void bxSession::readCommonData() {
+    bxReadProtection();
     const int asked = readTimingMethod() + readTestParameters() + readDataOffset();
     if (asked != 0) {
         g_ostrm << ERR << getEnterTitle("End of common specifications") << endMessage;

@@ -12,8 +12,8 @@
  * catches, and its end gives the buffer back to the outer one. A fault disarms its guard, so that a second
  * fault on the way out (a broken heap) goes to nobody instead of round in circles. Locals that change between
  * `sigsetjmp` and the fault and are read after it must be volatile. Destructors of the frames jumped over do
- * not run. Without an armed guard the fault ends the process by its own signal. The time limit (bxwatchdog.h) and
- * a call of exit (bxexit.h) come back the same way.
+ * not run. Without an armed guard the fault ends the process by its own signal. The time limit (bxwatchdog.h)
+ * and a call of exit (bxexit.h) come back the same way.
  */
 #ifndef BXSIGNAL_H
 #define BXSIGNAL_H

@@ -100,7 +100,11 @@ class bxTool {
 
     /** Times a function that times itself. Not reentrant. */
     bxResult timing(bxFuncTool funcTool);
-    /** Times by what there is of the functions; see the methods. */
+    /**
+     * Times by what there is of the functions; see the methods. A function of which `g_callWatch` knows that
+     * it does not preserve its caller's registers is timed by `call` alone, through a call that puts them
+     * back.
+     */
     bxResult timing(bxFuncLoop loop, bxFuncStat stat, bxFuncCall call, bxFuncInit init);
 
     /** An accuracy in per cent, with two places below 0.1 %. */
@@ -145,6 +149,7 @@ class bxTool {
     bxResult measureLoop(int count);
     void runTimFuncStat(long long minClocks, int* calls, double* perCall);
     bxResult measureStat(int* calls);
+    int untimedCall();
     bxResult timCall_Loop(int count, long long* total, bool restoreData);
     bxResult timCall_Stat(int* calls, long long* total, bool restoreData);
     ///@}

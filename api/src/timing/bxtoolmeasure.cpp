@@ -7,7 +7,9 @@
 #include "output/bxtrace.h"
 #include "system/bxclock.h"
 #include "system/bxpriority.h"
+#include "timing/bxcallwatch.h"
 #include "timing/bxinternalerror.h"
+#include "timing/bxwatchdog.h"
 
 namespace {
 
@@ -25,29 +27,39 @@ bxResult checkedStatus(int status) {
     return bxTool::m_pCheckStatus ? bxTool::m_pCheckStatus(status) : OK;
 }
 
-/** Runs the calls of a measurement under the trace step that a fault message names. */
+/** Runs calls under the trace step that a fault message names, within the time limit. */
+template <class Calls>
+auto tracedCalls(const char* step, Calls calls) {
+    g_trace.traceIn(step);
+    bxEnterCalls();
+    const auto r = calls();
+    bxLeaveCalls();
+    g_trace.traceOut(step);
+    return r;
+}
+
+/** Runs the calls of a measurement. */
 template <class Calls>
 bxResult zorFunctionCalls(Calls calls) {
-    g_trace.traceIn("zorFunctionCalls");
-    const bxResult r = calls();
-    g_trace.traceOut("zorFunctionCalls");
+    g_callWatch.start();
+    const bxResult r = tracedCalls("zorFunctionCalls", calls);
+    g_callWatch.stop();
     return r;
 }
 
 /** Runs the calls of a measurement inside the floating-point watch and with the measuring priority. */
 template <class Calls>
 bxResult watchedCalls(const bxTool& tool, Calls calls) {
-    if (tool.ibsMode && tool.initFunc) {
-        g_trace.traceIn("initFunc call");
-        tool.initFunc();
-        g_trace.traceOut("initFunc call");
-    }
+    if (tool.ibsMode && tool.initFunc)
+        tracedCalls("initFunc call", tool.initFunc);
     bxTool::ctrlStart();
-    const bxResult r = zorFunctionCalls([&] {
+    g_callWatch.start();
+    const bxResult r = tracedCalls("zorFunctionCalls", [&] {
         const PriorityScope priority;
         return calls();
     });
-    bxTool::ctrlStop();
+    bxTool::ctrlStop(); // first: putting the control words back clears the flags
+    g_callWatch.stop();
     return r;
 }
 
@@ -123,12 +135,20 @@ bxResult bxTool::measureStat(int* calls) {
     });
 }
 
+/** The call before those that are timed, which shows whether they can be made directly. */
+int bxTool::untimedCall() {
+    const int status = g_callWatch.call(funcCall);
+    if (g_callWatch.clobbers())
+        funcCall = bxCallWatch::shield(funcCall);
+    return status;
+}
+
 bxResult bxTool::timCall_Loop(int count, long long* total, bool restoreData) {
     if (!funcCall)
         return bxInternalError();
     if (initFunc)
         initFunc();
-    int status = funcCall();
+    int status = untimedCall();
     if (m_pCheckStatus && status < 0)
         return m_pCheckStatus(status);
     const unsigned long long first = zor_get_cpu_counter();
@@ -153,7 +173,7 @@ bxResult bxTool::timCall_Stat(int* calls, long long* total, bool restoreData) {
         return bxInternalError();
     if (initFunc)
         initFunc();
-    int status = funcCall();
+    int status = untimedCall();
     if (m_pCheckStatus && status < 0)
         return m_pCheckStatus(status);
     int counted = 0;

@@ -6,6 +6,7 @@
 #include "output/bxostream.h"
 #include "output/bxtrace.h"
 #include "system/bxclock.h"
+#include "timing/bxcallwatch.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxinternalerror.h"
 
@@ -56,6 +57,11 @@ bxResult bxTool::timing(bxFuncLoop loop, bxFuncStat stat, bxFuncCall call, bxFun
     funcStat = stat;
     funcCall = call;
     initFunc = init;
+    if (call && g_callWatch.clobbers()) {
+        funcLoop = nullptr;
+        funcStat = nullptr;
+        funcCall = bxCallWatch::shield(call);
+    }
     switch (method) {
     case methodLoop:
         return customLoopTiming();

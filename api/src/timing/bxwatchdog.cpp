@@ -56,7 +56,8 @@ void bxStartWatchdog() {
 void bxStopWatchdog() {
     if (s_limit != 0)
         setTimer(0);
-    s_inCalls = s_expired = 0;
+    s_inCalls = 0;
+    s_expired = 0;
 }
 
 void bxEnterCalls() {
