@@ -30,11 +30,13 @@
 #include "data/bxalloc.h"
 #include "data/bxobject.h"
 
+#include "timing/bxcallwatch.h"
 #include "timing/bxexception.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxresult.h"
 #include "timing/bxsignal.h"
 #include "timing/bxtool.h"
+#include "timing/bxwatchdog.h"
 
 #include "parameters/bxcacheiterator.h"
 #include "parameters/bxdefault.h"

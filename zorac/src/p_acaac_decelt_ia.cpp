@@ -4,6 +4,7 @@
 #include "aacstream.h"
 #include "bitposition.h"
 #include "kv.h"
+#include "suitedata.h"
 #include "suiteparms.h"
 #include "zorac.h"
 
@@ -32,9 +33,7 @@ class TimacAACDecodeElt : public kvTest {
 
     bool initData() override {
         const int count = s_count.value();
-        s_bytes.init(kv8u);
-        if (!s_stream.createVectorExt(count + 32, -1, smZero, 0, 0) ||
-            !s_bytes.createVector(count, m_vectorShift))
+        if (!s_stream.createVectorExt(count + 32, -1, smZero, 0, 0) || !makeVector(s_bytes, kv8u, count, 1))
             return false;
         s_stream.setBitPos(0);
         s_dataCount = std::min(count, m_fill ? aacMaxFill : aacMaxData);

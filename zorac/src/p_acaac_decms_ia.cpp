@@ -3,6 +3,7 @@
 
 #include "aacparms.h"
 #include "kv.h"
+#include "suitedata.h"
 #include "zorac.h"
 
 #include <algorithm>
@@ -51,17 +52,9 @@ class TimacAACDecodeMs : public kvTest {
         s_divisor = frame.lines();
         std::fill_n(s_winGrpLen, frame.windows, 1);
         const int bands = frame.windows * frame.maxSfb;
-        s_left.init(kv32s);
-        s_right.init(kv32s);
-        s_scaleFactors.init(kv16s);
-        s_msUsed.init(kv8u);
-        s_sfbCb.init(kv8u);
-        s_work.init(kv32s);
-        if (!s_left.createVector(s_divisor, -1) || !s_right.createVector(s_divisor, m_vectorShift) ||
-            !s_scaleFactors.createVector(bands, 2 * m_vectorShift) ||
-            !s_msUsed.createVector(bands, 3 * m_vectorShift) ||
-            !s_sfbCb.createVector(bands, 4 * m_vectorShift) ||
-            !s_work.createVector(s_divisor, 5 * m_vectorShift))
+        if (!makeVector(s_left, kv32s, s_divisor) || !makeVector(s_right, kv32s, s_divisor, 1) ||
+            !makeVector(s_scaleFactors, kv16s, bands, 2) || !makeVector(s_msUsed, kv8u, bands, 3) ||
+            !makeVector(s_sfbCb, kv8u, bands, 4) || !makeVector(s_work, kv32s, s_divisor, 5))
             return false;
         // The bands have to be of the kind that the function works on.
         if (m_isStereo) {

@@ -3,6 +3,7 @@
 
 #include "aacparms.h"
 #include "kv.h"
+#include "suitedata.h"
 #include "zorac.h"
 
 namespace {
@@ -31,12 +32,9 @@ class TimacAACLongTerm : public kvTest {
     bool initData() override {
         s_sequence = s_winSequence.value();
         s_maxSfb = aacFrame(s_winSequence.value()).maxSfb;
-        s_src.init(kv32s);
-        s_dst.init(kv32s);
-        s_ltpFlag.init(kv8u);
-        return s_src.createVector(m_predict ? 4096 : 1024, -1) &&
-               s_dst.createVector(m_predict ? 2048 : 1024, m_vectorShift) &&
-               s_ltpFlag.createVector(s_maxSfb + 1, 2 * m_vectorShift);
+        return makeVector(s_src, kv32s, m_predict ? 4096 : 1024) &&
+               makeVector(s_dst, kv32s, m_predict ? 2048 : 1024, 1) &&
+               makeVector(s_ltpFlag, kv8u, s_maxSfb + 1, 2);
     }
 
     bool flushData() override {

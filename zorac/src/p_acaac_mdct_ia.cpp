@@ -3,6 +3,7 @@
 
 #include "aacparms.h"
 #include "kv.h"
+#include "suitedata.h"
 #include "zorac.h"
 
 namespace {
@@ -31,12 +32,9 @@ class TimaacMDCT : public kvTest {
         s_sequence = s_winSequence.value();
         s_divisor = m_forward && s_sequence == aacWinShort ? 128 : 1024;
         s_src.init(kv32s);
-        s_dst.init(m_forward ? kv32s : kv16s);
-        s_overlap.init(kv32s);
-        s_buffer.init(kv32s);
-        return s_src.createVector(vectorLength, 0) && s_dst.createVector(vectorLength, m_vectorShift) &&
-               s_overlap.createVector(vectorLength, 2 * m_vectorShift) &&
-               s_buffer.createVector(vectorLength, 3 * m_vectorShift);
+        return s_src.createVector(vectorLength, 0) &&
+               makeVector(s_dst, m_forward ? kv32s : kv16s, vectorLength, 1) &&
+               makeVector(s_overlap, kv32s, vectorLength, 2) && makeVector(s_buffer, kv32s, vectorLength, 3);
     }
 
     bool flushData() override {

@@ -5,6 +5,7 @@
 #include "aacstream.h"
 #include "bitposition.h"
 #include "kv.h"
+#include "suitedata.h"
 #include "zorac.h"
 
 #include <algorithm>
@@ -129,14 +130,9 @@ class TimacAACNoiselessDec : public kvTest {
             return false;
         s_divisor = frame.lines();
         const int bands = frame.windows * frame.maxSfb;
-        s_scaleFactors.init(kv16s);
-        s_spectrum.init(kv32s);
-        s_sfbCb.init(kv8u);
-        s_tnsCoefs.init(kv8s);
-        if (!s_scaleFactors.createVector(bands, -1) || !s_spectrum.createVector(s_divisor, m_vectorShift) ||
-            !s_sfbCb.createVector(bands, 2 * m_vectorShift) ||
-            !s_tnsCoefs.createVector(tnsCoefs, 3 * m_vectorShift) ||
-            !s_stream.createVectorExt(streamBytes, 4 * m_vectorShift, smZero, 0, 0))
+        if (!makeVector(s_scaleFactors, kv16s, bands) || !makeVector(s_spectrum, kv32s, s_divisor, 1) ||
+            !makeVector(s_sfbCb, kv8u, bands, 2) || !makeVector(s_tnsCoefs, kv8s, tnsCoefs, 3) ||
+            !s_stream.createVectorExt(streamBytes, 4 * bxGetVectorShift(), smZero, 0, 0))
             return false;
         s_channel = {};
         s_channel.winSequence = s_winSequence.value();

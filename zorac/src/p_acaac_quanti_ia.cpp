@@ -3,6 +3,7 @@
 
 #include "aacparms.h"
 #include "kv.h"
+#include "suitedata.h"
 #include "zorac.h"
 
 #include <algorithm>
@@ -42,11 +43,8 @@ class TimacAACQuantInv : public kvTest {
         std::fill_n(s_winGrpLen, frame.windows, 1);
         const int bands = s_numWinGrp * s_maxSfb;
         s_coefs.init(kv32s);
-        s_scaleFactors.init(kv16s);
-        s_sfbCb.init(kv8u);
         return s_coefs.createVector(s_divisor, smConst, 3, 0) &&
-               s_scaleFactors.createVector(bands, m_vectorShift) &&
-               s_sfbCb.createVector(bands, 2 * m_vectorShift);
+               makeVector(s_scaleFactors, kv16s, bands, 1) && makeVector(s_sfbCb, kv8u, bands, 2);
     }
 
     bool flushData() override {

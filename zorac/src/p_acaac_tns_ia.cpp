@@ -3,6 +3,7 @@
 
 #include "aacparms.h"
 #include "kv.h"
+#include "suitedata.h"
 #include "zorac.h"
 
 #include <cstdlib>
@@ -48,8 +49,7 @@ class TimacAACTns : public kvTest {
         s_winLen = frame.winLen;
         s_maxSfb = frame.maxSfb;
         s_divisor = frame.lines();
-        s_coefs.init(kv32s);
-        if (!s_coefs.createVector(s_divisor, -1))
+        if (!makeVector(s_coefs, kv32s, s_divisor))
             return false;
         Zor8s* coef = s_filterCoefs;
         for (int window = 0; window < frame.windows; ++window) {

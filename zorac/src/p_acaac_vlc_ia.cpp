@@ -58,9 +58,10 @@ class TimacVLC_AAC : public kvTest {
         s_len = 2 * len;
         s_divisor = m_count ? len : s_table.getTableSize_AAC();
         s_table.setTableEncode_AAC();
-        if (!s_data.create(len, s_parms.escapeMode.value(), s_table.maxValue(), m_vectorShift) ||
+        if (!s_data.create(len, s_parms.escapeMode.value(), s_table.maxValue(), bxGetVectorShift()) ||
             !s_data.createEncoder(s_table) ||
-            checkStatus(tcall_zorsVLCEncodeEscBlock_AAC_16s1u(), "zorsVLCEncodeEscBlock_AAC_16s1u") == FUNCFAIL)
+            checkStatus(tcall_zorsVLCEncodeEscBlock_AAC_16s1u(), "zorsVLCEncodeEscBlock_AAC_16s1u") ==
+                FUNCFAIL)
             return false;
         s_data.position.rewind();
         if (!m_decode)

@@ -62,7 +62,7 @@ class TimacVLC_MP3 : public kvTest {
         s_len = 2 * len;
         s_divisor = m_count ? len : s_table.getTableSize_MP3();
         s_table.setTableEncode_MP3();
-        if (!s_data.create(len, s_parms.escapeMode.value(), s_table.maxValue(), m_vectorShift) ||
+        if (!s_data.create(len, s_parms.escapeMode.value(), s_table.maxValue(), bxGetVectorShift()) ||
             !s_data.createEncoder(s_table) ||
             checkStatus(tcall_zorsVLCEncodeEscBlock_MP3_16s1u(), "zorsVLCEncodeEscBlock_MP3_16s1u") ==
                 FUNCFAIL)

@@ -16,8 +16,8 @@ double bark(double hz) {
 /** Threshold in quiet in dB of sound pressure level (E. Terhardt 1979), held below 50 Hz and above 68 dB. */
 double quietLevel(double hz) {
     const double kHz = std::max(hz, 50.0) / 1000;
-    const double level =
-        3.64 * std::pow(kHz, -0.8) - 6.5 * std::exp(-0.6 * (kHz - 3.3) * (kHz - 3.3)) + 1e-3 * std::pow(kHz, 4);
+    const double level = 3.64 * std::pow(kHz, -0.8) - 6.5 * std::exp(-0.6 * (kHz - 3.3) * (kHz - 3.3)) +
+                         1e-3 * std::pow(kHz, 4);
     return std::min(level, 68.0);
 }
 

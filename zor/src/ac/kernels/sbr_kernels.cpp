@@ -1,6 +1,6 @@
 // SBR filter banks: window, transform and band lines, slot by slot.
 #include "ac/sbrfilter.h"
-#include "common/kernels/complex.h"
+#include "common/kernels/fft_passes.h"
 
 #include <algorithm>
 
@@ -21,8 +21,10 @@ using V = zor::Lanes<zor::maxLanes>;
 
 constexpr std::size_t lanes = lanesIn<V>;
 
-Split transform(const OddFourierPlan& plan) {
-    return zor::kernelTable<zor::FftKernels, ZOR_PATH>().transform(plan.fft, plan.data, plan.work);
+/** The transform of 32 or 64 bands; its result stands in the plan's buffer. */
+template <int bands>
+[[gnu::always_inline]] inline void transform(const OddFourierPlan& plan) {
+    zor::fixedTransform<8, bands / 8>(plan.fft, plan.data, plan.work);
 }
 
 template <class W>
@@ -100,12 +102,12 @@ void windowSlot(const SbrAnalysis& filter, const float* line) {
 }
 
 template <class Line>
-void writeBands(const OddFourierPlan& plan, Split spectrum, const Line& line) {
-    const auto bands = static_cast<std::size_t>(plan.bands);
+void writeBands(const OddFourierPlan& plan, const Line& line) {
+    constexpr std::size_t bands = zor::sbrAnalysisBands;
     for (std::size_t i = 0; i < bands / 2; i += lanes) {
         const std::size_t mirrored = bands - lanes - i;
-        const auto even = loadComplex<V>(spectrum, i) * loadComplex<V>(plan.outer, i);
-        const auto odd = loadComplex<V>(spectrum, mirrored) * loadComplex<V>(plan.outer, mirrored);
+        const auto even = loadComplex<V>(plan.data, i) * loadComplex<V>(plan.outer, i);
+        const auto odd = loadComplex<V>(plan.data, mirrored) * loadComplex<V>(plan.outer, mirrored);
         line.write(2 * i, Complex<V>{even.re, -even.im}, reversed(odd));
     }
 }
@@ -118,7 +120,8 @@ void analyse(SbrAnalysis& filter, const float* src, int slots, LineOf lineOf) {
     std::copy_n(src, joined * bands, filter.line + past);
     for (int slot = 0; slot < slots; ++slot) {
         windowSlot(filter, slot < joined ? filter.line + slot * bands : src + slot * bands - past);
-        writeBands(filter.plan, transform(filter.plan), lineOf(slot));
+        transform<bands>(filter.plan);
+        writeBands(filter.plan, lineOf(slot));
     }
     if (slots >= SbrAnalysis::joinedSlots)
         std::copy_n(src + slots * bands - past, past, filter.line);
@@ -126,9 +129,8 @@ void analyse(SbrAnalysis& filter, const float* src, int slots, LineOf lineOf) {
         std::copy_n(filter.line + slots * bands, past, filter.line);
 }
 
-template <class Line>
+template <std::size_t bands, class Line>
 void readBands(const OddFourierPlan& plan, const Line& line) {
-    const auto bands = static_cast<std::size_t>(plan.bands);
     for (std::size_t i = 0; i < bands / 2; i += lanes) {
         const std::size_t mirrored = bands - lanes - i;
         Complex<V> even, odd;
@@ -139,8 +141,8 @@ void readBands(const OddFourierPlan& plan, const Line& line) {
 }
 
 /** Overlaps the last ten slots of modulated values. */
+template <std::size_t bands>
 void overlap(const SbrSynthesis& filter, float* dst) {
-    const auto bands = static_cast<std::size_t>(filter.plan.bands);
     const float* slots[SbrSynthesis::ringSlots];
     for (int age = 0, slot = filter.newest; age < SbrSynthesis::ringSlots; ++age) {
         slots[age] = filter.ring + static_cast<std::size_t>(slot) * 2 * bands + (age % 2 ? bands : 0);
@@ -154,20 +156,33 @@ void overlap(const SbrSynthesis& filter, float* dst) {
     }
 }
 
+/** Modulates the values of one slot into the ring. */
+template <std::size_t bands>
+void modulate(SbrSynthesis& filter) {
+    transform<bands>(filter.plan);
+    filter.newest = filter.newest + 1 < SbrSynthesis::ringSlots ? filter.newest + 1 : 0;
+    float* ring = filter.ring + static_cast<std::size_t>(filter.newest) * 2 * bands;
+    for (std::size_t n = 0; n < bands; n += lanes)
+        storeComplex(Split{ring, ring + bands}, n,
+                     loadComplex<V>(filter.plan.data, n) * loadComplex<V>(filter.plan.inner, n));
+}
+
+template <std::size_t bands, class LineOf>
+void synthesiseBands(SbrSynthesis& filter, float* dst, int slots, LineOf lineOf) {
+    for (int slot = 0; slot < slots; ++slot, dst += bands) {
+        readBands<bands>(filter.plan, lineOf(slot));
+        modulate<bands>(filter);
+        overlap<bands>(filter, dst);
+    }
+}
+
 /** Synthesises `slots` slots; lineOf(slot) is where the bands of a slot come from. */
 template <class LineOf>
 void synthesise(SbrSynthesis& filter, float* dst, int slots, LineOf lineOf) {
-    const auto bands = static_cast<std::size_t>(filter.plan.bands);
-    for (int slot = 0; slot < slots; ++slot, dst += bands) {
-        readBands(filter.plan, lineOf(slot));
-        const Split values = transform(filter.plan);
-        filter.newest = filter.newest + 1 < SbrSynthesis::ringSlots ? filter.newest + 1 : 0;
-        float* ring = filter.ring + static_cast<std::size_t>(filter.newest) * 2 * bands;
-        for (std::size_t n = 0; n < bands; n += lanes)
-            storeComplex(Split{ring, ring + bands}, n,
-                         loadComplex<V>(values, n) * loadComplex<V>(filter.plan.inner, n));
-        overlap(filter, dst);
-    }
+    if (filter.plan.bands == 64)
+        synthesiseBands<64>(filter, dst, slots, lineOf);
+    else
+        synthesiseBands<32>(filter, dst, slots, lineOf);
 }
 
 /** A line of pairs as plain floats, real part first. */

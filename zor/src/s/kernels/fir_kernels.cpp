@@ -6,16 +6,29 @@ namespace {
 
 using zor::lanesIn;
 
-template <class V, int vectors>
-inline void firBlock(const float* x, float* dst, const float* taps, int order) {
-    V sum[vectors] = {};
+template <class V>
+inline void firOne(const float* x, float* dst, const float* taps, int order) {
+    V sum{};
+    for (int k = 0; k < order; ++k)
+        sum += zor::splat<V>(taps[k]) * zor::load<V>(x - k);
+    zor::store(dst, sum);
+}
+
+/** Four vectors at once. */
+template <class V>
+inline void firFour(const float* x, float* dst, const float* taps, int order) {
+    V sum0{}, sum1{}, sum2{}, sum3{};
     for (int k = 0; k < order; ++k) {
         const V tap = zor::splat<V>(taps[k]);
-        for (int v = 0; v < vectors; ++v)
-            sum[v] += tap * zor::load<V>(x + v * lanesIn<V> - k);
+        sum0 += tap * zor::load<V>(x - k);
+        sum1 += tap * zor::load<V>(x + lanesIn<V> - k);
+        sum2 += tap * zor::load<V>(x + 2 * lanesIn<V> - k);
+        sum3 += tap * zor::load<V>(x + 3 * lanesIn<V> - k);
     }
-    for (int v = 0; v < vectors; ++v)
-        zor::store(dst + v * lanesIn<V>, sum[v]);
+    zor::store(dst, sum0);
+    zor::store(dst + lanesIn<V>, sum1);
+    zor::store(dst + 2 * lanesIn<V>, sum2);
+    zor::store(dst + 3 * lanesIn<V>, sum3);
 }
 
 void fir(const float* x, float* dst, int len, const float* taps, int order) {
@@ -23,9 +36,9 @@ void fir(const float* x, float* dst, int len, const float* taps, int order) {
     constexpr int block = 4 * lanesIn<V>;
     int i = 0;
     for (; i + block <= len; i += block)
-        firBlock<V, 4>(x + i, dst + i, taps, order);
+        firFour<V>(x + i, dst + i, taps, order);
     for (; i < len; ++i)
-        firBlock<float, 1>(x + i, dst + i, taps, order);
+        firOne<float>(x + i, dst + i, taps, order);
 }
 
 } // namespace
