@@ -82,7 +82,8 @@ class FleetTest(unittest.TestCase):
         self.assertEqual(len(lines[1].split()), 2)
         deaths = {
             # Killed when the first of its two tests is done.
-            'set -- "${{@:1:$#-1}}"; {program} "$@" >/dev/null; kill -KILL $$': ("ended by SIGKILL", lines[1].split()[-1]),
+            'set -- "${{@:1:$#-1}}"; {program} "$@" >/dev/null; kill -KILL $$':
+                ("ended by SIGKILL", lines[1].split()[-1]),
             # Never ran.
             "exit 127": ("exit status 127", lines[1]),
             # Says that all went well, and wrote nothing.

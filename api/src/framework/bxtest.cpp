@@ -5,6 +5,7 @@
 #include "data/bxalloc.h"
 #include "framework/bxconditions.h"
 #include "framework/bxhotlist.h"
+#include "framework/bxinterrupt.h"
 #include "framework/bxreports.h"
 #include "framework/bxsessionmodes.h"
 #include "framework/bxtraced.h"
@@ -255,7 +256,7 @@ void bxTest::loopData() {
     m_constDue = true;
     g_cstrm.identicalLinesStart(m_numParmsColm);
     while (nextCombination()) {}
-    if (m_currentResult == UNDEFINED)
+    if (m_currentResult == UNDEFINED && !bxInterrupted())
         reportError("-- Error while initialization of function data\n", DATAFAIL);
     g_cstrm.linePostponeOut(m_numResultColm + m_numParmsColm);
     if (g_cstrm.identicalLinesStop()) {
@@ -285,7 +286,7 @@ bool bxTest::nextCombination() {
         processCombination();
     bxTraced("flushData", [this] { return flushData(); });
     m_dataLive = false;
-    return !bxIsFailure(m_currentResult);
+    return !bxIsFailure(m_currentResult) && !bxInterrupted();
 }
 
 void bxTest::processCombination() {

@@ -4,7 +4,10 @@
 #include <vector>
 
 #include "framework/bxconditions.h"
+#include "framework/bxinterrupt.h"
+#include "framework/bxprogress.h"
 #include "framework/bxtest.h"
+#include "output/bxostream.h"
 
 bxTestList* pTestList = nullptr;
 
@@ -35,21 +38,39 @@ void afterTest(bxTest*) {}
 bxTestList::bxTestList() : startTime(time(nullptr)), endTime(startTime), numResults{} {}
 
 bool bxTestList::runTests(bxConditions& conditions) {
+    const bxInterruptScope interruptible;
+    bxProgress progress;
+    if (progress.shown())
+        progress.setSelected(countSelected(conditions));
     beforeAll();
     for (bxTest* test : *this) {
+        if (bxInterrupted())
+            break;
         if (!test->tobeRun(conditions) || test->name.find(m_startFunc, 0) < 0)
             continue;
         m_startFunc = "";
         m_pCurrentTest = test;
+        progress.beforeTest(test->name);
         beforeTest();
         const bxResult r = test->run();
         afterTest(test);
+        progress.afterTest();
         // A test that stopped before it measured still holds the mark of its entry.
         if (r != UNDEFINED || test->result != OK)
             plus(r);
         m_pCurrentTest = nullptr;
     }
+    if (bxInterrupted())
+        g_ostrm << ERR << "-- Interrupted by " << bxInterruptName() << ": the run stops here\n"
+                << endMessageFlush;
     return numResults[FAIL] != 0;
+}
+
+int bxTestList::countSelected(bxConditions& conditions) const {
+    int n = 0;
+    for (bxTest* test : *this)
+        n += test->tobeRun(conditions) && (n > 0 || test->name.find(m_startFunc, 0) >= 0);
+    return n;
 }
 
 void bxTestList::plus(bxResult r) {

@@ -19,7 +19,10 @@ class bxTestList : public bxList<bxTest*> {
   public:
     bxTestList();
 
-    /** Runs the selected tests in list order. Returns whether any of them ended in a failure. */
+    /**
+     * Runs the selected tests in list order; SIGINT, SIGTERM and SIGHUP end the run after the current
+     * measurement. Returns whether any test ended in a failure.
+     */
     bool runTests(bxConditions& conditions);
 
     /** Counts one result; a specific warning or failure also counts under WARNING or FAIL. */
@@ -41,6 +44,10 @@ class bxTestList : public bxList<bxTest*> {
     static inline bxString m_startFunc;
     /** The test that is running; null between tests. */
     static inline bxTest* m_pCurrentTest = nullptr;
+
+  private:
+    /** Number of tests that a run now would take. */
+    int countSelected(bxConditions& conditions) const;
 };
 
 /** The one list of registered tests; null until the first registration. */

@@ -5,6 +5,7 @@
 
 #include "framework/bxhotlist.h"
 #include "framework/bxinfotests.h"
+#include "framework/bxinterrupt.h"
 #include "framework/bxreportformat.h"
 #include "framework/bxreports.h"
 #include "framework/bxtest.h"
@@ -102,7 +103,8 @@ int bxSession::measure() {
         g_pHotList = new bxStringList;
     }
     putTableTitle();
-    return pTestList->runTests(*m_conditions) ? 1 : 0;
+    const bool failed = pTestList->runTests(*m_conditions);
+    return failed || bxInterrupted() ? 1 : 0;
 }
 
 void bxSession::applyLibrarySettings() {

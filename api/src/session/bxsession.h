@@ -32,7 +32,8 @@ class bxSession : public bxPaths, public bxSessionModes {
     virtual void initSession();
 
   public:
-    /// One complete run; the exit status: 1 when a test ended in a failure, else 0.
+    /// One complete run; the exit status: 1 when a test ended in a failure or the run was interrupted, else
+    /// 0.
     virtual int run(int argc, char** argv);
 
   protected:
