@@ -45,6 +45,17 @@ cppcheck_finds_nothing() {
         -I api/src -I binding -I zor/include --suppressions-list=.ci/cppcheck.txt api binding tools
 }
 
+# A project outside of the tree, built against what `cmake --install` puts in place. Its test has three lengths.
+example_against_the_installed_package() {
+    local prefix="$work/installed" example="$work/example"
+    rm -rf "$prefix" "$example"
+    cmake --install build --prefix "$prefix" &&
+        cmake -S examples/mylib -B "$example" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" &&
+        cmake --build "$example" && "$example/mybench" -B -f mylib "-l$example" -r &&
+        [ "$(grep -c '^mylibScale,' "$example/mybench.csv")" = 3 ]
+}
+
 checks=(rules_of_the_tree tables_match_their_sources formatted gcc_without_warnings
     clang_without_warnings_tests x86_gcc_without_warnings_tests x86_clang_without_warnings_tests
-    x86_tns_under_the_emulator sanitizers valgrind_finds_nothing clang_tidy cppcheck_finds_nothing)
+    x86_tns_under_the_emulator example_against_the_installed_package sanitizers valgrind_finds_nothing clang_tidy
+    cppcheck_finds_nothing)
