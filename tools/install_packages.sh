@@ -8,7 +8,7 @@
 set -u
 declare -A needs=(
     [build]="g++ cmake ninja-build"
-    [test]="g++ cmake ninja-build libgtest-dev libgmock-dev python3"
+    [test]="g++ cmake ninja-build libgtest-dev libgmock-dev python3 parallel"
     [check]="clang clang-format clang-tidy cppcheck valgrind g++-multilib qemu-user googletest libclang-rt-14-dev"
     [bench]="libbenchmark-dev libfftw3-dev"
 )

@@ -1,0 +1,221 @@
+#include "comparison.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <set>
+
+#include "cells.h"
+#include "statistics.h"
+
+namespace {
+
+constexpr double intervalConfidence = 0.90;
+
+/** The figures of one row on one side. */
+struct Figures {
+    std::vector<double> logs;
+    double accuracy = 0; /**< the worst stated */
+    double rounding = 0; /**< the largest share that the table's digits may have dropped */
+    std::string unit;
+};
+
+using Side = std::map<RowKey, Figures>;
+
+Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules) {
+    Side side;
+    for (const TableRun& run : runs) {
+        std::map<RowKey, int> seen;
+        for (const ResultRow& row : run.rows) {
+            RowKey key{row.function, row.parameters, row.cacheMode(), 0};
+            while (!key.parameters.empty() && key.parameters.back().empty()) {
+                key.parameters.pop_back();
+            }
+            key.repetition = seen[key]++;
+            const auto figure = rules.time ? row.microseconds : row.clocks;
+            if (!figure || *figure <= 0) {
+                continue;
+            }
+            Figures& figures = side[key];
+            figures.logs.push_back(std::log(*figure));
+            figures.accuracy = std::max(figures.accuracy, row.accuracy().value_or(rules.accuracy));
+            figures.rounding =
+                std::max(figures.rounding, roundingOf(rules.time ? row.microsecondsText : row.clocksText));
+            figures.unit = row.unit;
+        }
+    }
+    return side;
+}
+
+Estimate estimate(const Figures& figures) {
+    // A stated accuracy is the largest deviation seen in a few measurements: taken as two standard errors.
+    Estimate result = figures.logs.size() > 1 ? trimmedMean(figures.logs)
+                                              : Estimate{figures.logs.front(), figures.accuracy / 2,
+                                                         std::numeric_limits<double>::infinity()};
+    // Rounding moves a figure evenly within its half unit; runs that agree round alike, so it does not
+    // average out.
+    result.error = std::hypot(result.error, figures.rounding / std::sqrt(3.0));
+    return result;
+}
+
+RowComparison compareRow(const RowKey& key, const Figures& before, const Figures& after) {
+    RowComparison row;
+    row.key = key;
+    row.unit = after.unit;
+    const Estimate first = estimate(before);
+    const Estimate second = estimate(after);
+    const Estimate change = difference(first, second);
+    row.before = std::exp(first.location);
+    row.after = std::exp(second.location);
+    row.runsBefore = before.logs.size();
+    row.runsAfter = after.logs.size();
+    row.ratio = std::exp(change.location);
+    const double width = halfWidth(change, intervalConfidence);
+    row.low = std::exp(change.location - width);
+    row.high = std::exp(change.location + width);
+    row.p = pValue(change);
+    return row;
+}
+
+Verdict judge(const RowComparison& row, const ComparisonRules& rules) {
+    const double limit = 1 + rules.threshold;
+    if (row.adjusted <= rules.alpha && row.ratio > limit) {
+        return Verdict::slower;
+    }
+    if (row.adjusted <= rules.alpha && row.ratio < 1 / limit) {
+        return Verdict::faster;
+    }
+    return row.low >= 1 / limit && row.high <= limit ? Verdict::same : Verdict::cannotTell;
+}
+
+void judgeAll(std::vector<RowComparison>& rows, const ComparisonRules& rules) {
+    std::vector<double> p;
+    std::transform(rows.begin(), rows.end(), std::back_inserter(p),
+                   [](const RowComparison& row) { return row.p; });
+    const auto adjusted = adjustedP(p);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        rows[i].adjusted = adjusted[i];
+        rows[i].verdict = judge(rows[i], rules);
+    }
+}
+
+void sortWorstFirst(std::vector<RowComparison>& rows) {
+    constexpr std::array order{Verdict::slower, Verdict::cannotTell, Verdict::same, Verdict::faster};
+    const auto rank = [&](Verdict verdict) { return std::find(order.begin(), order.end(), verdict); };
+    std::stable_sort(rows.begin(), rows.end(), [&](const RowComparison& a, const RowComparison& b) {
+        return a.verdict != b.verdict ? rank(a.verdict) < rank(b.verdict) : a.ratio > b.ratio;
+    });
+}
+
+std::vector<FunctionComparison> byFunction(const std::vector<RowComparison>& rows) {
+    std::map<std::string, FunctionComparison> functions;
+    std::map<std::string, std::vector<double>> ratios;
+    for (const RowComparison& row : rows) {
+        FunctionComparison& function = functions[row.key.function];
+        function.function = row.key.function;
+        ++function.rows;
+        function.slower += row.verdict == Verdict::slower ? 1U : 0U;
+        function.faster += row.verdict == Verdict::faster ? 1U : 0U;
+        ratios[row.key.function].push_back(row.ratio);
+    }
+    std::vector<FunctionComparison> sorted;
+    for (auto& [name, function] : functions) {
+        function.ratio = geometricMean(ratios[name]);
+        sorted.push_back(function);
+    }
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const auto& a, const auto& b) { return a.ratio > b.ratio; });
+    return sorted;
+}
+
+/** The part of a CPU line that does not change from run to run: the frequency behind it is measured. */
+std::string processorName(const std::string& cpu) {
+    const std::size_t cache = std::min(cpu.rfind(", Max cache size"), cpu.size());
+    return cache == 0 ? cpu : cpu.substr(0, cpu.rfind(", ", cache - 1));
+}
+
+/** Differences of the machines that make figures hard to compare. */
+std::vector<std::string> machineNotes(const std::vector<TableRun>& before,
+                                      const std::vector<TableRun>& after) {
+    const auto values = [](const std::vector<TableRun>& runs, const std::string& label) {
+        std::set<std::string> found;
+        for (const TableRun& run : runs) {
+            const std::string value = run.head.value(label);
+            found.insert(label == "CPU" ? processorName(value) : value);
+        }
+        return found;
+    };
+    std::vector<std::string> notes;
+    for (const char* label : {"CPU", "Computer"}) {
+        if (values(before, label) != values(after, label)) {
+            notes.push_back(std::string("the sides differ in ") + label +
+                            "; their figures may not be comparable");
+        }
+    }
+    return notes;
+}
+
+} // namespace
+
+const char* verdictName(Verdict verdict) {
+    constexpr std::array names{"slower", "faster", "same", "cannot tell"};
+    return names[static_cast<std::size_t>(verdict)];
+}
+
+std::string describeParameters(const RowKey& key, const ParameterNames& names) {
+    const auto known = names.find(key.function);
+    std::string text;
+    const auto add = [&](const std::string& word) { text += (text.empty() ? "" : " ") + word; };
+    for (std::size_t i = 0; i < key.parameters.size(); ++i) {
+        const bool named = known != names.end() && i < known->second.size() && !known->second[i].empty();
+        if (!key.parameters[i].empty()) {
+            add(named ? known->second[i] + "=" + key.parameters[i] : key.parameters[i]);
+        }
+    }
+    if (!key.cacheMode.empty()) {
+        add(key.cacheMode);
+    }
+    if (key.repetition > 0) {
+        add(std::string("#").append(std::to_string(key.repetition + 1)));
+    }
+    return text;
+}
+
+std::size_t Comparison::count(Verdict verdict) const {
+    return static_cast<std::size_t>(std::count_if(
+        rows.begin(), rows.end(), [&](const RowComparison& row) { return row.verdict == verdict; }));
+}
+
+Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<TableRun>& after,
+                       const ComparisonRules& rules) {
+    Comparison result;
+    const Side left = gather(before, rules);
+    const Side right = gather(after, rules);
+    for (const auto& [key, figures] : left) {
+        const auto other = right.find(key);
+        if (other == right.end()) {
+            result.onlyBefore.push_back(key);
+        } else if (other->second.unit != figures.unit) {
+            throw TableError(key.function + ": measured per \"" + figures.unit + "\" on one side, per \"" +
+                             other->second.unit + "\" on the other");
+        } else {
+            result.rows.push_back(compareRow(key, figures, other->second));
+        }
+    }
+    for (const auto& [key, figures] : right) {
+        if (!left.contains(key)) {
+            result.onlyAfter.push_back(key);
+        }
+    }
+    judgeAll(result.rows, rules);
+    sortWorstFirst(result.rows);
+    result.functions = byFunction(result.rows);
+    std::vector<double> ratios;
+    std::transform(result.rows.begin(), result.rows.end(), std::back_inserter(ratios),
+                   [](const RowComparison& row) { return row.ratio; });
+    result.ratio = geometricMean(ratios);
+    result.notes = machineNotes(before, after);
+    return result;
+}

@@ -1,0 +1,13 @@
+/** \file
+ * A report as JSON; docs/benchex-report.schema.json describes it.
+ */
+#ifndef REPORTJSON_H
+#define REPORTJSON_H
+
+#include <string>
+
+#include "reportdata.h"
+
+std::string reportJson(const ReportData& data);
+
+#endif
