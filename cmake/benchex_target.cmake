@@ -18,5 +18,6 @@ function(benchex_target target)
     BUILD_RPATH "$ORIGIN"
     INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   target_compile_features(${target} PUBLIC cxx_std_20)
-  target_compile_options(${target} PRIVATE ${benchex_warnings})
+  # Sources name themselves by their path in the tree, whatever folder the tree is built in.
+  target_compile_options(${target} PRIVATE ${benchex_warnings} "-ffile-prefix-map=${benchex_SOURCE_DIR}/=")
 endfunction()

@@ -84,6 +84,8 @@ class FleetTest(unittest.TestCase):
             # Killed when the first of its two tests is done.
             'set -- "${{@:1:$#-1}}"; {program} "$@" >/dev/null; kill -KILL $$':
                 ("ended by SIGKILL", lines[1].split()[-1]),
+            # Ends in order, but its last test was not run.
+            'set -- "${{@:1:$#-1}}"': ("tests are missing", lines[1].split()[-1]),
             # Never ran.
             "exit 127": ("exit status 127", lines[1]),
             # Says that all went well, and wrote nothing.

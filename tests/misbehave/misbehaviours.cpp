@@ -41,7 +41,7 @@ ASSEMBLY(zorsRaiseSSX, "xorps %xmm0, %xmm0\n\tdivss %xmm0, %xmm0")
 #if defined(__x86_64__)
 ASSEMBLY(zorsClobber, "xorl %ebx, %ebx\n\tmovq $-1, %r12")
 #else
-ASSEMBLY(zorsClobber, "xorl %ebx, %ebx\n\tmovl $-1, %esi")
+ASSEMBLY(zorsClobber, "xorl %esi, %esi\n\tmovl $-1, %edi")
 #endif
 ASSEMBLY(zorsClobberFrame, "xorl %ebp, %ebp")
 ASSEMBLY(zorsSetDirection, "std")

@@ -51,7 +51,7 @@ Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules) {
 
 Estimate estimate(const Figures& figures) {
     // A stated accuracy is the largest deviation seen in a few measurements: taken as two standard errors.
-    Estimate result = figures.logs.size() > 1 ? trimmedMean(figures.logs)
+    Estimate result = figures.logs.size() > 1 ? lowerMean(figures.logs)
                                               : Estimate{figures.logs.front(), figures.accuracy / 2,
                                                          std::numeric_limits<double>::infinity()};
     // Rounding moves a figure evenly within its half unit; runs that agree round alike, so it does not

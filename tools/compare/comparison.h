@@ -75,11 +75,11 @@ struct Comparison {
 };
 
 /**
- * Compares runs with runs. Figures are compared as logarithms. A side with several figures of a row gives
- * their trimmed mean and its error; a side with one gives the figure, with half its stated accuracy as error.
- * The digits that the table dropped add to the error. Verdicts:
- * - slower, faster: Yuen's test finds a difference (p, adjusted for all rows, at most alpha) and the ratio
- * lies beyond the threshold;
+ * Compares runs with runs. Figures are compared as logarithms. A side with several figures of a row gives the
+ * mean of the smaller half of them and its error; a side with one gives the figure, with half its stated
+ * accuracy as error. The digits that the table dropped add to the error. Verdicts:
+ * - slower, faster: Yuen's test (Welch's t on trimmed means) finds a difference (p, adjusted for all rows, at
+ * most alpha) and the ratio lies beyond the threshold;
  * - same: the 90 % interval of the ratio lies within the threshold (two one-sided tests of 5 %);
  * - cannot tell: neither.
  */

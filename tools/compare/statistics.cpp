@@ -45,17 +45,15 @@ double incompleteBeta(double a, double b, double x) {
 
 } // namespace
 
-Estimate trimmedMean(std::span<const double> values) {
+Estimate lowerMean(std::span<const double> values) {
     std::vector<double> sorted(values.begin(), values.end());
     std::sort(sorted.begin(), sorted.end());
     const std::size_t n = sorted.size();
-    const std::size_t cut = n / 5;
-    const auto kept = static_cast<double>(n - 2 * cut);
-    const auto first = sorted.begin() + static_cast<std::ptrdiff_t>(cut);
-    const auto last = sorted.end() - static_cast<std::ptrdiff_t>(cut);
-    const double location = std::accumulate(first, last, 0.0) / kept;
+    const std::size_t half = std::max<std::size_t>(2, (n + 1) / 2);
+    const auto last = sorted.begin() + static_cast<std::ptrdiff_t>(half);
+    const auto kept = static_cast<double>(half);
+    const double location = std::accumulate(sorted.begin(), last, 0.0) / kept;
 
-    std::fill(sorted.begin(), first, *first);
     std::fill(last, sorted.end(), *(last - 1));
     const double mean = std::accumulate(sorted.begin(), sorted.end(), 0.0) / static_cast<double>(n);
     const double squares = std::accumulate(sorted.begin(), sorted.end(), 0.0, [&](double sum, double v) {

@@ -16,11 +16,12 @@ struct Estimate {
 };
 
 /**
- * The 20 % trimmed mean with the standard error from the winsorised variance (Tukey and McLaughlin 1963): a
- * fifth of the values at either end, rounded down, does not count, so that one disturbed run of five changes
- * nothing. Below five values this is the mean with its usual error. \param values  at least two
+ * The mean of the smaller half of the values, at least two, with the standard error from the winsorised
+ * variance (Tukey and McLaughlin 1963, for trimming on one side): other work on the machine only ever adds
+ * time, often to half of the runs at once, so the larger half tells of the machine and not of the function.
+ * \param values  at least two
  */
-Estimate trimmedMean(std::span<const double> values);
+Estimate lowerMean(std::span<const double> values);
 
 /** Distribution function of Student's t with `freedom` degrees of freedom (normal for infinitely many). */
 double studentCdf(double t, double freedom);

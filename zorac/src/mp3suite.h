@@ -97,29 +97,17 @@ inline ZorMP3SideInfo mp3SideInfo(int block) {
 }
 
 /** A test that reports clocks per element; `initData` sets the divisor. */
-class Mp3Test : public kvTest {
+class Mp3Test : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
     double getDivisor() override { return m_divisor; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << m_divisor;
-        kvTest::parmsToCstrm();
-    }
 
   protected:
     int m_divisor = 1;
 };
 
 /** A test that reports clocks per call. */
-class Mp3UnpackTest : public kvTest {
-  public:
-    using kvTest::kvTest;
-    void parmsToCstrm() override {
-        g_cstrm << static_cast<int>(getDivisor());
-        kvTest::parmsToCstrm();
-    }
-};
+using Mp3UnpackTest = DivisorCellTest;
 
 inline void deleteVectors(std::initializer_list<kvVector*> vectors) {
     for (kvVector* vector : vectors)

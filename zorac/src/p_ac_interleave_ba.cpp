@@ -11,9 +11,9 @@ ChannelData s_data;
 
 bxStepIterator<int> s_channels(0, "", ""), s_length(0, "", "");
 
-class TimInterleave : public kvTest {
+class TimInterleave : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         setRangeParm(s_channels, "Number of channels", "number of channels", 2, 7, '+', 5);
@@ -31,11 +31,6 @@ class TimInterleave : public kvTest {
     }
 
     double getDivisor() override { return s_data.channels * s_data.len; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << static_cast<int>(getDivisor());
-        kvTest::parmsToCstrm();
-    }
 };
 
 int tcall_zorsInterleave_16s() {

@@ -12,9 +12,9 @@ int s_len;
 
 bxStepIterator<int> s_length(0, "", "");
 
-class Timac_MakeFloat : public kvTest {
+class Timac_MakeFloat : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         setRangeParm(s_length, "Length", "length of the vectors", 64, 4096, '*', 2);
@@ -34,11 +34,6 @@ class Timac_MakeFloat : public kvTest {
     }
 
     double getDivisor() override { return s_len; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_len;
-        kvTest::parmsToCstrm();
-    }
 };
 
 int tcall_zorsMakeFloat_16s32f() {

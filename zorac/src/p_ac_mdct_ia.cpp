@@ -16,9 +16,9 @@ int s_len, s_scaleFactor;
 bxStepIterator<int> s_length(0, "", "");
 kvScaleIterator s_scale;
 
-class Timac_MDCT : public kvTest {
+class Timac_MDCT : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         setRangeParm(s_length, "Length", "samples of a frame", 64, 4096, '*', 2);
@@ -51,11 +51,6 @@ class Timac_MDCT : public kvTest {
     }
 
     double getDivisor() override { return s_len; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_len;
-        kvTest::parmsToCstrm();
-    }
 
   private:
     /** In place a transform is fed its own output, call after call; only zeros neither grow nor vanish. */

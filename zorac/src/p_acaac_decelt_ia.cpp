@@ -20,9 +20,9 @@ int s_dataCount; // what the function returns
 
 bxStepIterator<int> s_count(1, "", "");
 
-class TimacAACDecodeElt : public kvTest {
+class TimacAACDecodeElt : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         m_fill = name.find("Fill") >= 0;
@@ -52,11 +52,6 @@ class TimacAACDecodeElt : public kvTest {
     }
 
     double getDivisor() override { return s_dataCount; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_dataCount;
-        kvTest::parmsToCstrm();
-    }
 
   private:
     bool m_fill = false;

@@ -24,9 +24,9 @@ int s_divisor = 1;
 aacWinSeqItr s_winSequence;
 kvScaleIterator s_scaleFactor;
 
-class TimacAACDecodeMs : public kvTest {
+class TimacAACDecodeMs : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         m_isStereo = name.find("IsStereo") >= 0;
@@ -74,11 +74,6 @@ class TimacAACDecodeMs : public kvTest {
     }
 
     double getDivisor() override { return s_divisor; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_divisor;
-        kvTest::parmsToCstrm();
-    }
 
   private:
     bool m_isStereo = false;

@@ -18,9 +18,9 @@ int s_maxSfb;
 
 aacWinSeqItr s_winSequence;
 
-class TimacAACLongTerm : public kvTest {
+class TimacAACLongTerm : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         m_predict = name.find("Predict") >= 0;
@@ -44,11 +44,6 @@ class TimacAACLongTerm : public kvTest {
     }
 
     double getDivisor() override { return divisor(); }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << divisor();
-        kvTest::parmsToCstrm();
-    }
 
   private:
     int divisor() const { return s_dst.length(); }

@@ -17,9 +17,9 @@ int s_divisor = 1;
 
 aacWinSeqItr s_winSequence;
 
-class TimaacMDCT : public kvTest {
+class TimaacMDCT : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         m_forward = name.find("Fwd") >= 0;
@@ -44,11 +44,6 @@ class TimaacMDCT : public kvTest {
     }
 
     double getDivisor() override { return s_divisor; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_divisor;
-        kvTest::parmsToCstrm();
-    }
 
   private:
     bool m_forward = false;

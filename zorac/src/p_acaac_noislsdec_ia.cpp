@@ -107,9 +107,9 @@ class ChannelWriter {
     int m_books[maxGroups][maxBands]{};
 };
 
-class TimacAACNoiselessDec : public kvTest {
+class TimacAACNoiselessDec : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         s_winSequence.init({aacWinShort, aacWinLong});
@@ -154,11 +154,6 @@ class TimacAACNoiselessDec : public kvTest {
     }
 
     double getDivisor() override { return s_divisor; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_divisor;
-        kvTest::parmsToCstrm();
-    }
 };
 
 int tcall_zorsNoiselessDecoder_LC_AAC() {

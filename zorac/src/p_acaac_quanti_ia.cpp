@@ -21,9 +21,9 @@ int s_divisor = 1;
 aacWinSeqItr s_winSequence;
 bxIterator<int> s_dataValue(3, "", "");
 
-class TimacAACQuantInv : public kvTest {
+class TimacAACQuantInv : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         s_winSequence.init({aacWinShort, aacWinLong});
@@ -54,11 +54,6 @@ class TimacAACQuantInv : public kvTest {
     }
 
     double getDivisor() override { return s_divisor; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_divisor;
-        kvTest::parmsToCstrm();
-    }
 };
 
 int tcall_zorsQuantInv_AAC_32s_I() {

@@ -28,9 +28,9 @@ constexpr int profile = zorAacLC;
 aacWinSeqItr s_winSequence;
 bxIterator<int> s_tnsOrder(1, "", "");
 
-class TimacAACTns : public kvTest {
+class TimacAACTns : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         m_encode = name.find("Encode") >= 0;
@@ -70,11 +70,6 @@ class TimacAACTns : public kvTest {
     }
 
     double getDivisor() override { return s_divisor; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_divisor;
-        kvTest::parmsToCstrm();
-    }
 
   private:
     bool m_encode = false;

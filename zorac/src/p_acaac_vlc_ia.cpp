@@ -42,9 +42,9 @@ int tinit_zorsVLCDecodeEscBlock_AAC_1u16s() {
     return 0;
 }
 
-class TimacVLC_AAC : public kvTest {
+class TimacVLC_AAC : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         m_decode = name.find("Decode") >= 0;
@@ -76,11 +76,6 @@ class TimacVLC_AAC : public kvTest {
     }
 
     double getDivisor() override { return s_divisor; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_divisor;
-        kvTest::parmsToCstrm();
-    }
 
   private:
     bool m_decode = false;

@@ -19,9 +19,9 @@ int s_mode;
 
 bxStepIterator<int> s_modes(0, "", ""), s_offsets(0, "", "");
 
-class kvsSynthesisFilter_DTS : public kvTest {
+class kvsSynthesisFilter_DTS : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         setRangeParm(s_modes, "mode", "set of taps", 0, 1, '+', 1);
@@ -52,11 +52,6 @@ class kvsSynthesisFilter_DTS : public kvTest {
     }
 
     double getDivisor() override { return calls * bands; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << calls * bands;
-        kvTest::parmsToCstrm();
-    }
 };
 
 /** The calls of a subframe; returns the last status that was not 0. */

@@ -46,9 +46,9 @@ int tinit_zorsVLCDecodeEscBlock_MP3_1u16s() {
     return 0;
 }
 
-class TimacVLC_MP3 : public kvTest {
+class TimacVLC_MP3 : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         m_decode = name.find("Decode") >= 0;
@@ -80,11 +80,6 @@ class TimacVLC_MP3 : public kvTest {
     }
 
     double getDivisor() override { return s_divisor; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_divisor;
-        kvTest::parmsToCstrm();
-    }
 
   private:
     bool m_decode = false;

@@ -26,9 +26,9 @@ void fillBands() {
         }
 }
 
-class Timacsbr_Predict : public kvTest {
+class Timacsbr_Predict : public DivisorCellTest {
   public:
-    using kvTest::kvTest;
+    using DivisorCellTest::DivisorCellTest;
 
     bool canStart() override {
         setParm(s_k0, "k0", "number of bands", {30, 32});
@@ -65,10 +65,6 @@ class Timacsbr_Predict : public kvTest {
 
     double getDivisor() override { return s_bands * s_slots; }
     bxString getUnit() override { return "k0*len"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_bands * s_slots;
-        kvTest::parmsToCstrm();
-    }
 };
 
 int tcall_zorsPredictCoef_SBR_R_32f_D2L() {

@@ -107,9 +107,9 @@ bool fillBands() {
     return true;
 }
 
-class Timacsbr_Synthes : public kvTest {
+class Timacsbr_Synthes : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         setParm(s_frameSize, "frameSize", "samples of a frame at the core's sampling rate", {1024, 960});
@@ -141,11 +141,6 @@ class Timacsbr_Synthes : public kvTest {
     }
 
     double getDivisor() override { return s_frame; }
-    bxString getUnit() override { return "e"; }
-    void parmsToCstrm() override {
-        g_cstrm << s_frame;
-        kvTest::parmsToCstrm();
-    }
 };
 
 int tcall_zorsAnalysisFilter_SBR_RToC_32f_D2L() {

@@ -8,9 +8,9 @@
 #include "suiteparms.h"
 
 /** Base of the scalar-loop tests. The scale factor is registered last, so that it varies fastest. */
-class ScalarLoopTest : public kvTest {
+class ScalarLoopTest : public PerElementTest {
   public:
-    using kvTest::kvTest;
+    using PerElementTest::PerElementTest;
 
     bool canContinue() override {
         if (!kvTest::canContinue())
@@ -22,15 +22,10 @@ class ScalarLoopTest : public kvTest {
     bool initData() override { return m_created; }
 
     double getFlops() override { return 0; }
-    bxString getUnit() override { return "e"; }
     void constToOstrm() override { g_ostrm << PERF << functionTitle() << "\n" << endMessage; }
     void parmsToOstrm() override {
         g_ostrm << functionTitle() << " ";
         kvTest::parmsToOstrm();
-    }
-    void parmsToCstrm() override {
-        g_cstrm << static_cast<int>(getDivisor());
-        kvTest::parmsToCstrm();
     }
 
   protected:

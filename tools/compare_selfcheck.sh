@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# How often benchex-compare errs on this machine: false alarms on runs of one build, and changes found where one function
+# is slowed down.
+#   tools/compare_selfcheck.sh [DIRECTORY-OF-PROGRAMS]
+# Variables: PAIRS (20), RUNS a side (5), SELECT (keys), SLOWED (a function of SELECT), PERCENT (10),
+# CXX (g++), KEEP (a directory for the tables).
+# The sides of a pair run in turn, so that what the machine does besides counts for all of them.
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+programs=$(cd "${1:-$here/../build/bin}" && pwd)
+pairs=${PAIRS:-20}
+runs=${RUNS:-5}
+slowed=${SLOWED:-zorsMDCTFwd_32f}
+percent=${PERCENT:-10}
+read -ra select <<<"${SELECT:--f=zorsMDCTFwd_32f -f=zorsMDCTInv_32f}"
+if [ -n "${KEEP:-}" ]; then
+    work=$KEEP
+    mkdir -p "$work"
+else
+    work=$(mktemp -d)
+    trap 'rm -rf "$work"' EXIT
+fi
+
+"${CXX:-g++}" -O2 -fPIC -shared "-DSLOWED_FUNCTION=$slowed" "-DSLOWED_PERCENT=$percent" "$here/slowdown.cpp" \
+    -o "$work/slowdown.so" -ldl
+
+measure() { # directory, run, library put before the others
+    mkdir -p "$1"
+    LD_PRELOAD=${3:-} "$programs/benchex" -B "${select[@]}" "-r$1/$2.csv" >/dev/null
+}
+
+# Whether the comparison of two sides calls a row of (or, with "!", not of) the slowed function slower.
+alarm_in() { # before, after, grep options
+    local table status=0
+    table=$("$programs/benchex-compare" --csv "$1" "$2") || status=$?
+    [ "$status" -le 1 ] || exit 2
+    grep '^slower,' <<<"$table" | grep "${@:3}" -q ",$slowed,"
+}
+
+declare -A count=([alarm1]=0 [found1]=0 [other1]=0 [alarm]=0 [found]=0 [other]=0)
+judge() { # suffix of the counters, then the three sides
+    if alarm_in "$2" "$3" || alarm_in "$2" "$3" -v; then count[alarm$1]=$((count[alarm$1] + 1)); fi
+    if alarm_in "$2" "$4"; then count[found$1]=$((count[found$1] + 1)); fi
+    if alarm_in "$2" "$4" -v; then count[other$1]=$((count[other$1] + 1)); fi
+}
+
+load_before=$(cut -d' ' -f1-3 /proc/loadavg)
+for pair in $(seq "$pairs"); do
+    at=$work/pair$pair
+    for run in $(seq "$runs"); do
+        measure "$at/a" "$run"
+        measure "$at/b" "$run"
+        measure "$at/slow" "$run" "$work/slowdown.so"
+    done
+    judge 1 "$at/a/1.csv" "$at/b/1.csv" "$at/slow/1.csv"
+    judge '' "$at/a" "$at/b" "$at/slow"
+done
+
+rows=$(grep -c '^zor' "$work/pair1/a/1.csv")
+cat <<END
+$pairs pairs, $rows rows, keys ${select[*]}, $slowed slowed by $percent %
+load average: $load_before before, $(cut -d' ' -f1-3 /proc/loadavg) after, on $(nproc) processors
+                                     single tables   $runs runs a side
+false alarm, same build                 ${count[alarm1]} of $pairs         ${count[alarm]} of $pairs
+slowed function found                   ${count[found1]} of $pairs         ${count[found]} of $pairs
+and another function called slower      ${count[other1]} of $pairs         ${count[other]} of $pairs
+END
