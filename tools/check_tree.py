@@ -44,7 +44,7 @@ def complaints(path):
         if path.parts[0] == "zor" and (included in FLOORS or HARNESS_HEADER.match(name)):
             yield f"{path}: the library includes the harness's {name}"
         if path.parts[0] in ("api", "binding", "zorac") and included in LIBRARY_FOLDERS and \
-                not (ROOT / path.parent / name).exists():
+                not (ROOT / "binding" / name).exists():
             yield f"{path}: includes the library's internal {name}"
         if path.parts[0] == "api" and name in PUBLIC_LIBRARY_HEADERS - {"zortypes.h"}:
             yield f"{path}: the harness includes {name}"

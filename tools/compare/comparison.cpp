@@ -217,5 +217,11 @@ Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<Ta
                    [](const RowComparison& row) { return row.ratio; });
     result.ratio = geometricMean(ratios);
     result.notes = machineNotes(before, after);
+    if (std::any_of(result.rows.begin(), result.rows.end(),
+                    [](const RowComparison& row) { return row.runsBefore < 2 || row.runsAfter < 2; })) {
+        result.notes.push_back(
+            "rows with one run on a side: how much they differ from run to run is not known; on a "
+            "busy machine only repeated runs tell");
+    }
     return result;
 }

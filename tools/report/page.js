@@ -114,9 +114,12 @@
     const figures = view.rows.map(row => row.clocks).filter(clocks => clocks > 0);
     const wide = Math.max(...figures) >= 10 * Math.min(...figures);
     const title = {display: true, text: `clocks per ${view.rows[0].per || 'call'}`};
-    return wide && view.axis && view.axis.numeric
-      ? {type: 'logarithmic', title, ticks: {callback: value => Number(value).toPrecision(1).includes('e') ? Number(value) : value}}
-      : {type: 'linear', title, beginAtZero: true};
+    if (!wide || !view.axis || !view.axis.numeric) return {type: 'linear', title, beginAtZero: true};
+    return {
+      type: 'logarithmic', title,
+      afterBuildTicks: axis => { axis.ticks = axis.ticks.filter(({value}) => /^[125]/.test(value.toExponential())); },
+      ticks: {callback: value => String(value)},
+    };
   }
 
   function themeAxis(axis) {

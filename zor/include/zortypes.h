@@ -17,19 +17,19 @@
 typedef int ZorStatus;
 
 enum {
-    zorStsNoErr = 0,              /**< success */
-    zorStsBadArgErr = -5,         /**< an argument is out of its range */
-    zorStsSizeErr = -6,           /**< a length or count is out of its range */
-    zorStsNullPtrErr = -8,        /**< a pointer is null */
-    zorStsMemAllocErr = -9,       /**< memory for a state could not be had */
+    zorStsNoErr = 0,                /**< success */
+    zorStsBadArgErr = -5,           /**< an argument is out of its range */
+    zorStsSizeErr = -6,             /**< a length or count is out of its range */
+    zorStsNullPtrErr = -8,          /**< a pointer is null */
+    zorStsMemAllocErr = -9,         /**< memory for a state could not be had */
     zorStsCpuNotSupportedErr = -10, /**< the processor cannot run the requested code path */
-    zorStsStreamEndErr = -11,     /**< the bit stream ends before the element does */
-    zorStsBadStreamErr = -12,     /**< the bit stream holds a code or a count that the syntax forbids */
-    zorStsContextErr = -13,       /**< a state was not set up, or for another function */
-    zorStsScaleRangeErr = -14,    /**< a scale factor is out of its range */
-    zorStsUnknownCacheSize = 37,  /**< the size of the caches cannot be told */
-    zorStsNoOperation = 1,        /**< nothing had to be done */
-    zorStsOverflow = 12           /**< a value did not fit and was saturated */
+    zorStsStreamEndErr = -11,       /**< the bit stream ends before the element does */
+    zorStsBadStreamErr = -12,       /**< the bit stream holds a code or a count that the syntax forbids */
+    zorStsContextErr = -13,         /**< a state was not set up, or for another function */
+    zorStsScaleRangeErr = -14,      /**< a scale factor is out of its range */
+    zorStsUnknownCacheSize = 37,    /**< the size of the caches cannot be told */
+    zorStsNoOperation = 1,          /**< nothing had to be done */
+    zorStsOverflow = 12             /**< a value did not fit and was saturated */
 };
 
 /* Unsigned and signed integers, floating point; "c" is a complex pair. */
@@ -44,24 +44,40 @@ typedef int64_t Zor64s;
 typedef float Zor32f;
 typedef double Zor64f;
 
-typedef struct { Zor8s re, im; } Zor8sc;
-typedef struct { Zor16s re, im; } Zor16sc;
-typedef struct { Zor16u re, im; } Zor16uc;
-typedef struct { Zor32s re, im; } Zor32sc;
-typedef struct { Zor64s re, im; } Zor64sc;
-typedef struct { Zor32f re, im; } Zor32fc;
-typedef struct { Zor64f re, im; } Zor64fc;
+typedef struct {
+    Zor8s re, im;
+} Zor8sc;
+typedef struct {
+    Zor16s re, im;
+} Zor16sc;
+typedef struct {
+    Zor16u re, im;
+} Zor16uc;
+typedef struct {
+    Zor32s re, im;
+} Zor32sc;
+typedef struct {
+    Zor64s re, im;
+} Zor64sc;
+typedef struct {
+    Zor32f re, im;
+} Zor32fc;
+typedef struct {
+    Zor64f re, im;
+} Zor64fc;
 
 /** A two-dimensional size, in elements. */
-typedef struct { int width, height; } ZoriSize;
+typedef struct {
+    int width, height;
+} ZoriSize;
 
 /** What a library says of itself; the texts live as long as the library is loaded. */
 typedef struct {
-    int major;              /**< version, before the dot */
-    int minor;              /**< version, after the dot */
-    const char* name;       /**< file name of the library, for example "libzorac.so" */
-    const char* version;    /**< version as text */
-    const char* buildDate;  /**< date of the build as text */
+    int major;             /**< version, before the dot */
+    int minor;             /**< version, after the dot */
+    const char* name;      /**< file name of the library, for example "libzorac.so" */
+    const char* version;   /**< version as text */
+    const char* buildDate; /**< date of the build as text */
 } ZorLibraryVersion;
 
 #endif

@@ -4,9 +4,9 @@
 #ifndef ZOR_CPUTYPES_H
 #define ZOR_CPUTYPES_H
 
+#include "zorcore.h"
 #include "../codepath.h"
 #include "cpuquery.h"
-#include "zorcore.h"
 
 #include <algorithm>
 #include <array>
