@@ -87,8 +87,8 @@ std::vector<float> samples(std::size_t count) {
 }
 
 void benchMdct(int len) {
-    ZorsMDCTFwdSpec_32f* forward = nullptr;
-    ZorsMDCTInvSpec_32f* inverse = nullptr;
+    ZorsMDCTFwdState_32f* forward = nullptr;
+    ZorsMDCTInvState_32f* inverse = nullptr;
     int size = 0;
     zorsMDCTFwdInitAlloc_32f(&forward, len);
     zorsMDCTInvInitAlloc_32f(&inverse, len);

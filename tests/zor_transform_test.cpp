@@ -21,8 +21,8 @@ INSTANTIATE_TEST_SUITE_P(Paths, TransformTest, testing::ValuesIn(zorPaths), zorP
 class Mdct {
   public:
     explicit Mdct(int len) {
-        ZorsMDCTFwdSpec_32f* forward = nullptr;
-        ZorsMDCTInvSpec_32f* inverse = nullptr;
+        ZorsMDCTFwdState_32f* forward = nullptr;
+        ZorsMDCTInvState_32f* inverse = nullptr;
         EXPECT_EQ(zorStsNoErr, zorsMDCTFwdInitAlloc_32f(&forward, len));
         EXPECT_EQ(zorStsNoErr, zorsMDCTInvInitAlloc_32f(&inverse, len));
         m_forward.reset(forward);
@@ -53,8 +53,8 @@ class Mdct {
 
   private:
     unsigned char* buffer() { return m_buffer.data() + 1; }
-    StateOwner<ZorsMDCTFwdSpec_32f, zorsMDCTFwdFree_32f> m_forward;
-    StateOwner<ZorsMDCTInvSpec_32f, zorsMDCTInvFree_32f> m_inverse;
+    StateOwner<ZorsMDCTFwdState_32f, zorsMDCTFwdFree_32f> m_forward;
+    StateOwner<ZorsMDCTInvState_32f, zorsMDCTInvFree_32f> m_inverse;
     std::vector<unsigned char> m_buffer;
 };
 
@@ -127,9 +127,9 @@ TEST_P(TransformTest, OverlappedFramesGiveTheSamplesBack) {
 
 TEST_P(TransformTest, ScaledMdctRoundsAndSaturates) {
     for (const int len : {64, 1024, 1920}) {
-        ZorsMDCTFwdSpec_16s* made = nullptr;
+        ZorsMDCTFwdState_16s* made = nullptr;
         ASSERT_EQ(zorStsNoErr, zorsMDCTFwdInitAlloc_16s(&made, len));
-        const StateOwner<ZorsMDCTFwdSpec_16s, zorsMDCTFwdFree_16s> spec(made);
+        const StateOwner<ZorsMDCTFwdState_16s, zorsMDCTFwdFree_16s> state(made);
         int size = 0;
         ASSERT_EQ(zorStsNoErr, zorsMDCTFwdGetBufSize_16s(made, &size));
         std::vector<unsigned char> buffer(static_cast<std::size_t>(size) + 1);
@@ -149,8 +149,8 @@ TEST_P(TransformTest, ScaledMdctRoundsAndSaturates) {
 }
 
 TEST(Mdct, RefusesBadArguments) {
-    ZorsMDCTFwdSpec_32f* forward = nullptr;
-    ZorsMDCTInvSpec_32f* inverse = nullptr;
+    ZorsMDCTFwdState_32f* forward = nullptr;
+    ZorsMDCTInvState_32f* inverse = nullptr;
     EXPECT_EQ(zorStsNullPtrErr, zorsMDCTFwdInitAlloc_32f(nullptr, 64));
     for (const int len : {-64, 0, 1, 2, 6, 28, 1022, (1 << 20) + 4, 1 << 21})
         EXPECT_EQ(zorStsSizeErr, zorsMDCTFwdInitAlloc_32f(&forward, len)) << len;
@@ -163,10 +163,10 @@ TEST(Mdct, RefusesBadArguments) {
     float data[64] = {};
     EXPECT_EQ(zorStsNullPtrErr, zorsMDCTFwd_32f(nullptr, data, forward, buffer.data()));
     EXPECT_EQ(zorStsNullPtrErr, zorsMDCTFwd_32f(data, data, forward, nullptr));
-    // A specification of the other direction is no specification of this one.
+    // A state of the other direction is no state of this one.
     EXPECT_EQ(zorStsContextErr,
-              zorsMDCTFwd_32f_I(data, reinterpret_cast<ZorsMDCTFwdSpec_32f*>(inverse), buffer.data()));
-    EXPECT_EQ(zorStsContextErr, zorsMDCTFwdFree_32f(reinterpret_cast<ZorsMDCTFwdSpec_32f*>(inverse)));
+              zorsMDCTFwd_32f_I(data, reinterpret_cast<ZorsMDCTFwdState_32f*>(inverse), buffer.data()));
+    EXPECT_EQ(zorStsContextErr, zorsMDCTFwdFree_32f(reinterpret_cast<ZorsMDCTFwdState_32f*>(inverse)));
     EXPECT_EQ(zorStsNoErr, zorsMDCTFwdFree_32f(forward));
     EXPECT_EQ(zorStsNoErr, zorsMDCTInvFree_32f(inverse));
     EXPECT_EQ(zorStsNullPtrErr, zorsMDCTInvFree_32f(nullptr));

@@ -511,45 +511,45 @@ ZOR_API ZorStatus zorsUnpackScaleFactors_MP3_1u8s(const Zor8u** ppStream, int* p
  * With windows whose squares add up to 1, applied on both sides, the overlapped halves of two frames give
  * back the samples. `len` is 4 times a product of twos, threes and fives, up to 1 << 20.
  */
-typedef struct ZorsMDCTFwdSpec_32f ZorsMDCTFwdSpec_32f;
-typedef struct ZorsMDCTInvSpec_32f ZorsMDCTInvSpec_32f;
-typedef struct ZorsMDCTFwdSpec_16s ZorsMDCTFwdSpec_16s;
+typedef struct ZorsMDCTFwdState_32f ZorsMDCTFwdState_32f;
+typedef struct ZorsMDCTInvState_32f ZorsMDCTInvState_32f;
+typedef struct ZorsMDCTFwdState_16s ZorsMDCTFwdState_16s;
 
 /** Makes the tables of one length. \return zorStsNullPtrErr, zorStsSizeErr, zorStsMemAllocErr. */
-ZOR_API ZorStatus zorsMDCTFwdInitAlloc_32f(ZorsMDCTFwdSpec_32f** spec, int len);
-ZOR_API ZorStatus zorsMDCTInvInitAlloc_32f(ZorsMDCTInvSpec_32f** spec, int len);
-ZOR_API ZorStatus zorsMDCTFwdInitAlloc_16s(ZorsMDCTFwdSpec_16s** spec, int len);
+ZOR_API ZorStatus zorsMDCTFwdInitAlloc_32f(ZorsMDCTFwdState_32f** state, int len);
+ZOR_API ZorStatus zorsMDCTInvInitAlloc_32f(ZorsMDCTInvState_32f** state, int len);
+ZOR_API ZorStatus zorsMDCTFwdInitAlloc_16s(ZorsMDCTFwdState_16s** state, int len);
 
 /**
  * The bytes of the work buffer of a call, which may stand at any address.
  * \return zorStsNullPtrErr, zorStsContextErr.
  */
-ZOR_API ZorStatus zorsMDCTFwdGetBufSize_32f(const ZorsMDCTFwdSpec_32f* spec, int* sizeByte);
-ZOR_API ZorStatus zorsMDCTInvGetBufSize_32f(const ZorsMDCTInvSpec_32f* spec, int* sizeByte);
-ZOR_API ZorStatus zorsMDCTFwdGetBufSize_16s(const ZorsMDCTFwdSpec_16s* spec, int* sizeByte);
+ZOR_API ZorStatus zorsMDCTFwdGetBufSize_32f(const ZorsMDCTFwdState_32f* state, int* sizeByte);
+ZOR_API ZorStatus zorsMDCTInvGetBufSize_32f(const ZorsMDCTInvState_32f* state, int* sizeByte);
+ZOR_API ZorStatus zorsMDCTFwdGetBufSize_16s(const ZorsMDCTFwdState_16s* state, int* sizeByte);
 
 /** Frees the tables. \return zorStsNullPtrErr, zorStsContextErr. */
-ZOR_API ZorStatus zorsMDCTFwdFree_32f(ZorsMDCTFwdSpec_32f* spec);
-ZOR_API ZorStatus zorsMDCTInvFree_32f(ZorsMDCTInvSpec_32f* spec);
-ZOR_API ZorStatus zorsMDCTFwdFree_16s(ZorsMDCTFwdSpec_16s* spec);
+ZOR_API ZorStatus zorsMDCTFwdFree_32f(ZorsMDCTFwdState_32f* state);
+ZOR_API ZorStatus zorsMDCTInvFree_32f(ZorsMDCTInvState_32f* state);
+ZOR_API ZorStatus zorsMDCTFwdFree_16s(ZorsMDCTFwdState_16s* state);
 
 /**
  * Forward: len samples at src to len/2 coefficients at dst. The _I forms work in srcDst, whose first len/2
  * elements hold the coefficients. Inverse: len/2 coefficients to len samples; _I the same in srcDst. dst must
  * be src or apart from it. \return zorStsNullPtrErr, zorStsContextErr.
  */
-ZOR_API ZorStatus zorsMDCTFwd_32f(const Zor32f* src, Zor32f* dst, const ZorsMDCTFwdSpec_32f* spec,
+ZOR_API ZorStatus zorsMDCTFwd_32f(const Zor32f* src, Zor32f* dst, const ZorsMDCTFwdState_32f* state,
                                   Zor8u* buffer);
-ZOR_API ZorStatus zorsMDCTFwd_32f_I(Zor32f* srcDst, const ZorsMDCTFwdSpec_32f* spec, Zor8u* buffer);
-ZOR_API ZorStatus zorsMDCTInv_32f(const Zor32f* src, Zor32f* dst, const ZorsMDCTInvSpec_32f* spec,
+ZOR_API ZorStatus zorsMDCTFwd_32f_I(Zor32f* srcDst, const ZorsMDCTFwdState_32f* state, Zor8u* buffer);
+ZOR_API ZorStatus zorsMDCTInv_32f(const Zor32f* src, Zor32f* dst, const ZorsMDCTInvState_32f* state,
                                   Zor8u* buffer);
-ZOR_API ZorStatus zorsMDCTInv_32f_I(Zor32f* srcDst, const ZorsMDCTInvSpec_32f* spec, Zor8u* buffer);
+ZOR_API ZorStatus zorsMDCTInv_32f_I(Zor32f* srcDst, const ZorsMDCTInvState_32f* state, Zor8u* buffer);
 
 /**
  * Forward in 16 bits: the coefficients times 2^-scaleFactor, rounded to nearest and saturated.
  * \return zorStsNullPtrErr, zorStsContextErr; zorStsScaleRangeErr for a scale factor outside -31 to 31.
  */
-ZOR_API ZorStatus zorsMDCTFwd_16s_Sfs(const Zor16s* src, Zor16s* dst, const ZorsMDCTFwdSpec_16s* spec,
+ZOR_API ZorStatus zorsMDCTFwd_16s_Sfs(const Zor16s* src, Zor16s* dst, const ZorsMDCTFwdState_16s* state,
                                       int scaleFactor, Zor8u* buffer);
 
 /**

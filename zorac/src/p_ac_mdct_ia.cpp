@@ -8,9 +8,9 @@
 namespace {
 
 kvVector s_src, s_dst, s_buffer;
-ZorsMDCTFwdSpec_32f* s_fwd32f;
-ZorsMDCTInvSpec_32f* s_inv32f;
-ZorsMDCTFwdSpec_16s* s_fwd16s;
+ZorsMDCTFwdState_32f* s_fwd32f;
+ZorsMDCTInvState_32f* s_inv32f;
+ZorsMDCTFwdState_16s* s_fwd16s;
 int s_len, s_scaleFactor;
 
 bxStepIterator<int> s_length(0, "", "");
@@ -74,10 +74,10 @@ class Timac_MDCT : public PerElementTest {
     }
 
     template <class Spec>
-    static bool create(Spec*& spec, ZorStatus (*initAlloc)(Spec**, int),
+    static bool create(Spec*& state, ZorStatus (*initAlloc)(Spec**, int),
                        ZorStatus (*getBufSize)(const Spec*, int*)) {
         int sizeByte = 0;
-        return initAlloc(&spec, s_len) == zorStsNoErr && getBufSize(spec, &sizeByte) == zorStsNoErr &&
+        return initAlloc(&state, s_len) == zorStsNoErr && getBufSize(state, &sizeByte) == zorStsNoErr &&
                makeVector(s_buffer, kv8u, sizeByte, 2);
     }
 };
