@@ -73,9 +73,9 @@ class Timac_MDCT : public PerElementTest {
         return create(s_fwd32f, zorsMDCTFwdInitAlloc_32f, zorsMDCTFwdGetBufSize_32f);
     }
 
-    template <class Spec>
-    static bool create(Spec*& state, ZorStatus (*initAlloc)(Spec**, int),
-                       ZorStatus (*getBufSize)(const Spec*, int*)) {
+    template <class State>
+    static bool create(State*& state, ZorStatus (*initAlloc)(State**, int),
+                       ZorStatus (*getBufSize)(const State*, int*)) {
         int sizeByte = 0;
         return initAlloc(&state, s_len) == zorStsNoErr && getBufSize(state, &sizeByte) == zorStsNoErr &&
                makeVector(s_buffer, kv8u, sizeByte, 2);
