@@ -63,7 +63,7 @@ int baseEnd(const char* name) {
 /** The token of a type part at a position, empty behind the last one; moves the position past it. */
 bxString nextToken(const char*& at) {
     const int length = typeTokenLength(at);
-    const bxString token = bxString(at).substr(0, length);
+    bxString token = bxString(at).substr(0, length);
     at += length;
     return token;
 }

@@ -26,7 +26,7 @@ void bxIStream::deleteIniFile() {
 }
 
 bxString bxIStream::setIniSection(bxString name) {
-    const bxString previous = m_section;
+    bxString previous = m_section;
     m_section = name;
     return previous;
 }
