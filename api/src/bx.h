@@ -33,8 +33,10 @@
 #include "timing/bxcallwatch.h"
 #include "timing/bxexception.h"
 #include "timing/bxfpwatch.h"
+#include "timing/bxprecise.h"
 #include "timing/bxresult.h"
 #include "timing/bxsignal.h"
+#include "timing/bxstatistics.h"
 #include "timing/bxtool.h"
 #include "timing/bxwatchdog.h"
 

@@ -44,7 +44,7 @@ static double ratio(double dividend, double divisor) {
 double bxTest::performance(bool flops) {
     if (!flops)
         return ratio(tool.funcClocks, getDivisor());
-    return isFloatFunction() ? ratio(getFlops() * bxCpuTicker::getFreq(), tool.funcClocks) : 0;
+    return isFloatFunction() ? ratio(getFlops() * bxCpuTicker::getFreq(), tool.counterClocks()) : 0;
 }
 
 bxString bxTest::formatClocks(double x) {
@@ -68,7 +68,7 @@ bxString bxTest::perfString(bool flops) {
 }
 
 bxString bxTest::usecString(bxTool& engine) {
-    return bxString() << ratio(engine.funcClocks, bxCpuTicker::getFreq());
+    return bxString() << ratio(engine.counterClocks(), bxCpuTicker::getFreq());
 }
 
 void bxTest::setTimingResult(double clocks, bxString comment) {

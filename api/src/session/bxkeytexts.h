@@ -31,7 +31,10 @@ inline constexpr const char* d_descr =
     R"(    Sets a parameter of the session or of a test. This value has the highest priority: before the
     ini file, the console and the default. Keys combine; the last one for a name is valid. The
     value cannot hold "=". A list is written 64;128;256, a range 16;1024;*2 (put quotes around
-    them in a shell). -I shows the names of all parameters.
+    them in a shell). -I shows the names of all parameters. Beside these, Precise=yes measures by
+    differences against a chain of additions and gives core clocks with their 95 % interval, to
+    within PreciseAccuracy (per cent; the Accuracy where it is not given); WatchdogSeconds=<n>
+    ends a combination that takes longer; GuardBlocks=yes ends test data at a protected page.
     Default: no value is set.
     Example: benchex -B -dMethod=Manual -dNumLoops=100
 )";

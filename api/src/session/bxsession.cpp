@@ -16,6 +16,7 @@
 #include "parameters/bxparmlist.h"
 #include "session/bxdialogue.h"
 #include "session/bxkeys.h"
+#include "session/bxprecisesetting.h"
 #include "session/bxprotection.h"
 #include "session/bxregister.h"
 #include "system/bxenvironment.h"
@@ -181,7 +182,9 @@ void bxSession::endCommonData() {
 
 void bxSession::readCommonData() {
     bxReadProtection();
-    const int asked = readTimingMethod() + readTestParameters() + readDataOffset();
+    int asked = readTimingMethod();
+    bxReadPrecise();
+    asked += readTestParameters() + readDataOffset();
     if (asked != 0) {
         g_ostrm << ERR << getEnterTitle("End of common specifications") << endMessage;
     }

@@ -28,6 +28,7 @@ void bxTool::reset() {
     loops = 0;
     clocks = 0;
     actualAccuracy = 1.0;
+    preciseFigure = {};
     info = "";
     funcLoop = nullptr;
     funcStat = nullptr;

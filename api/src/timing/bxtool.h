@@ -5,6 +5,7 @@
 #define BXTOOL_H
 
 #include "foundation/bxstring.h"
+#include "timing/bxprecise.h"
 #include "timing/bxresult.h"
 
 class bxTool;
@@ -52,6 +53,8 @@ class bxTool {
     double actualAccuracy = 1.0;     ///< reached, relative
     int autoStartLoops = 0; ///< Auto: other than the usual calls of the prior measurement, 0 for none
     int autoMaxLoops = 0;   ///< Auto: other than the usual most calls, 0 for none
+    bool precise = false;   ///< measure by differences against a chain of additions, whatever the method
+    bxPreciseFigure preciseFigure; ///< what the precise mode found; `funcClocks` are core clocks then
     ///@}
 
     /** \name Functions of the current test, null where the test has none */
@@ -95,6 +98,9 @@ class bxTool {
     /** Divides (f > 0) or multiplies (f < 0) the call counts of the Auto method by 2 to the |f|; 0 undoes it.
      */
     void setLoopFactor(int f);
+    /** Clocks per call as the time-stamp counter counts them, which is what time is made of. */
+    double counterClocks() const { return funcClocks / preciseFigure.coreClocksPerTick; }
+
     /** A figure that the test computed itself. */
     void setFuncTicks(double clocksPerCall) { funcClocks = clocksPerCall; }
 
@@ -139,6 +145,10 @@ class bxTool {
     bool iterate(int max);
     bxResult continueIterations(int n, int max);
     bxResult repeatTiming(int n, int count);
+    void preciseTiming();
+    int callsOfSlice();
+    bxSliceSeries measureSlices(int calls);
+    bool statusIsBadAndAvoidable() const;
     void avoidBadControlStatus();
     static void printBadStatus();
     ///@}

@@ -4,11 +4,11 @@
 #include "timing/bxtool.h"
 
 #include "output/bxostream.h"
-#include "output/bxtrace.h"
 #include "system/bxclock.h"
 #include "timing/bxcallwatch.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxinternalerror.h"
+#include "timing/bxtooltext.h"
 
 #include <algorithm>
 #include <climits>
@@ -16,25 +16,8 @@
 
 namespace {
 
-/** Writes the pieces of a message; costs nothing when its level is not shown. */
-template <class... Pieces>
-void write(MessageLevel level, const Pieces&... pieces) {
-    if (!g_ostrm.beginMessage(level))
-        return;
-    (g_ostrm << ... << pieces);
-    g_ostrm.endMessage();
-}
-
-/**
- * Runs a step under its name in the trace. After an exception the name stays open, so that the message can
- * tell where it happened.
- */
-template <class Step>
-void traced(const char* name, Step step) {
-    g_trace.traceIn(name);
-    step();
-    g_trace.traceOut(name);
-}
+using bxToolText::traced;
+using bxToolText::write;
 
 /** A number of calls times a factor, as far as it can be counted. */
 int multiplied(int calls, int factor) {
@@ -62,6 +45,15 @@ bxResult bxTool::timing(bxFuncLoop loop, bxFuncStat stat, bxFuncCall call, bxFun
         funcStat = nullptr;
         funcCall = bxCallWatch::shield(call);
     }
+    if (precise && (funcLoop || funcCall)) {
+        traced("preciseTiming", [this] { preciseTiming(); });
+        return result;
+    }
+    if (precise)
+        g_ostrm << ERR
+                << " ATTENTION! The test cannot execute precise timing.\n"
+                   " The method of the session will be run instead.\n"
+                << endMessage;
     switch (method) {
     case methodLoop:
         return customLoopTiming();

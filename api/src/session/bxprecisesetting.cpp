@@ -1,0 +1,36 @@
+#include "session/bxprecisesetting.h"
+
+#include "parameters/bxdefault.h"
+#include "parameters/bxmap.h"
+#include "session/bxgiven.h"
+#include "timing/bxtool.h"
+
+namespace {
+
+/** Per cent, with decimals. */
+class PerCent : public bxDefault_NSC<double> {
+  public:
+    using bxDefault_NSC<double>::bxDefault_NSC;
+    bxString valueToString(double value) const override { return bxString() << value; }
+    double stringToValue(bxString& text) const override {
+        constexpr double most = 50;
+        double value = 0;
+        value << text;
+        if (!(value > 0 && value <= most))
+            text.setFailed(true);
+        return value;
+    }
+};
+
+} // namespace
+
+void bxReadPrecise() {
+    bxMapDefault<bool> precise(g_tool.precise, "Precise", "");
+    precise[true] = "yes";
+    precise[false] = "no";
+    bxReadGiven(precise, [](bool on) { g_tool.precise = on; });
+    if (!g_tool.precise)
+        return;
+    PerCent accuracy(100 * g_tool.accuracy, "PreciseAccuracy", "");
+    bxReadGiven(accuracy, [](double perCent) { g_tool.accuracy = perCent / 100; });
+}

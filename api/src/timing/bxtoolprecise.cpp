@@ -1,0 +1,138 @@
+/** \file
+ * The precise mode of the engine. What the counter reads and the entry of the loop cost is the same for n
+ * calls and for 2n, so their difference is that of n calls alone. Each such pair stands between two
+ * differenced chains of additions of one core clock each, so that the figure is in core clocks even where the
+ * core's clock is not the counter's, or drifts.
+ */
+#include "timing/bxfpwatch.h"
+#include "timing/bxtool.h"
+#include "timing/bxtooltext.h"
+
+#include <algorithm>
+#include <cstdio>
+
+using bxToolText::traced;
+using bxToolText::write;
+
+namespace {
+
+/** Counts that n calls of a slice should take: a step of the counter (21 counts on some machines) is 0.07 %
+ * of it. */
+constexpr double sliceTicks = 32'000;
+/** Most calls of a slice, for functions that take less than a count. */
+constexpr int mostCalls = 1 << 22;
+/** A combination ends when its slices took this many counts (10 ms at 2 GHz), sure enough or not. */
+constexpr double mostTicks = 20e6;
+
+/** Blocks of additions that take about as long as the calls of a slice should. */
+constexpr int referenceBlocks = 768;
+
+/** Steps by which the slices' lengths differ, so that the counter's steps do not fall on the same place in
+ * each. */
+constexpr int lengths = 16;
+
+/** The length of a slice: from `base` to nearly one and a half times as much. */
+int stretched(int base, int slice) {
+    return base + static_cast<int>(static_cast<long long>(base) * (slice * 7 % lengths) / (2 * lengths));
+}
+
+/** For the comment column: more digits than the figure's own cell, since the mode is used for small
+ * differences. */
+bxString describe(const bxPreciseFigure& figure, int loops) {
+    char text[160];
+    std::snprintf(text, sizeof text,
+                  "nLps=%d slices=%d dropped=%d clocks=%.6g 95%%=%.6g..%.6g core/counter=%.5f", loops,
+                  figure.slices, figure.dropped, figure.clocks, figure.low, figure.high,
+                  figure.coreClocksPerTick);
+    return text;
+}
+
+/** Counts of one addition. */
+double referenceTicks(int slice) {
+    const int blocks = stretched(referenceBlocks, slice);
+    const long long once = bxReferenceTicks(blocks);
+    const long long twice = bxReferenceTicks(2 * blocks);
+    return static_cast<double>(twice - once) / blocks / bxReferenceBlock;
+}
+
+} // namespace
+
+void bxTool::preciseTiming() {
+    write(INFO, "    Precise mode: start\n");
+    const int calls = callsOfSlice();
+    if (bxIsFailure(result))
+        return;
+    const bxSliceSeries series = measureSlices(calls);
+    if (bxIsFailure(result))
+        return;
+    preciseFigure = series.figure(accuracy);
+    funcClocks = preciseFigure.clocks;
+    if (!(funcClocks > 0)) {
+        updateResult(ACCURFAIL);
+        return;
+    }
+    actualAccuracy = (preciseFigure.high - preciseFigure.low) / 2 / funcClocks;
+    if (!preciseFigure.reached && result <= OK)
+        result = ACCURWRN;
+    info = describe(preciseFigure, loops);
+    write(INFO, "        accuracy   = ", getAccuracyStr(actualAccuracy), "\n",
+          "        funcClocks = ", funcClocks, "\n", "        result     = ", bxResultString(result), "\n",
+          "    Precise mode: stop\n");
+}
+
+bool bxTool::statusIsBadAndAvoidable() const {
+    return avoidBadStatus && bxBadCtrlStatus();
+}
+
+/** Calls n of a slice: as many as take some time, but no more than leave the control status clean. */
+int bxTool::callsOfSlice() {
+    avoidBadStatus = ibsMode;
+    int calls = 1;
+    for (;;) {
+        double perCall = 0;
+        traced("runTimFunc", [&] { runTimFunc(calls, &perCall); });
+        if (bxIsFailure(result))
+            return calls;
+        if (statusIsBadAndAvoidable() && calls > 1) {
+            bxClearCtrlStatus();
+            return std::max(calls / 4, 1); // 2n calls and the stretch of the slices stay below what was bad
+        }
+        const double wanted = perCall > 0 ? sliceTicks / perCall : mostCalls;
+        if (wanted <= 2.0 * calls || calls == mostCalls)
+            return std::clamp(static_cast<int>(wanted + 0.5), 1, mostCalls);
+        // Few calls are mostly their fixed cost: not more than ten times as many at once.
+        calls = static_cast<int>(std::min({wanted, 10.0 * calls, static_cast<double>(mostCalls)}));
+    }
+}
+
+bxSliceSeries bxTool::measureSlices(int calls) {
+    bxSliceSeries series;
+    bxSlice slice;
+    double ticks = 0;
+    int next = bxSliceSeries::fewest;
+    slice.referenceAfter = referenceTicks(0);
+    for (;;) {
+        const int i = series.count();
+        loops = stretched(calls, i);
+        // The order changes from slice to slice, so that a drift makes the difference too large as often as
+        // too small.
+        double once = 0, twice = 0;
+        traced("runTimFunc", [&] {
+            runTimFunc(i % 2 ? 2 * loops : loops, i % 2 ? &twice : &once);
+            runTimFunc(i % 2 ? loops : 2 * loops, i % 2 ? &once : &twice);
+        });
+        if (bxIsFailure(result))
+            return series;
+        slice.perCall = 2 * twice - once;
+        slice.referenceBefore = slice.referenceAfter;
+        slice.referenceAfter = referenceTicks(i + 1);
+        series.add(slice);
+        ticks += loops * (once + 2 * twice) + 3 * sliceTicks;
+        const bool spent = ticks >= mostTicks && series.count() >= bxSliceSeries::fewest;
+        if (series.count() < next && !spent)
+            continue;
+        if (spent || series.figure(accuracy).reached)
+            return series;
+        next = bxSliceSeries::nextLook(series.count());
+    }
+}
