@@ -10,9 +10,10 @@ here=$(cd "$(dirname "$0")" && pwd)
 programs=$(cd "${1:-$here/../build/bin}" && pwd)
 pairs=${PAIRS:-20}
 runs=${RUNS:-5}
-slowed=${SLOWED:-zorsAnalysisFilter_PQMF_MP3_32f}
+slowed=${SLOWED:-zorsSynthesisFilter_SBR_RToR_32f_D2L}
 percent=${PERCENT:-10}
-read -ra select <<<"${SELECT:--f=zorsAnalysisFilter_PQMF_MP3_32f -f=zorsSynthesisFilter_PQMF_MP3_32f}"
+select="-f=zorsSynthesisFilter_SBR_RToR_32f_D2L -f=zorsMDCTFwd_AAC_32s -f=zorsSynthesisFilter_PQMF_MP3_32f"
+read -ra select <<<"${SELECT:-$select -dPrecise=yes -dPreciseAccuracy=1}"
 if [ -n "${KEEP:-}" ]; then
     work=$KEEP
     rm -rf "${work:?}/ratios"
