@@ -53,6 +53,9 @@ example_against_the_installed_package() {
         [ "$(grep -c '^mylibScale,' "$example/mybench.csv")" = 3 ]
 }
 
-checks=(rules_of_the_tree tables_match_their_sources formatted x86_tests x86_tns_under_the_emulator
-    clang_with_sanitizers_tests example_against_the_installed_package valgrind_finds_nothing clang_tidy
-    cppcheck_finds_nothing)
+# The report's page used in a browser, and its JSON against the schema: they need packages that the tests do without.
+report_in_a_browser() { ctest --test-dir build --output-on-failure -R '^tools\.(browser|schema)$'; }
+
+checks=(rules_of_the_tree tables_match_their_sources formatted report_in_a_browser x86_tests
+    x86_tns_under_the_emulator clang_with_sanitizers_tests example_against_the_installed_package
+    valgrind_finds_nothing clang_tidy cppcheck_finds_nothing)

@@ -93,10 +93,16 @@ TEST(SliceSeries, IsNotSureOfFewOrOnlyDisturbedSlices) {
     EXPECT_FALSE(disturbed.reached);
     for (int i = 0; i < bxSliceSeries::fewest; ++i) {
         EXPECT_FALSE(series.figure(0.05).reached) << i;
+        EXPECT_FALSE(series.mayEnd()) << i;
         series.add(slice(90, 1, 0.004));
     }
     EXPECT_TRUE(series.figure(0.05).reached);
+    EXPECT_TRUE(series.mayEnd());
     EXPECT_DOUBLE_EQ(series.figure(0.05).clocks, 90);
+    bxSliceSeries hopeless;
+    while (!hopeless.mayEnd() && hopeless.count() < 1000)
+        hopeless.add(slice(100, 1, 0.1));
+    EXPECT_EQ(hopeless.count(), 4 * bxSliceSeries::fewest);
 }
 
 // Whatever the accuracy that ends a series, the interval holds the truth as often as it says.
@@ -198,11 +204,11 @@ TEST_F(Precise, FixedCostOfAMeasurementDropsOut) {
     for (const Case& c : cases) {
         s_clocks = c.clocks;
         s_counts.clear();
-        EXPECT_EQ(time(), OK) << c.clocks;
+        EXPECT_LE(time(), ACCURWRN) << c.clocks; // on a busy machine nearly all slices may be dropped
         EXPECT_NEAR(tool.counterClocks() / c.clocks, 1, 0.02) << c.clocks; // the scale is really measured
         EXPECT_LE(tool.preciseFigure.low, tool.funcClocks);
         EXPECT_GE(tool.preciseFigure.high, tool.funcClocks);
-        EXPECT_GE(tool.preciseFigure.slices, bxSliceSeries::fewest);
+        EXPECT_GE(tool.preciseFigure.slices + tool.preciseFigure.dropped, bxSliceSeries::fewest);
         EXPECT_GE(tool.loops, c.fewestCalls) << c.clocks;
         EXPECT_LE(tool.loops, c.mostCalls) << c.clocks;
         const std::string info = tool.info.c_str();

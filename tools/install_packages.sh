@@ -4,13 +4,16 @@
 #   tools/install_packages.sh test    to build and pass the tests
 #   tools/install_packages.sh check   for the slower checks
 #   tools/install_packages.sh bench   for the comparison benches
+#   tools/install_packages.sh coverage   for the line coverage
 # What cannot be installed is named; the job goes on and fails only where it cannot do without.
 set -u
 declare -A needs=(
     [build]="g++ cmake ninja-build"
     [test]="g++ cmake ninja-build libgtest-dev libgmock-dev python3 parallel"
-    [check]="clang clang-format clang-tidy cppcheck valgrind g++-multilib qemu-user googletest libclang-rt-14-dev"
-    [bench]="libbenchmark-dev libfftw3-dev"
+    [check]="clang clang-format clang-tidy cppcheck valgrind g++-multilib qemu-user googletest libclang-rt-14-dev
+        chromium chromium-driver libjs-chart.js python3-jsonschema"
+    [bench]="g++ cmake ninja-build python3 libbenchmark-dev libfftw3-dev python3-matplotlib"
+    [coverage]="g++ cmake ninja-build libgtest-dev libgmock-dev python3 gcovr"
 )
 job=${1:-build}
 missing=()

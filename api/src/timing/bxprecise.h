@@ -53,6 +53,8 @@ class bxSliceSeries {
     void add(const bxSlice& slice);
     /** Slices added, those dropped among them. */
     int count() const { return m_count; }
+    /** There are enough for an interval, or as many were dropped as makes it hopeless to wait for more. */
+    bool mayEnd() const { return static_cast<int>(m_clocks.size()) >= fewest || m_count >= 4 * fewest; }
     /** The figure of what was added so far; of the dropped slices where there is no other. */
     bxPreciseFigure figure(double accuracy) const;
 

@@ -21,7 +21,8 @@ namespace {
 constexpr double sliceTicks = 32'000;
 /** Most calls of a slice, for functions that take less than a count. */
 constexpr int mostCalls = 1 << 22;
-/** A combination ends when its slices took this many counts (10 ms at 2 GHz), sure enough or not. */
+/** A combination whose slices took this many counts (10 ms at 2 GHz) ends, sure enough or not, once it may.
+ */
 constexpr double mostTicks = 20e6;
 
 /** Blocks of additions that take about as long as the calls of a slice should. */
@@ -128,7 +129,7 @@ bxSliceSeries bxTool::measureSlices(int calls) {
         slice.referenceAfter = referenceTicks(i + 1);
         series.add(slice);
         ticks += loops * (once + 2 * twice) + 3 * sliceTicks;
-        const bool spent = ticks >= mostTicks && series.count() >= bxSliceSeries::fewest;
+        const bool spent = ticks >= mostTicks && series.mayEnd();
         if (series.count() < next && !spent)
             continue;
         if (spent || series.figure(accuracy).reached)
