@@ -41,41 +41,43 @@ bxString& bxString::operator=(bxString&& other) noexcept {
 
 /** Leaves the other text empty; the conversion-failed flags stay where they are. */
 void bxString::take(bxString& other) noexcept {
-    m_text = std::move(other.m_text);
+    m_long = std::move(other.m_long);
+    std::memcpy(m_short, other.m_short, shortest);
     m_length = std::exchange(other.m_length, 0);
-    m_capacity = std::exchange(other.m_capacity, 0);
-}
-
-const char* bxString::emptyText() noexcept {
-    return "";
+    m_capacity = std::exchange(other.m_capacity, shortest);
+    std::memset(other.m_short, 0, shortest);
 }
 
 /** The text may lie in the present buffer. */
 void bxString::assign(std::string_view text) {
     const int length = static_cast<int>(text.size());
-    if (!m_text || getBufSize(length) != m_capacity) {
-        const Buffer old = std::move(m_text); // lives until the text is copied
-        m_capacity = 0;
+    Buffer old; // lives until the text is copied
+    if (getBufSize(length) != m_capacity) {
+        old = std::move(m_long);
+        m_capacity = shortest;
         extend(length);
-        copyText(m_text.get(), text);
-    } else {
-        copyText(m_text.get(), text);
-        std::memset(m_text.get() + length, 0, static_cast<std::size_t>(m_capacity - length));
     }
+    copyText(buffer(), text);
+    std::memset(buffer() + length, 0, static_cast<std::size_t>(m_capacity - length));
     m_length = length;
 }
 
-/** Makes room for a text of this length; what is new in the buffer is NUL. */
+/** Makes room for a text that is longer than the buffer; what is new in the buffer is NUL. */
 void bxString::extend(int length) {
     const int capacity = getBufSize(length);
+    if (capacity <= m_capacity)
+        return;
     // In place where the system can, so that a long text appended to piece by piece is not copied for each
     // piece.
-    void* buffer = std::realloc(m_text.get(), static_cast<std::size_t>(capacity));
-    if (!buffer)
+    void* grown = std::realloc(m_long.get(), static_cast<std::size_t>(capacity));
+    if (!grown)
         throw std::bad_alloc();
-    static_cast<void>(m_text.release());
-    m_text.reset(static_cast<char*>(buffer));
-    std::memset(m_text.get() + m_capacity, 0, static_cast<std::size_t>(capacity - m_capacity));
+    const bool wasShort = !m_long;
+    static_cast<void>(m_long.release());
+    m_long.reset(static_cast<char*>(grown));
+    if (wasShort)
+        std::memcpy(m_long.get(), m_short, shortest);
+    std::memset(m_long.get() + m_capacity, 0, static_cast<std::size_t>(capacity - m_capacity));
     m_capacity = capacity;
 }
 
@@ -83,15 +85,15 @@ void bxString::extend(int length) {
 bxString& bxString::append(std::string_view text) {
     const int length = m_length + static_cast<int>(text.size());
     if (length >= m_capacity) {
-        const char* buffer = c_str();
+        const char* before = c_str();
         const bool own =
-            !std::less<>()(text.data(), buffer) && !std::less<>()(buffer + m_length, text.data());
-        const std::ptrdiff_t place = own ? text.data() - buffer : 0;
+            !std::less<>()(text.data(), before) && !std::less<>()(before + m_length, text.data());
+        const std::ptrdiff_t place = own ? text.data() - before : 0;
         extend(length);
         if (own)
-            text = std::string_view(m_text.get() + place, text.size());
+            text = std::string_view(c_str() + place, text.size());
     }
-    copyText(m_text.get() + m_length, text);
+    copyText(buffer() + m_length, text);
     m_length = length;
     return *this;
 }
@@ -132,8 +134,8 @@ void bxString::resize(int n, char fill) {
     std::string_view kept = view().substr(0, length);
     bxString sized;
     sized.extend(static_cast<int>(length));
-    copyText(sized.m_text.get(), kept);
-    std::memset(sized.m_text.get() + kept.size(), fill, length - kept.size());
+    copyText(sized.buffer(), kept);
+    std::memset(sized.buffer() + kept.size(), fill, length - kept.size());
     sized.m_length = static_cast<int>(length);
     take(sized);
 }
@@ -147,7 +149,7 @@ void bxString::trim() {
 
 bxString bxString::toLower() const {
     bxString copy = *this;
-    std::transform(copy.m_text.get(), copy.m_text.get() + m_length, copy.m_text.get(), lowered);
+    std::transform(copy.buffer(), copy.buffer() + m_length, copy.buffer(), lowered);
     return copy;
 }
 

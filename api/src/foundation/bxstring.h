@@ -16,12 +16,12 @@ class bxStringList;
  * A text. Crosses interfaces by value; implicit from `const char*` (null counts as empty) and `char`.
  *
  * The buffer holds length() + 1 bytes rounded up to a multiple of 16, and every byte past the length is NUL.
- * Conversions from text to a value never throw: they set the flag that failed() shows, and leave the value
- * alone.
+ * A buffer of 16 bytes lies in the object itself. Conversions from text to a value never throw: they set the
+ * flag that failed() shows, and leave the value alone.
  */
 class bxString {
   public:
-    bxString() { assign(std::string_view()); }
+    bxString() = default;
     bxString(const char* text) { assign(text); }
     bxString(char c) { assign(c); }
     explicit bxString(std::string_view text) { assign(text); }
@@ -40,7 +40,7 @@ class bxString {
     void assign(char c) { assign(std::string_view(&c, 1)); }
     void assign(std::string_view text);
 
-    const char* c_str() const noexcept { return m_text ? m_text.get() : emptyText(); }
+    const char* c_str() const noexcept { return m_long ? m_long.get() : m_short; }
     std::string_view view() const noexcept { return {c_str(), static_cast<std::size_t>(m_length)}; }
     int length() const noexcept { return m_length; }
     bool empty() const noexcept { return m_length == 0; }
@@ -130,9 +130,9 @@ class bxString {
     /** @} */
 
   private:
-    static int getBufSize(int length) noexcept { return (length + 16) / 16 * 16; }
-    /** Not inline: compilers would take `c_str() + n` for a place outside a constant of one byte. */
-    static const char* emptyText() noexcept;
+    static constexpr int shortest = 16;
+    static int getBufSize(int length) noexcept { return (length + shortest) / shortest * shortest; }
+    char* buffer() noexcept { return m_long ? m_long.get() : m_short; }
     void extend(int length);
     bxString& append(std::string_view text);
     bxString& appendSigned(long long value);
@@ -144,9 +144,10 @@ class bxString {
     };
     using Buffer = std::unique_ptr<char[], Release>;
 
-    Buffer m_text;
+    Buffer m_long; // where the text needs more than m_short
     int m_length = 0;
-    int m_capacity = 0;
+    int m_capacity = shortest;
+    char m_short[shortest] = {};
     mutable bool m_failed = false;
 };
 

@@ -2,8 +2,10 @@
 
 #include "output/bxostream.h"
 
-/** Writes one line of the trace; builds no text when TRACE is not shown. */
+/** Writes one line of the trace, where it is shown. */
 void bxTrace::announce(const char* direction, const bxString& name) {
+    if (static_cast<int>(TRACE) > static_cast<int>(g_ostrm.outLevel()))
+        return;
     g_ostrm.setMsgLevel(TRACE);
     g_ostrm << m_indent << "*****" << direction << name << "\n";
     flush();
