@@ -17,6 +17,7 @@ import time
 TIME_LIMIT = 120  # seconds for a run that has to end by itself
 # So many calls that a run lasts long enough to be hit in its middle on a busy machine, too.
 KEYS = ["-B", "-LP", "-dMethod=Manual", "-dNumLoops=1000"]
+ENDLESS = "-dNumLoops=50000"  # for a run that is ended long before its end
 
 
 class Failure(Exception):
@@ -193,7 +194,7 @@ def interrupted(runs, *_):
     written = []
     for sig in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         clear(runs)
-        run = runs.start("-oo.txt", "-rr.csv", "-gs.sgl")
+        run = runs.start(ENDLESS, "-oo.txt", "-rr.csv", "-gs.sgl")
         wait_for_rows(runs, run, "r.csv")
         run.send_signal(sig)
         written.append(stopped_in_order(runs, runs.wait(run), sig.name))
@@ -204,7 +205,7 @@ def hung_up(runs, *_):
     """The terminal of the run goes away: the files are whole."""
     child, terminal = pty.fork()
     if child == 0:
-        os.execv(runs.program, [runs.program, *KEYS, "-t" + runs.tests, "-l" + runs.directory,
+        os.execv(runs.program, [runs.program, *KEYS, ENDLESS, "-t" + runs.tests, "-l" + runs.directory,
                                 "-oo.txt", "-rr.csv", "-gs.sgl"])
     limit = time.monotonic() + TIME_LIMIT
     while not (os.path.exists(runs.path("r.csv")) and rows_so_far(runs.text("r.csv")) > 0):

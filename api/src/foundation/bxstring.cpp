@@ -29,7 +29,8 @@ void copyText(char* to, std::string_view text) {
 } // namespace
 
 bxString& bxString::operator=(const bxString& other) {
-    assign(other.view());
+    if (this != &other)
+        assign(other.view());
     return *this;
 }
 
