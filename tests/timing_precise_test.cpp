@@ -79,6 +79,23 @@ TEST(SliceSeries, GivesTheMedianInCoreClocks) {
     EXPECT_GT(figure.high, 106);
 }
 
+TEST(SliceSeries, LeavesOutSlicesWhoseCallsWereInterrupted) {
+    bxSliceSeries series;
+    for (int i = 0; i < bxSliceSeries::fewest; ++i) {
+        series.add({100, 1, 1, 0.04}); // the fixed cost of short loops
+        for (const double clocks : {150, 50, 150})
+            series.add({clocks, 1, 1, 0.06});
+        const bxPreciseFigure figure = series.figure(0.05);
+        EXPECT_DOUBLE_EQ(figure.clocks, 100);
+        EXPECT_EQ(figure.slices, i + 1);
+        EXPECT_EQ(figure.dropped, 3 * (i + 1));
+        // Of so few that one can be wrong, the interval does not pretend to know.
+        const bool sure = figure.slices >= bxSliceSeries::fewest;
+        EXPECT_EQ(figure.reached, sure) << i;
+        EXPECT_EQ(figure.high > 100, !sure) << i;
+    }
+}
+
 TEST(SliceSeries, IsNotSureOfFewOrOnlyDisturbedSlices) {
     bxSliceSeries series;
     EXPECT_EQ(series.figure(0.5).clocks, 0);

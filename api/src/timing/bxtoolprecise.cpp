@@ -9,6 +9,7 @@
 #include "timing/bxtooltext.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 using bxToolText::traced;
@@ -125,6 +126,8 @@ bxSliceSeries bxTool::measureSlices(int calls) {
         if (bxIsFailure(result))
             return series;
         slice.perCall = 2 * twice - once;
+        slice.disagreement =
+            loops * std::abs(twice - once) / std::max(sliceTicks, loops * std::abs(slice.perCall));
         slice.referenceBefore = slice.referenceAfter;
         slice.referenceAfter = referenceTicks(i + 1);
         series.add(slice);
