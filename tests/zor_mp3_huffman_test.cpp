@@ -9,6 +9,7 @@
 #include "zorsupport.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 
@@ -273,6 +274,18 @@ TEST_P(Mp3Huffman, RefusesWhatCannotBeCoded) {
     ZorMP3SideInfo side{};
     const auto h = header(1, 0);
     Zor8u byte = 0, *at = &byte;
+    int offset = 0;
+    const Zor32s zeros[lines] = {};
+    for (int* count : {&side.region0Count, &side.region1Count}) {
+        for (const int bands : {-1, 23, INT_MAX}) {
+            *count = bands;
+            EXPECT_EQ(zorsHuffmanEncode_MP3_32s1u(zeros, &at, &offset, at + 1, &h, &side, 0, 0),
+                      zorStsBadArgErr);
+        }
+        *count = 0;
+    }
+    EXPECT_EQ(zorsHuffmanEncode_MP3_32s1u(zeros, &at, &offset, at + 1, &h, &side, INT_MAX - 3, 0),
+              zorStsSizeErr);
     int bit = 8;
     Zor32s values[lines]{};
     EXPECT_EQ(zorsHuffmanEncode_MP3_32s1u(values, &at, &bit, at + 1, &h, &side, 0, 0), zorStsBadArgErr);

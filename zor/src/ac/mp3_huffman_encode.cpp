@@ -14,13 +14,14 @@ ZorStatus checkHuffman(const ZorMP3FrameHeader& header, const ZorMP3SideInfo& si
                        int countOneLen, int hufSize) {
     if (!isHeader(header) || side.count1TableSelect < 0 || side.count1TableSelect >= quadTables)
         return zorStsBadArgErr;
-    if (!side.windowSwitching && (side.region0Count < 0 || side.region1Count < 0))
+    const auto isRegionCount = [](int count) { return count >= 0 && count <= longBands; };
+    if (!side.windowSwitching && !(isRegionCount(side.region0Count) && isRegionCount(side.region1Count)))
         return zorStsBadArgErr;
     const int mixedBands = bands.mixedBands[header.id];
     if (mixedBands < 0 || mixedBands > longBands)
         return zorStsBadArgErr;
     if (side.bigValues < 0 || countOneLen < 0 || countOneLen % 4 != 0 || hufSize < 0 ||
-        side.bigValues > lines / 2 || 2 * side.bigValues + countOneLen > lines)
+        side.bigValues > lines / 2 || countOneLen > lines - 2 * side.bigValues)
         return zorStsSizeErr;
     for (const int table : side.tableSelect)
         if (table < 0 || table >= pairTables || pairTable[static_cast<std::size_t>(table)].largest < 0)
