@@ -81,8 +81,32 @@ TEST(FunctionName, ReadsTheDescriptor) {
     EXPECT_EQ(func.channels(2), 4);
     EXPECT_TRUE(func.alpha(2) && !func.alpha(1));
     EXPECT_TRUE(func.inplace() && func.roi() && func.scale() && !func.mask() && !func.coi());
-    EXPECT_TRUE(kvFunc("zoriCopy_8u_P3").plane(1));
-    EXPECT_EQ(kvFunc("zorsDecodeTNS_AAC_32s_I").channels(1), 1);
+    const struct {
+        const char *name, *first, *second; // first and second: channels, then P for planes, A for alpha
+        const char* flags;
+    } cases[] = {
+        {"zoriCopy_8u_P3", "3P", "3P", ""},      {"zoriCopy_8u_C3P4", "3", "4P", ""},
+        {"zoriCopy_8u_AP4C1M", "4PA", "1", "M"}, {"zoriCopy_8u_C3CI", "3", "3", "IC"},
+        {"zoriCopy_8u_C1R", "1", "1", "R"},      {"zorsDecodeTNS_AAC_32s_I", "1", "1", "I"},
+        {"zorsMDCTFwd_32f_Sfs", "1", "1", "S"},  {"zorsDecodeFillElt_AAC", "1", "1", ""},
+    };
+    const auto side = [](const kvFunc& f, int n) {
+        return std::to_string(f.channels(n)) + (f.plane(n) ? "P" : "") + (f.alpha(n) ? "A" : "");
+    };
+    for (const auto& c : cases) {
+        const kvFunc f(c.name);
+        EXPECT_EQ(side(f, 1), c.first) << c.name;
+        EXPECT_EQ(side(f, 2), c.second) << c.name;
+        std::string flags;
+        for (const auto& [set, letter] : {std::pair(f.inplace(), 'I'),
+                                          {f.mask(), 'M'},
+                                          {f.scale(), 'S'},
+                                          {f.roi(), 'R'},
+                                          {f.coi(), 'C'}}) {
+            flags.append(set ? 1 : 0, letter);
+        }
+        EXPECT_EQ(flags, c.flags) << c.name;
+    }
 }
 
 TEST(FunctionName, Orders) {
@@ -171,6 +195,11 @@ TEST(Vector, FillsComplexElementsInBothParts) {
     EXPECT_EQ(im, 8);
     vector.getIndex(0, re, im);
     EXPECT_EQ(re, 1);
+    for (const int outside : {-1, 3}) {
+        vector.setIndex(outside, smConst, 9, 9);
+        vector.getIndex(outside, re, im);
+        EXPECT_TRUE(re == 0 && im == 0) << outside;
+    }
 }
 
 TEST(Vector, SequencesClampAndWrap) {
@@ -245,12 +274,13 @@ TEST(Vector, RandomStaysInBounds) {
 TEST(Vector, ReservedCopyRestoresContent) {
     kvVector vector(kv32f);
     EXPECT_FALSE(vector.reserveCopy());
-    ASSERT_TRUE(vector.createVector(4, smConst, 3, 0));
+    constexpr int length = 100000; // a copy too short would not stay unnoticed
+    ASSERT_TRUE(vector.createVector(length, smConst, 3, 0));
     EXPECT_FALSE(vector.setReservedCopy());
     ASSERT_TRUE(vector.reserveCopy());
     vector.setConst(9, 0);
     ASSERT_TRUE(vector.setReservedCopy());
-    EXPECT_EQ(valuesOf(vector), (Values{3, 3, 3, 3}));
+    EXPECT_EQ(valuesOf(vector), Values(length, 3));
     vector.deleteReservedCopy();
     EXPECT_EQ(vector.getReservedData(), nullptr);
 }
@@ -327,6 +357,7 @@ TEST(BitVector, WritesAndReadsMostSignificantFirst) {
     EXPECT_STREQ(bits.getBitString(4, 6).c_str(), "1011 01\n");
     EXPECT_STREQ(bits.objectInfo().c_str(), "BitVector byteLen=3");
     EXPECT_STREQ(kvBitVector::bitString(static_cast<unsigned char>(0xA5), 1, 3).c_str(), "010");
+    EXPECT_STREQ(kvBitVector::bitString(static_cast<unsigned char>(0xA5), -2, 20).c_str(), "10100101");
 }
 
 TEST(BitVector, StopsAtTheEndButKeepsCounting) {
@@ -365,6 +396,30 @@ TEST(VLCTable, SelectsTablesByFormat) {
     EXPECT_EQ(table.size(), 961);
     EXPECT_EQ(table.getTableSize_AAC(), 1089);
     EXPECT_EQ(table.getTableSize_MP3(), 961);
+}
+
+// The two tables of a book list the same codes; the values number the pairs or hold them, x slowest.
+TEST(VLCTable, ValuesAreThePairs) {
+    const struct {
+        bool (kvacVLCTable::*encode)(), (kvacVLCTable::*decode)();
+        int largest;
+    } books[] = {{&kvacVLCTable::setTableEncode_AAC, &kvacVLCTable::setTableDecode_AAC, 16},
+                 {&kvacVLCTable::setTableEncode_MP3, &kvacVLCTable::setTableDecode_MP3, 15}};
+    for (const auto& book : books) {
+        kvacVLCTable encode, decode;
+        ASSERT_TRUE((encode.*book.encode)() && (decode.*book.decode)());
+        ASSERT_EQ(encode.size(), decode.size());
+        int i = 0;
+        for (int x = -book.largest; x <= book.largest; ++x) {
+            for (int y = -book.largest; y <= book.largest; ++y, ++i) {
+                ASSERT_EQ(encode.table()[i].value, i);
+                ASSERT_EQ(decode.table()[i].value, x * 65536 + (y & 0xFFFF));
+                ASSERT_EQ(encode.table()[i].code, decode.table()[i].code);
+                ASSERT_EQ(encode.table()[i].length, decode.table()[i].length);
+            }
+        }
+        EXPECT_EQ(i, encode.size());
+    }
 }
 
 } // namespace

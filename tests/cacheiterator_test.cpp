@@ -111,6 +111,7 @@ TEST(CacheScaling, Integer) {
         {1 << 30, 1, 100, true, false, 0},
         {1, 1, INT_MAX, false, true, 1 << 30},
         {5, INT_MAX, 1, false, false, 0},
+        {64, 2, 1, true, true, 32},
     };
     for (const auto& row : rows) {
         int value = row.value;
@@ -135,6 +136,7 @@ TEST(CacheScaling, Size) {
         {{4, 8}, 9000, 1000, true, true, {4, 4}},    {{8, 4}, 9000, 1000, true, true, {4, 4}},
         {{1, 1}, 9000, 1000, true, false, {}},       {{0, 8}, 1000, 9000, false, false, {}},
         {{8, 8}, 0, 9000, false, false, {}},         {{8, 8}, 1000, 0, true, false, {}},
+        {{8, 8}, 1, 2, true, true, {16, 8}},         {{8, 8}, 2, 1, true, true, {8, 4}},
     };
     for (const auto& row : rows) {
         ZoriSize value = row.value;

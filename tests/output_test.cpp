@@ -118,6 +118,12 @@ TEST(Outputs, ReceiveTheSameInOrder) {
     EXPECT_EQ(first.content(), "kept and more");
 }
 
+TEST(Outputs, StandardStreamsStayOpen) {
+    for (std::FILE* const standard : {stdin, stdout})
+        EXPECT_FALSE(o_stream(standard).close());
+    EXPECT_FALSE(o_stream(nullptr).close());
+}
+
 TEST(Outputs, UnopenedIsReportedAndNotAttached) {
     Capture capture(1);
     bxCStream table;

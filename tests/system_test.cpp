@@ -138,6 +138,7 @@ TEST(Cpuid, CacheSizes) {
     // 32 KB level 1 (0x2C) and 2 MB level 2 (0x7D); 0xEC counts in the lowest byte of EAX no more than in a
     // register without descriptors.
     EXPECT_EQ(bxDecodeLeaf2CacheSizeB(CPUID({0x00002CEC, 0x7D, 0x800000EC, 0})), 2 * 1024 * 1024);
+    EXPECT_EQ(bxDecodeLeaf2CacheSizeB(CPUID({0x00007D01, 0, 0, 0})), 2 * 1024 * 1024);
     EXPECT_EQ(bxDecodeLeaf2CacheSizeB(CPUID({1, 0, 0, 0xFF})), -1);
 }
 
@@ -357,10 +358,13 @@ TEST_F(LibraryEnvironment, LibraryTextsAreKeptOnce) {
 
     EXPECT_STREQ(bxCpuType::optimizedList().c_str(), "libtest.so: non optimized code\n");
     bxRegZorEnvironment(bindTestCore);
-    s_cpuType = 70;
-    EXPECT_STREQ(bxCpuType::optimizedList().c_str(), "libtest.so: optimized for x86 with AVX\n");
+    s_cpuType = 65;
+    EXPECT_STREQ(bxCpuType::optimizedList().c_str(), "libtest.so: optimized for x86 with SSE2\n");
     s_cpuType = 64;
     EXPECT_STREQ(bxCpuType::optimizedList().c_str(), "libtest.so: non optimized code\n");
+    s_cpuType = -1;
+    zor_GetCpuType = [] { return 71; };
+    EXPECT_STREQ(bxCpuType::optimizedList().c_str(), "libtest.so: optimized for x86 with AVX2+FMA\n");
 }
 
 TEST_F(LibraryEnvironment, AppliedFunctionsAreKeptAsOftenAsRegistered) {

@@ -1,6 +1,8 @@
 #include "zorcore.h"
 #include "../zor/src/core/cachesize.h"
 #include "../zor/src/core/cputypes.h"
+#include "zordc.h"
+#include "zors.h"
 
 #include <gtest/gtest.h>
 
@@ -172,6 +174,8 @@ TEST(ZorCore, ThreadsCoresAndVersion) {
     EXPECT_EQ(zorSetNumThreads(8), zorStsNoOperation);
     EXPECT_GE(zorGetNumCoresOnDie(), 1);
     EXPECT_STREQ(zorcoreGetLibVersion()->name, "libzorcore.so");
+    EXPECT_STREQ(zorsGetLibVersion()->name, "libzors.so");
+    EXPECT_STREQ(zordcGetLibVersion()->name, "libzordc.so");
 }
 
 } // namespace
