@@ -26,9 +26,12 @@ x86_tns_under_the_emulator() {
 clang_with_sanitizers_tests() {
     local flags="-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer -O1"
     export ASAN_OPTIONS=$sanitizer_options
-    left_out='^(Misbehave|robust)\.' build_and_test sanitized "${clang[@]}" -DBENCHEX_WERROR=ON -DCMAKE_BUILD_TYPE=None \
-        -DCMAKE_CXX_FLAGS="$flags" && tns_batch "$work/sanitized/bin/benchex"
+    left_out='^(Misbehave|robust)\.' build_and_test sanitized "${clang[@]}" -DBENCHEX_WERROR=ON -DBENCHEX_FUZZ=ON \
+        -DCMAKE_BUILD_TYPE=None -DCMAKE_CXX_FLAGS="$flags" && tns_batch "$work/sanitized/bin/benchex"
 }
+
+# Each target for ten seconds, in the build with the sanitizers.
+fuzz_targets_find_nothing() { FINDINGS="$work/fuzz-findings" fuzz/run 10 "$work/sanitized"; }
 
 valgrind_finds_nothing() {
     valgrind -q --error-exitcode=1 --leak-check=full --errors-for-leak-kinds=definite,indirect \
@@ -57,5 +60,6 @@ example_against_the_installed_package() {
 report_in_a_browser() { ctest --test-dir build --output-on-failure -R '^tools\.(browser|schema)$'; }
 
 checks=(rules_of_the_tree tables_match_their_sources formatted report_in_a_browser x86_tests
-    x86_tns_under_the_emulator clang_with_sanitizers_tests example_against_the_installed_package
+    x86_tns_under_the_emulator clang_with_sanitizers_tests
+    fuzz_targets_find_nothing example_against_the_installed_package
     valgrind_finds_nothing clang_tidy cppcheck_finds_nothing)
