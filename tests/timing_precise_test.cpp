@@ -254,7 +254,7 @@ TEST_F(Precise, SaysWhenTheAccuracyWasNotReached) {
     EXPECT_EQ(time(), ACCURWRN);
     EXPECT_GT(tool.actualAccuracy, 0.001);
     EXPECT_FALSE(tool.preciseFigure.reached);
-    EXPECT_THAT(tool.counterClocks(), DoubleNear(1000, 200));
+    EXPECT_THAT(tool.counterClocks(), DoubleNear(1000, 400));
     const std::size_t measured = s_counts.size();
     EXPECT_LT(measured, 2000U); // the limit of one combination
 
