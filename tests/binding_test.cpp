@@ -269,6 +269,13 @@ TEST(Vector, RandomStaysInBounds) {
     EXPECT_EQ(*std::min_element(values.begin(), values.end()), 0);
     EXPECT_LE(*std::max_element(values.begin(), values.end()), 7);
     EXPECT_GE(*std::max_element(values.begin(), values.end()), 6);
+
+    kvVector numbers(kv32f);
+    ASSERT_TRUE(numbers.createVector(20000, 0));
+    numbers.setRandom();
+    const Values all = valuesOf(numbers);
+    EXPECT_NEAR(*std::min_element(all.begin(), all.end()), -1, 1e-3);
+    EXPECT_NEAR(*std::max_element(all.begin(), all.end()), 1, 1e-3);
 }
 
 TEST(Vector, ReservedCopyRestoresContent) {

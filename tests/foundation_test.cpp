@@ -62,6 +62,9 @@ TEST(String, MayBeBuiltFromItself) {
     EXPECT_STREQ(text.c_str(), "3456789abcdef3456789abcdefef");
     text = *&text;
     EXPECT_EQ(text.length(), 28);
+    bxString full = "0123456789abcdef0123456789abcde";
+    full << full.c_str() + 29; // into a new buffer
+    EXPECT_STREQ(full.c_str(), "0123456789abcdef0123456789abcdede");
 }
 
 TEST(String, MovedFromIsEmptyAndUsable) {

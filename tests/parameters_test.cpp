@@ -240,6 +240,8 @@ TEST(Range, RefusedTextLeavesTheOldRange) {
         {"1 16 -1", conflict},
         {"0 16 *2", conflict},
         {"-4 16 *2", conflict},
+        {"0 -16 *2", conflict},
+        {"-16 0 *2", conflict},
         {"1 16 *1", conflict},
         {"1 16 *0", conflict},
         {"1 16 *-2", conflict},

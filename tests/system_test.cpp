@@ -13,12 +13,14 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <map>
 #include <sched.h>
 #include <set>
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -28,6 +30,14 @@ TEST(Clock, MeasuredFrequenciesSnapToNominalOnes) {
                                          {3152, 3060}, {3155, 3155}, {5000, 5000}};
     for (const auto& [measured, reported] : cases)
         EXPECT_EQ(bxSnapCpuMHz(measured), reported) << measured;
+    std::vector<int> nominal;
+    for (int measured = 50; measured <= 3060; ++measured)
+        if (bxSnapCpuMHz(measured - 1) == measured && bxSnapCpuMHz(measured + 1) == measured)
+            nominal.push_back(measured);
+    EXPECT_EQ(nominal,
+              (std::vector{60,   66,   75,   90,   100,  120,  133,  150,  166,  185,  200,  220,  240,
+                           266,  300,  333,  400,  450,  500,  530,  550,  600,  800,  1000, 1400, 1700,
+                           1800, 1900, 2000, 2200, 2260, 2400, 2500, 2530, 2600, 2660, 2800, 3060}));
 }
 
 TEST(Clock, FrequencyIsEstimatedOnce) {
@@ -142,6 +152,36 @@ TEST(Cpuid, CacheSizes) {
     EXPECT_EQ(bxDecodeLeaf2CacheSizeB(CPUID({1, 0, 0, 0xFF})), -1);
 }
 
+TEST(Cpuid, DescriptorsBySize) {
+    const std::map<int, std::set<unsigned>> documented = {
+        {8, {0x0A, 0x66}},
+        {16, {0x0C, 0x0D, 0x60, 0x67}},
+        {24, {0x0E}},
+        {32, {0x2C, 0x68}},
+        {128, {0x1D, 0x39, 0x3B, 0x41, 0x79}},
+        {192, {0x3A}},
+        {256, {0x21, 0x3C, 0x42, 0x7A, 0x82}},
+        {384, {0x3D}},
+        {512, {0x22, 0x3E, 0x43, 0x7B, 0x7F, 0x80, 0x83, 0x86, 0xD0}},
+        {1024, {0x23, 0x24, 0x44, 0x78, 0x7C, 0x84, 0x87, 0xD1, 0xD6}},
+        {1536, {0xDC}},
+        {2048, {0x25, 0x45, 0x7D, 0x85, 0xD2, 0xD7, 0xE2}},
+        {3072, {0x48, 0xDD}},
+        {4096, {0x29, 0x46, 0x49, 0xD8, 0xE3}},
+        {6144, {0x4A, 0x4E, 0xDE}},
+        {8192, {0x47, 0x4B, 0xE4}},
+        {12288, {0x4C, 0xEA}},
+        {16384, {0x4D}},
+        {18432, {0xEB}},
+        {24576, {0xEC}},
+    };
+    std::map<int, std::set<unsigned>> found;
+    for (unsigned code = 0; code < 256; ++code)
+        if (const int bytes = bxDecodeLeaf2CacheSizeB(CPUID({code << 8 | 1, 0, 0, 0})); bytes > 0)
+            found[bytes / 1024].insert(code);
+    EXPECT_EQ(found, documented);
+}
+
 TEST(Cpuid, FeatureFlagsCoverTheirWords) {
     std::set<std::string> names;
     for (std::size_t i = 0; i < FeatureFlags.size(); ++i) {
@@ -224,6 +264,41 @@ TEST(CpuType, OfAProcessor) {
         ident.featuresEcx = c.ecx;
         ident.featuresEdx = c.edx;
         EXPECT_EQ(bxCpuTypeOf(ident, c.facts), c.code) << c.what;
+    }
+}
+
+TEST(CpuType, ModelsByType) {
+    constexpr unsigned ssse3 = 1U << 9, sse42 = 1U << 20;
+    const struct {
+        int code, family;
+        unsigned ecx;
+        bool avx;
+        std::set<int> models;
+    } rows[] = {
+        {2, 5, 0, false, {0x01, 0x02}},
+        {3, 5, 0, false, {0x04, 0x08}},
+        {4, 6, 0, false, {0x01}},
+        {5, 6, 0, false, {0x03, 0x05, 0x06}},
+        {72, 6, ssse3, false, {0x1C, 0x26, 0x27, 0x35, 0x36}},
+        {73, 6, sse42, false, {0x1A, 0x1E, 0x1F, 0x2E}},
+        {74, 6, sse42, false, {0x25, 0x2C, 0x2F}},
+        {75, 6, sse42, true, {0x3A, 0x3E}},
+        {77, 6, sse42, true, {0x3C, 0x3F, 0x45, 0x46, 0x3D, 0x47, 0x4F, 0x4E, 0x5E}},
+        {81, 6, sse42, true, {0x55}},
+    };
+    for (const auto& row : rows) {
+        std::set<int> found;
+        const int models = row.family == 6 ? 256 : 16; // the extended model counts in family 6 only
+        for (int model = 0; model < models; ++model) {
+            bxCpuIdent ident;
+            ident.family = row.family;
+            ident.model = model & 15;
+            ident.extendedModel = model >> 4;
+            ident.featuresEcx = row.ecx;
+            if (bxCpuTypeOf(ident, {.genuine = true, .avx = row.avx}) == row.code)
+                found.insert(model);
+        }
+        EXPECT_EQ(found, row.models) << row.code;
     }
 }
 
