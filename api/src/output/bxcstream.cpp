@@ -3,32 +3,7 @@
 #include "output/bxostream.h"
 
 #include <algorithm>
-#include <optional>
-#include <string_view>
-#include <unordered_map>
 #include <utility>
-
-namespace {
-
-/** Two lines, by their place among those checked. */
-using LinePair = std::pair<int, int>;
-
-/** The first pair of lines with equal keys: the smallest first line, and the smallest second one for it. */
-std::optional<LinePair> firstEqualPair(const std::vector<std::string>& keys) {
-    std::unordered_map<std::string_view, int> firstLines;
-    firstLines.reserve(keys.size());
-    std::optional<LinePair> pair;
-    int line = 0;
-    for (const std::string& key : keys) {
-        const auto [place, isNew] = firstLines.try_emplace(key, line);
-        if (!isNew && (!pair || place->second < pair->first))
-            pair = LinePair(place->second, line);
-        ++line;
-    }
-    return pair;
-}
-
-} // namespace
 
 void bxCStream::addCell(const bxString& text) {
     if (m_count < lineWidth)
@@ -71,7 +46,7 @@ void bxCStream::lineOut(int n) {
     tableOut(n);
     ++m_lineNumber;
     if (m_keyColumns)
-        m_checked.push_back(lineKey());
+        m_checked.add(lineKey());
     tableFlush();
 }
 
@@ -99,7 +74,7 @@ void bxCStream::identicalLinesStart(int k) {
 }
 
 bool bxCStream::identicalLinesStop() {
-    if (!m_keyColumns || m_checked.empty())
+    if (!m_keyColumns || m_checked.count() == 0)
         return false;
     const bool found = identicalLinesCheck();
     m_keyColumns = 0;
@@ -115,10 +90,10 @@ std::string bxCStream::lineKey() const {
 }
 
 bool bxCStream::identicalLinesCheck() const {
-    const auto pair = firstEqualPair(m_checked);
+    const auto pair = m_checked.firstEqual();
     if (!pair)
         return false;
-    const int first = m_lineNumber - static_cast<int>(m_checked.size()) + 1;
+    const int first = m_lineNumber - m_checked.count() + 1;
     g_ostrm << WARN << " Performance table warning:\n";
     g_ostrm << " Lines " << first + pair->first << " & " << first + pair->second;
     g_ostrm << " have identical parameters\n" << endMessageFlush;

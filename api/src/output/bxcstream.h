@@ -7,6 +7,7 @@
 #include "foundation/bxstring.h"
 #include "foundation/bxstringlist.h"
 #include "output/bxiostream.h"
+#include "output/bxlinekeys.h"
 #include "output/bxstreams.h"
 
 #include <array>
@@ -67,8 +68,8 @@ class bxCStream : public bxOutputs {
     Line m_cells;
     int m_count = 0;
     int m_lineNumber = 0;
-    int m_keyColumns = 0;               /**< 0: no check */
-    std::vector<std::string> m_checked; /**< keys of the lines written while the check is on */
+    int m_keyColumns = 0; /**< 0: no check */
+    bxLineKeys m_checked; /**< of the lines written while the check is on */
     std::vector<Line> m_postponed;
 };
 
