@@ -1,21 +1,26 @@
 // Function names: taking them apart, and the order of tests.
-#include "foundation/bxlist.h"
+#include "framework/bxtestlist.h"
 #include "fuzzinput.h"
-#include "kvfunc.h"
+#include "kvtest.h"
 
 #include <array>
+#include <map>
+#include <memory>
 
 namespace {
 
-/** A test, as the list of tests sorts it. */
-struct Entry {
-    kvFunc name;
-    std::size_t number = 0; // in the order of registration
+/** Tests of functions with these names, sorted; `names` are in the order of registration. */
+struct Tests {
+    explicit Tests(const std::vector<std::string>& names) {
+        for (const std::string& name : names) {
+            owned.push_back(std::make_unique<kvTest>(nullptr, nullptr, nullptr, nullptr, toText(name), "", ""));
+            list.push_back(owned.back().get());
+        }
+        list.sortFunc();
+    }
+    std::vector<std::unique_ptr<kvTest>> owned;
+    bxTestList list;
 };
-
-bool comesFirst(Entry& a, Entry& b) {
-    return a.name.compare(b.name) < 0;
-}
 
 int sign(int n) {
     return (n > 0) - (n < 0);
@@ -56,42 +61,34 @@ void takesApart(const kvFunc& name) {
 }
 
 /** Sorting ends, keeps all, and keeps the order of equal names, whatever the names. */
-bxList<Entry> sorted(const std::vector<std::string>& names) {
-    bxList<Entry> list;
-    for (const std::string& name : names)
-        list.insert(list.end(), Entry{kvFunc(toText(name)), static_cast<std::size_t>(list.size())});
-    list.sort(comesFirst);
-    require(static_cast<std::size_t>(list.size()) == names.size(), "sorting keeps the number of tests");
-    std::vector<bool> seen(names.size());
-    std::vector<const Entry*> order;
-    for (const Entry& entry : list) {
-        require(entry.number < names.size() && !seen[entry.number], "sorting keeps every test once");
-        require(entry.name == toText(names[entry.number]), "a test keeps its name");
-        seen[entry.number] = true;
-        for (const Entry* before : order)
-            require(!(before->name == entry.name) || before->number < entry.number,
-                    "equal names keep their order");
-        order.push_back(&entry);
+void keepsAll(const Tests& tests) {
+    std::map<const bxTest*, std::size_t> number;
+    for (const auto& test : tests.owned)
+        number.emplace(test.get(), number.size());
+    require(static_cast<std::size_t>(tests.list.size()) == tests.owned.size(),
+            "sorting keeps the number of tests");
+    std::map<std::string_view, std::size_t> next; // least number that an equal name may have
+    for (const bxTest* test : tests.list) {
+        std::size_t& least = next[test->name.view()];
+        require(number.at(test) >= least, "equal names keep their order, every test stands there once");
+        least = number.at(test) + 1;
     }
-    return list;
 }
 
 /** On names of the suites' form the order is a strict weak order, and the list is sorted by it. */
-void isWeakOrder(const bxList<Entry>& list) {
-    for (auto a = list.begin(); a != list.end(); ++a) {
-        for (auto b = list.begin(); b != list.end(); ++b) {
-            require(sign(a->name.compare(b->name)) == -sign(b->name.compare(a->name)),
-                    "the order is antisymmetric");
-            for (auto c = list.begin(); c != list.end(); ++c)
-                require(a->name.compare(b->name) > 0 || b->name.compare(c->name) > 0 ||
-                            a->name.compare(c->name) <= 0,
+void isWeakOrder(const bxTestList& list) {
+    for (const bxTest* a : list) {
+        for (const bxTest* b : list) {
+            require(sign(a->compareFunc(b)) == -sign(b->compareFunc(a)), "the order is antisymmetric");
+            for (const bxTest* c : list)
+                require(a->compareFunc(b) > 0 || b->compareFunc(c) > 0 || a->compareFunc(c) <= 0,
                         "the order is transitive");
         }
     }
-    const Entry* before = nullptr;
-    for (const Entry& entry : list) {
-        require(!before || before->name.compare(entry.name) <= 0, "the list is sorted");
-        before = &entry;
+    const bxTest* before = nullptr;
+    for (const bxTest* test : list) {
+        require(!before || before->compareFunc(test) <= 0, "the list is sorted");
+        before = test;
     }
 }
 
@@ -104,13 +101,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const auto count = input.ConsumeIntegralInRange<std::size_t>(0, 8);
         while (names.size() < count)
             names.push_back(suiteName(input));
-        isWeakOrder(sorted(names));
+        const Tests tests(names);
+        keepsAll(tests);
+        isWeakOrder(tests.list);
     } else {
         names = split(input.ConsumeRemainingBytesAsString(), '\n');
         names.resize(std::min<std::size_t>(names.size(), 24));
         for (const std::string& name : names)
             takesApart(kvFunc(toText(name)));
-        sorted(names);
+        keepsAll(Tests(names));
     }
     return 0;
 }

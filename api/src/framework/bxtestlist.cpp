@@ -1,6 +1,8 @@
 #include "framework/bxtestlist.h"
 
 #include <algorithm>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "framework/bxconditions.h"
@@ -82,8 +84,29 @@ void bxTestList::plus(bxResult r) {
         ++numResults[FAIL];
 }
 
+namespace {
+
+/**
+ * Puts tests of equal names, in order of registration, into the places that sorting gave them. They stand so
+ * already unless the order of other names goes in a circle: then a merge may carry a test past its equal.
+ */
+void keepEqualInOrder(bxTestList& list, const std::vector<bxTest*>& registered) {
+    std::unordered_map<std::string_view, std::vector<bxTest*>> equal; // the first one at the back
+    for (auto test = registered.rbegin(); test != registered.rend(); ++test)
+        equal[(*test)->name.view()].push_back(*test);
+    for (bxTest*& place : list) {
+        std::vector<bxTest*>& remaining = equal[place->name.view()];
+        place = remaining.back();
+        remaining.pop_back();
+    }
+}
+
+} // namespace
+
 void bxTestList::sortFunc() {
+    const std::vector<bxTest*> registered(begin(), end());
     sort(aless);
+    keepEqualInOrder(*this, registered);
 }
 
 namespace {
