@@ -23,6 +23,12 @@ TEST(Statistics, MedianIsTheMiddleOfTheValues) {
     EXPECT_EQ(bxMedian({4, 1, 1000, 2}), 3);
 }
 
+TEST(Statistics, BatchesAreOfNeighbours) {
+    EXPECT_EQ(bxBatchMedians({1, 2, 9, 7, 5, 3, 4, 4}, 3), (std::vector<double>{2, 5}));
+    EXPECT_EQ(bxBatchMedians({8, 6}, 1), (std::vector<double>{8, 6}));
+    EXPECT_TRUE(bxBatchMedians({1}, 2).empty());
+}
+
 struct IntervalCase {
     int values; // 1, 2, ... in a mixed order
     double confidence;
@@ -77,6 +83,17 @@ TEST(SliceSeries, GivesTheMedianInCoreClocks) {
     EXPECT_FALSE(series.figure(0.01).reached);
     EXPECT_LT(figure.low, 102);
     EXPECT_GT(figure.high, 106);
+}
+
+TEST(SliceSeries, NeighboursThatErrAlikeDoNotMakeItSure) {
+    bxSliceSeries alone, alike; // the same values, one by one and in fours
+    for (int i = 0; i < 64; ++i) {
+        alone.add(slice(100 + i * 7 % 16, 1));
+        alike.add(slice(100 + i / 4, 1));
+    }
+    const bxPreciseFigure sure = alone.figure(0.05), unsure = alike.figure(0.05);
+    EXPECT_DOUBLE_EQ(sure.clocks, unsure.clocks);
+    EXPECT_GT(unsure.high - unsure.low, 2 * (sure.high - sure.low));
 }
 
 TEST(SliceSeries, LeavesOutSlicesWhoseCallsWereInterrupted) {

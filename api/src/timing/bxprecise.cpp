@@ -27,6 +27,8 @@ bxPreciseFigure bxSliceSeries::figure(double accuracy) const {
     std::vector<double> judged = m_clocks;
     if (figure.slices < fewest)
         judged.insert(judged.end(), m_droppedClocks.begin(), m_droppedClocks.end());
+    if (judged.size() >= std::size_t{fewest} * batch)
+        judged = bxBatchMedians(judged, batch);
     const bxInterval interval = bxMedianInterval(judged, confidence);
     figure.clocks = bxMedian(values);
     figure.low = std::min(interval.low, figure.clocks);

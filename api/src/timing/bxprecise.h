@@ -54,6 +54,13 @@ class bxSliceSeries {
      */
     static constexpr double confidence = 0.97;
 
+    /**
+     * Neighbouring slices that count as one in the interval, once there are enough of them: what disturbs a
+     * slice, another user of the core above all, often disturbs the next one too. On a busy virtual machine
+     * intervals of single slices held the cost of additions in 84.6 %, those of four in 88.6 %.
+     */
+    static constexpr int batch = 4;
+
     /** Slices at which to look at the figure next; to look at each would make the narrow ones by chance more.
      */
     static int nextLook(int count) { return count + 1 + count * 3 / 20; }

@@ -13,6 +13,13 @@ double bxMedian(std::vector<double> values) {
     return (*std::max_element(values.begin(), middle) + *middle) / 2;
 }
 
+std::vector<double> bxBatchMedians(const std::vector<double>& values, int size) {
+    std::vector<double> medians;
+    for (auto begin = values.begin(); values.end() - begin >= size; begin += size)
+        medians.push_back(bxMedian({begin, begin + size}));
+    return medians;
+}
+
 bxInterval bxMedianInterval(std::vector<double> values, double confidence) {
     if (values.empty())
         return {};

@@ -18,6 +18,9 @@ struct bxInterval {
 /** The middle value, or the mean of the two in the middle; 0 for no values. */
 double bxMedian(std::vector<double> values);
 
+/** Medians of each `size` neighbouring values; a rest of fewer is left out. \param size above 0 */
+std::vector<double> bxBatchMedians(const std::vector<double>& values, int size);
+
 /**
  * Confidence interval of the median of what the values were drawn from, whatever its distribution: two order
  * statistics whose confidence is the binomial one, interpolated between neighbours to meet the confidence
