@@ -13,7 +13,8 @@ namespace {
 struct Tests {
     explicit Tests(const std::vector<std::string>& names) {
         for (const std::string& name : names) {
-            owned.push_back(std::make_unique<kvTest>(nullptr, nullptr, nullptr, nullptr, toText(name), "", ""));
+            owned.push_back(
+                std::make_unique<kvTest>(nullptr, nullptr, nullptr, nullptr, toText(name), "", ""));
             list.push_back(owned.back().get());
         }
         list.sortFunc();

@@ -417,7 +417,6 @@ TEST_F(Engine, IbsModePreparesEveryMeasurement) {
 }
 
 TEST_F(Engine, CallStatisticReachesItsClocks) {
-    s_statuses.clear();
     constexpr int clocks = 2'000'000; // more than an interrupt or the translation by an emulator takes
     tool.setMethodStat(1, clocks);
     tool.timing(nullptr, nullptr, call, nullptr);
