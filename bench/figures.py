@@ -7,6 +7,7 @@ import pathlib
 import statistics
 
 MOST_MOVEMENT = 0.01  # of the truth, before against after: more, and nobody knows what a clock was meanwhile
+CALM_MOVEMENT = 0.002  # less: nothing else of weight ran on the machine
 GROWTH_TOLERANCE = 0.15  # of an exponent: caches that are left behind, noise
 
 
@@ -22,6 +23,7 @@ class Run:
     wall: float  # seconds
     interval: tuple
     known: bool  # the truth stood still
+    calm: bool  # and nothing disturbed it
 
     @property
     def error(self):
@@ -39,10 +41,11 @@ def read_runs(path):
         before, after, figure = float(row["before"]), float(row["after"]), float(row["figure"])
         core = row["unit"] == "core"
         addition = (before + after) / 2
-        known = addition > 0 and abs(after - before) <= MOST_MOVEMENT * addition
+        movement = abs(after - before) / addition if addition > 0 else math.inf
+        known = movement <= MOST_MOVEMENT
         runs.append(Run(row["method"], row["kernel"], int(row["round"]), float(row["clocks"]),
                         figure if core or not known else figure / addition, figure, float(row["wall us"]) * 1e-6,
-                        (float(row["low"]), float(row["high"])), core or known))
+                        (float(row["low"]), float(row["high"])), core or known, movement <= CALM_MOVEMENT))
     return runs
 
 

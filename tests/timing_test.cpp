@@ -19,9 +19,7 @@ using testing::HasSubstr;
 
 namespace {
 
-// A function under test that follows a script instead of the clock.
-
-/** What the measurements find, in clocks per call; the last one is repeated. */
+/** A function under test follows a script instead of the clock: what the measurements find, in clocks per call; the last one is repeated. */
 std::vector<double> s_figures;
 /** The call counts that were asked for. */
 std::vector<int> s_counts;
@@ -417,6 +415,7 @@ TEST_F(Engine, IbsModePreparesEveryMeasurement) {
 }
 
 TEST_F(Engine, CallStatisticReachesItsClocks) {
+    s_statuses.clear();
     constexpr int clocks = 2'000'000; // more than an interrupt or the translation by an emulator takes
     tool.setMethodStat(1, clocks);
     tool.timing(nullptr, nullptr, call, nullptr);
