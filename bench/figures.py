@@ -156,14 +156,22 @@ def read_growth(path):
 class Overhead:
     """Medians of the repetitions, in seconds and megabytes."""
     combinations: dict  # tool -> {n: (wall, cpu, peak)}
+    least: dict  # tool -> {n: wall} of the quickest repetition: others only add to it
     start: float
     suite: float
     timed_share: float
 
     def each(self, tool):
         """What a combination costs beyond the start of the process: {n: seconds of wall}."""
-        runs = self.combinations[tool]
-        return {n: (wall - runs[1][0]) / n for n, (wall, _, _) in runs.items() if n > 1}
+        return self.beyond_start({n: wall for n, (wall, _, _) in self.combinations[tool].items()})
+
+    def least_each(self, tool):
+        """The same of the quickest repetitions."""
+        return self.beyond_start(self.least[tool])
+
+    @staticmethod
+    def beyond_start(walls):
+        return {n: (wall - walls[1]) / n for n, wall in walls.items() if n > 1}
 
 
 def read_overhead(path):
@@ -175,12 +183,13 @@ def read_overhead(path):
 
     def walls(what):
         return [float(r["wall us"]) * 1e-6 for r in rows if r["what"] == what]
-    combinations = collections.defaultdict(dict)
+    combinations, least = collections.defaultdict(dict), collections.defaultdict(dict)
     for (tool, n), group in by(lambda r: (r["tool"], int(r["n"])),
                                [r for r in rows if r["what"] == "combinations"]).items():
         combinations[tool][n] = medians(group)
+        least[tool][n] = min(float(r["wall us"]) for r in group) * 1e-6
     suite, timed = walls("suite"), walls("suite inside timed regions")
-    return Overhead(dict(combinations), statistics.median(walls("start")), statistics.median(suite),
+    return Overhead(dict(combinations), dict(least), statistics.median(walls("start")), statistics.median(suite),
                     statistics.median(t / s for t, s in zip(timed, suite)))
 
 

@@ -19,7 +19,8 @@ using testing::HasSubstr;
 
 namespace {
 
-/** A function under test follows a script instead of the clock: what the measurements find, in clocks per call; the last one is repeated. */
+/** A function under test follows a script instead of the clock: what the measurements find, in clocks per
+ * call; the last one is repeated. */
 std::vector<double> s_figures;
 /** The call counts that were asked for. */
 std::vector<int> s_counts;
