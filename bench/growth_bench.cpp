@@ -11,12 +11,14 @@
 #include "session/bxsession.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <random>
 #include <string>
@@ -174,6 +176,10 @@ struct Piece {
     const char* unit;
     double (*run)(int n); ///< seconds; negative when the work was not done
     int full;             ///< the size that it is meant to bear
+
+    int size(int doubling, double share) const {
+        return static_cast<int>(std::ldexp(full * share, doubling));
+    }
 };
 
 constexpr Piece pieces[] = {
@@ -185,12 +191,16 @@ constexpr Piece pieces[] = {
     {"live blocks", "blocks", allocateBlocks, 10'000},
 };
 
-/** The least of some repetitions. */
-double leastSeconds(const Piece& piece, int n) {
-    constexpr int repetitions = 3;
-    double least = piece.run(n);
-    for (int i = 1; i < repetitions; ++i)
-        least = std::min(least, piece.run(n));
+constexpr int doublings[] = {-4, -3, -2, -1, 0, 1, 2};
+
+/** Seconds for each size, the least of some rounds over all of them; negative when the work was not done. */
+std::array<double, std::size(doublings)> leastSeconds(const Piece& piece, double share) {
+    constexpr int rounds = 7;
+    std::array<double, std::size(doublings)> least;
+    least.fill(HUGE_VAL);
+    for (int round = 0; round < rounds; ++round)
+        for (std::size_t i = 0; i < least.size(); ++i)
+            least[i] = std::min(least[i], piece.run(piece.size(doublings[i], share)));
     return least;
 }
 
@@ -201,15 +211,16 @@ int main(int argc, char** argv) {
     fs::create_directories(scratch());
     int status = 0;
     std::printf("piece,unit,n,seconds\n");
-    for (const Piece& piece : pieces)
-        for (int doubling = -4; doubling <= 2; ++doubling) {
-            const int n = static_cast<int>(std::ldexp(piece.full * share, doubling));
-            const double time = leastSeconds(piece, n);
-            std::printf("%s,%s,%d,%.9f\n", piece.name, piece.unit, n, time);
-            std::fflush(stdout);
-            if (time < 0)
+    for (const Piece& piece : pieces) {
+        const auto seconds = leastSeconds(piece, share);
+        for (std::size_t i = 0; i < seconds.size(); ++i) {
+            std::printf("%s,%s,%d,%.9f\n", piece.name, piece.unit, piece.size(doublings[i], share),
+                        seconds[i]);
+            if (seconds[i] < 0)
                 status = 1;
         }
+        std::fflush(stdout);
+    }
     fs::remove_all(scratch());
     return status;
 }

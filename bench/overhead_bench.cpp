@@ -179,13 +179,10 @@ Cost run(const std::string& child, const fs::path& directory, const std::string&
             static_cast<double>(usage.ru_maxrss) / 1024};
 }
 
-void measureCombinations(const fs::path& directory, const char* tool, int n, int repetitions) {
-    for (int i = 0; i < repetitions; ++i) {
-        const Cost cost = run(tool, directory, std::to_string(n));
-        std::printf("combinations,%s,%d,%.0f,%.0f,%.2f\n", tool, n, cost.wall * 1e6, cost.cpu * 1e6,
-                    cost.peak);
-        std::fflush(stdout);
-    }
+void measureCombinations(const fs::path& directory, const char* tool, int n) {
+    const Cost cost = run(tool, directory, std::to_string(n));
+    std::printf("combinations,%s,%d,%.0f,%.0f,%.2f\n", tool, n, cost.wall * 1e6, cost.cpu * 1e6, cost.peak);
+    std::fflush(stdout);
 }
 
 void measureSuite(const fs::path& directory) {
@@ -202,16 +199,19 @@ void measureAll(const fs::path& directory, int mostCombinations) {
     constexpr int repetitions = 9;
     std::printf("what,tool,n,wall us,cpu us,peak MB\n");
     std::fflush(stdout);
-    // From 1 on: what is the same for any number is the start of the process.
-    for (const int n : {1, 1000, 3000, 10'000, 30'000, 100'000})
-        if (n <= mostCombinations)
-            measureCombinations(directory, "benchex", n, n > 10'000 ? 5 : repetitions);
-    // It takes the square of their number: 10,000 were seen to take a minute.
-    for (const int n : {1, 1000, 2000, 4000})
-        if (n <= mostCombinations)
-            measureCombinations(directory, "gbench", n, n > 1000 ? 1 : 3);
-    for (int i = 0; i < repetitions; ++i)
+    // From 1 on: what is the same for any number is the start of the process. All numbers in turn, so that a
+    // slow minute of the machine does not fall on one of them.
+    for (int i = 0; i < repetitions; ++i) {
+        for (const int n : {1, 1000, 3000, 10'000, 30'000, 100'000})
+            if (n <= mostCombinations)
+                measureCombinations(directory, "benchex", n);
         measureSuite(directory);
+    }
+    // It takes the square of their number: 10,000 were seen to take a minute.
+    for (int i = 0; i < 3; ++i)
+        for (const int n : {1, 1000, 2000, 4000})
+            if (n <= mostCombinations && (n <= 1000 || i == 0))
+                measureCombinations(directory, "gbench", n);
 }
 
 } // namespace
