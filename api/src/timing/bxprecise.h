@@ -57,7 +57,7 @@ class bxSliceSeries {
     /**
      * Neighbouring slices that count as one in the interval, once there are enough of them: what disturbs a
      * slice, another user of the core above all, often disturbs the next one too. On a busy virtual machine
-     * intervals of single slices held the cost of additions in 84.6 %, those of four in 88.6 %.
+     * 98 % intervals of 90 single slices held the cost of additions in 84.6 %, those of fours in 88.6 %.
      */
     static constexpr int batch = 4;
 
