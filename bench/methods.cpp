@@ -84,9 +84,10 @@ void statistic(bxTool& tool) {
 void precise(bxTool& tool) {
     tool.precise = true;
 }
-/** An accuracy that is never reached: the mode goes on until its limit of time. */
+/** An accuracy that is never reached: the mode goes on until its limit of time, and waits for nobody. */
 void preciseToTheLimit(bxTool& tool) {
     tool.precise = true;
+    tool.patience = 0;
     tool.accuracy = 1e-9;
 }
 

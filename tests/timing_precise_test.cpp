@@ -139,6 +139,60 @@ TEST(SliceSeries, IsNotSureOfFewOrOnlyDisturbedSlices) {
     EXPECT_EQ(hopeless.count(), 4 * bxSliceSeries::fewest);
 }
 
+TEST(SliceSeries, LeavesOutSlicesOfASharedCore) {
+    constexpr double full = 4;
+    bxSliceSeries series;
+    for (int i = 1; i <= bxSliceSeries::fewest; ++i) {
+        for (const double throughput : {2.2, 2.0, 3.6}) {
+            series.add({130, 1, 1, 0, throughput});
+            EXPECT_TRUE(series.endsShared(full));
+        }
+        series.add({100, 1, 1, 0, 3.9});
+        EXPECT_FALSE(series.endsShared(full));
+        EXPECT_FALSE(series.endsShared(0));
+        const bxPreciseFigure figure = series.figure(0.05, full);
+        const bool enough = i == bxSliceSeries::fewest;
+        EXPECT_DOUBLE_EQ(figure.clocks, enough ? 100 : 130) << i;
+        EXPECT_EQ(figure.slices, enough ? i : 4 * i);
+        EXPECT_EQ(figure.dropped, enough ? 3 * i : 0);
+        EXPECT_EQ(figure.reached, enough);
+        if (i > 1) {
+            EXPECT_NEAR(figure.lost, enough ? 0 : 1 - 2.9 / full, 1e-9) << i; // the median of the slices
+        }
+    }
+    EXPECT_DOUBLE_EQ(series.figure(0.5).clocks, 130); // nothing is known of the core
+    bxSliceSeries shared;
+    for (int i = 0; i < bxSliceSeries::fewest; ++i)
+        shared.add({130, 1, 1, 0, 2});
+    EXPECT_FALSE(shared.figure(0.05, full).reached);
+    EXPECT_FALSE(shared.mayEnd(full));
+    EXPECT_TRUE(shared.mayEnd());
+}
+
+TEST(OwnCore, KnowsTheMostThatTwoUndisturbedSlicesShow) {
+    bxOwnCore core;
+    const auto saw = [&](double throughput, double reference = 1, double disagreement = 0) {
+        core.saw({100, reference, reference, disagreement, throughput});
+        return core.throughput();
+    };
+    EXPECT_EQ(saw(2), 0);
+    EXPECT_EQ(saw(2.1), 2);
+    EXPECT_EQ(saw(9), 2.1); // once: a wrong one
+    EXPECT_EQ(saw(3.9), 3.9);
+    EXPECT_EQ(saw(4), 3.9);
+    EXPECT_EQ(saw(8, 1, 0.2), 3.9);
+    EXPECT_EQ(saw(8, 0), 3.9);
+    EXPECT_EQ(saw(2), 3.9);
+    EXPECT_EQ(saw(2), 3.9);
+    bxPreciseFigure shared;
+    shared.lost = 0.4;
+    core.seriesEnded(shared);
+    core.seriesEnded(shared);
+    EXPECT_EQ(core.patience(), 0.25);
+    core.seriesEnded({});
+    EXPECT_EQ(core.patience(), 1);
+}
+
 // Whatever the accuracy that ends a series, the interval holds the truth as often as it says.
 TEST(SliceSeries, IntervalHoldsTheTruthThoughItDecidesWhenToStop) {
     constexpr int series = 2000;
@@ -222,8 +276,13 @@ class Precise : public testing::Test {
         s_clocks = 1000;
         s_noise = 0;
         s_status = OK;
+        tool.patience = 0;
+        bxTool::m_ownCore = {};
     }
-    ~Precise() override { bxInitCtrlStatus(); }
+    ~Precise() override {
+        bxInitCtrlStatus();
+        bxTool::m_ownCore = {};
+    }
     bxResult time() { return tool.timing(scriptedLoop, nullptr, nullptr, nullptr); }
 
     bxTool tool;
@@ -271,6 +330,8 @@ TEST_F(Precise, SaysWhenTheAccuracyWasNotReached) {
     EXPECT_EQ(time(), ACCURWRN);
     EXPECT_GT(tool.actualAccuracy, 0.001);
     EXPECT_FALSE(tool.preciseFigure.reached);
+    const bxString reached = bxTool::getAccuracyStr(tool.actualAccuracy);
+    EXPECT_THAT(std::string(tool.info.c_str()), testing::EndsWith(std::string(" acc=") + reached.c_str()));
     EXPECT_THAT(tool.counterClocks(), DoubleNear(1000, 400));
     // The limit of one combination: 20 million counts, of which a slice takes some 215,000, two measurements
     // each.
@@ -278,6 +339,25 @@ TEST_F(Precise, SaysWhenTheAccuracyWasNotReached) {
 
     s_clocks = 0;
     EXPECT_EQ(time(), ACCURFAIL);
+}
+
+TEST_F(Precise, WaitsForOthersToLeaveTheCoreAndSaysWhatTheyTook) {
+    const auto slicesWithPatience = [&](double patience) {
+        for (int i = 0; i < 2; ++i)
+            bxTool::m_ownCore.saw({100, 1, 1, 0, 1e6}); // no core does as much: this one seems shared
+        tool.patience = patience;
+        s_counts.clear();
+        EXPECT_EQ(time(), ACCURWRN);
+        EXPECT_GT(tool.actualAccuracy, 0.9);
+        EXPECT_THAT(tool.info.c_str(), HasSubstr(" shared=100.0% acc=100.0%"));
+        EXPECT_THAT(tool.counterClocks(), DoubleNear(1000, 400));
+        return static_cast<double>(s_counts.size());
+    };
+    const double without = slicesWithPatience(0);
+    bxTool::m_ownCore = {};
+    const double first = slicesWithPatience(40e6), second = slicesWithPatience(40e6);
+    EXPECT_NEAR(first / without, 3, 0.5); // the limit is 20 million
+    EXPECT_NEAR(second / without, 2, 0.4);
 }
 
 TEST_F(Precise, EndsAtTheFirstFailureOfTheFunction) {

@@ -5,37 +5,94 @@
 #include <algorithm>
 #include <cmath>
 
-void bxSliceSeries::add(const bxSlice& slice) {
-    ++m_count;
-    const double reference = (slice.referenceBefore + slice.referenceAfter) / 2;
-    if (!(reference > 0))
-        return; // the counter stood still or was set back
-    const bool disturbed =
-        std::abs(slice.referenceAfter - slice.referenceBefore) > mostMovement * reference ||
-        slice.disagreement > mostDisagreement;
-    (disturbed ? m_droppedClocks : m_clocks).push_back(slice.perCall / reference);
-    (disturbed ? m_droppedRates : m_rates).push_back(1 / reference);
+namespace {
+
+double reference(const bxSlice& slice) {
+    return (slice.referenceBefore + slice.referenceAfter) / 2;
 }
 
-bxPreciseFigure bxSliceSeries::figure(double accuracy) const {
-    const bool some = !m_clocks.empty();
-    const std::vector<double>& values = some ? m_clocks : m_droppedClocks;
+/** False if the counter stood still or was set back. */
+bool counted(const bxSlice& slice) {
+    return reference(slice) > 0;
+}
+
+bool disturbed(const bxSlice& slice) {
+    return std::abs(slice.referenceAfter - slice.referenceBefore) >
+               bxSliceSeries::mostMovement * reference(slice) ||
+           slice.disagreement > bxSliceSeries::mostDisagreement;
+}
+
+double loss(double throughput, double full) {
+    const double lost = full > 0 ? 1 - throughput / full : 0;
+    return lost > bxSliceSeries::mostLoss ? lost : 0;
+}
+
+/** What counts of some slices. */
+struct Values {
+    std::vector<double> clocks, rates, throughputs;
+
+    int size() const { return static_cast<int>(clocks.size()); }
+    void add(const bxSlice& slice) {
+        clocks.push_back(slice.perCall / reference(slice));
+        rates.push_back(1 / reference(slice));
+        throughputs.push_back(slice.throughput);
+    }
+};
+
+/** Slices by what happened in them; those in which the counter failed are in none. */
+struct Sorted {
+    Values alone, usable, dropped; ///< usable: alone or shared
+
+    Sorted(const std::vector<bxSlice>& slices, double full) {
+        for (const bxSlice& slice : slices) {
+            if (!counted(slice))
+                continue;
+            (disturbed(slice) ? dropped : usable).add(slice);
+            if (!disturbed(slice) && loss(slice.throughput, full) == 0)
+                alone.add(slice);
+        }
+    }
+};
+
+} // namespace
+
+void bxOwnCore::saw(const bxSlice& slice) {
+    if (!counted(slice) || disturbed(slice))
+        return;
+    m_throughput = std::max(m_throughput, std::min(m_last, slice.throughput));
+    m_last = slice.throughput;
+}
+
+bool bxSliceSeries::mayEnd(double full) const {
+    return count() >= 4 * fewest || Sorted(m_slices, full).alone.size() >= fewest;
+}
+
+bool bxSliceSeries::endsShared(double full) const {
+    return !m_slices.empty() && loss(m_slices.back().throughput, full) > 0;
+}
+
+bxPreciseFigure bxSliceSeries::figure(double accuracy, double full) const {
+    const Sorted sorted(m_slices, full);
+    const bool alone = sorted.alone.size() >= fewest;
+    const Values& kept = alone ? sorted.alone : sorted.usable;
+    const Values& values = kept.size() > 0 ? kept : sorted.dropped;
     bxPreciseFigure figure;
-    if (values.empty())
+    figure.slices = kept.size();
+    figure.dropped = count() - kept.size();
+    if (values.size() == 0)
         return figure;
-    figure.slices = static_cast<int>(m_clocks.size());
-    std::vector<double> judged = m_clocks;
-    if (figure.slices < fewest)
-        judged.insert(judged.end(), m_droppedClocks.begin(), m_droppedClocks.end());
+    std::vector<double> judged = kept.clocks;
+    if (kept.size() < fewest)
+        judged.insert(judged.end(), sorted.dropped.clocks.begin(), sorted.dropped.clocks.end());
     if (judged.size() >= std::size_t{fewest} * batch)
         judged = bxBatchMedians(judged, batch);
     const bxInterval interval = bxMedianInterval(judged, confidence);
-    figure.clocks = bxMedian(values);
+    figure.clocks = bxMedian(values.clocks);
     figure.low = std::min(interval.low, figure.clocks);
     figure.high = std::max(interval.high, figure.clocks);
-    figure.coreClocksPerTick = bxMedian(some ? m_rates : m_droppedRates);
-    figure.dropped = m_count - figure.slices;
-    figure.reached = figure.slices >= fewest && interval.halfWidth() <= accuracy * figure.clocks;
+    figure.coreClocksPerTick = bxMedian(values.rates);
+    figure.lost = loss(bxMedian(values.throughputs), full);
+    figure.reached = alone && interval.halfWidth() <= accuracy * figure.clocks;
     return figure;
 }
 
@@ -52,15 +109,43 @@ inline void addInChain(int blocks) {
                  : "cc");
 }
 
+/** As many, in chains that do not wait for each other. */
+inline void addSideBySide(int blocks) {
+    unsigned a = 0, b = 0, c = 0, d = 0;
+#if defined(__x86_64__)
+    unsigned e = 0, f = 0, g = 0, h = 0;
+    asm volatile("1:\n\t.rept 8\n\tadd %0, %0\n\tadd %1, %1\n\tadd %2, %2\n\tadd %3, %3\n\t"
+                 "add %4, %4\n\tadd %5, %5\n\tadd %6, %6\n\tadd %7, %7\n\t.endr\n\tsub $1, %8\n\tjnz 1b"
+                 : "+r"(a), "+r"(b), "+r"(c), "+r"(d), "+r"(e), "+r"(f), "+r"(g), "+r"(h), "+r"(blocks)
+                 :
+                 : "cc");
+#else // registers for four
+    asm volatile("1:\n\t.rept 16\n\tadd %0, %0\n\tadd %1, %1\n\tadd %2, %2\n\tadd %3, %3\n\t.endr\n\t"
+                 "sub $1, %4\n\tjnz 1b"
+                 : "+r"(a), "+r"(b), "+r"(c), "+r"(d), "+r"(blocks)
+                 :
+                 : "cc");
+#endif
+}
+
+/** Counts of `add(blocks)`, with the same start whatever ran before. */
+template <auto add>
+inline long long ticksOf(int blocks) {
+    // Without it the shorter one of a difference, that comes first, was 0.04 % of the difference too long.
+    constexpr int untimed = 16;
+    add(untimed);
+    const unsigned long long first = zor_get_cpu_counter();
+    add(blocks);
+    const unsigned long long last = zor_get_cpu_counter();
+    return static_cast<long long>(last - first) * bxCpuTicker::getClockFactor();
+}
+
 } // namespace
 
 long long bxReferenceTicks(int blocks) {
-    // Whatever ran before: both chains of a difference start in the same state. Without it the shorter one,
-    // that comes first, was 0.04 % of the difference too long.
-    constexpr int untimed = 16;
-    addInChain(untimed);
-    const unsigned long long first = zor_get_cpu_counter();
-    addInChain(blocks);
-    const unsigned long long last = zor_get_cpu_counter();
-    return static_cast<long long>(last - first) * bxCpuTicker::getClockFactor();
+    return ticksOf<addInChain>(blocks);
+}
+
+long long bxThroughputTicks(int blocks) {
+    return ticksOf<addSideBySide>(blocks);
 }

@@ -51,9 +51,10 @@ class bxTool {
     bxString info;                   ///< how the figure was obtained, for the comment column
     long long clocks = 0;            ///< all clocks of the last measurement
     double actualAccuracy = 1.0;     ///< reached, relative
-    int autoStartLoops = 0; ///< Auto: other than the usual calls of the prior measurement, 0 for none
-    int autoMaxLoops = 0;   ///< Auto: other than the usual most calls, 0 for none
-    bool precise = false;   ///< measure by differences against a chain of additions, whatever the method
+    int autoStartLoops = 0;  ///< Auto: other than the usual calls of the prior measurement, 0 for none
+    int autoMaxLoops = 0;    ///< Auto: other than the usual most calls, 0 for none
+    bool precise = false;    ///< measure by differences against a chain of additions, whatever the method
+    double patience = 200e6; ///< precise: clocks to wait for others to leave the core (0.1 s at 2 GHz)
     bxPreciseFigure preciseFigure; ///< what the precise mode found; `funcClocks` are core clocks then
     ///@}
 
@@ -67,6 +68,8 @@ class bxTool {
 
     /** Process priority around every measurement, as `bxSetPriority` takes it. */
     static int m_priority;
+    /** What the precise mode knows of the core, from all tests of this process. */
+    static bxOwnCore m_ownCore;
     /** The library's status check, null where no library is bound. */
     static bxResult (*m_pCheckStatus)(int status);
 

@@ -9,8 +9,10 @@
 #include "timing/bxtooltext.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <thread>
 
 using bxToolText::traced;
 using bxToolText::write;
@@ -57,26 +59,62 @@ double referenceTicks(int slice) {
     return static_cast<double>(twice - once) / blocks / bxReferenceBlock;
 }
 
+/** Independent additions in a core clock. \param addition  counts of one addition */
+double throughput(double addition) {
+    return addition * referenceBlocks * bxReferenceBlock /
+           static_cast<double>(std::max(bxThroughputTicks(referenceBlocks), 1LL));
+}
+
+/** What can be seen of the core without calls. */
+bxSlice emptySlice() {
+    bxSlice slice;
+    slice.referenceBefore = referenceTicks(0);
+    slice.referenceAfter = referenceTicks(0);
+    slice.throughput = throughput(slice.referenceAfter);
+    return slice;
+}
+
+/** Looks at the core now and then for a tenth of a second: others that use it during the first combination
+ * may be gone in between. */
+void meet(bxOwnCore& core) {
+    for (int look = 0; look < 20; ++look) {
+        core.saw(emptySlice());
+        core.saw(emptySlice());
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
 } // namespace
+
+bxOwnCore bxTool::m_ownCore;
 
 void bxTool::preciseTiming() {
     write(INFO, "    Precise mode: start\n");
+    if (patience > 0 && m_ownCore.throughput() == 0)
+        meet(m_ownCore);
     const int calls = callsOfSlice();
     if (bxIsFailure(result))
         return;
     const bxSliceSeries series = measureSlices(calls);
     if (bxIsFailure(result))
         return;
-    preciseFigure = series.figure(accuracy);
+    preciseFigure = series.figure(accuracy, m_ownCore.throughput());
+    m_ownCore.seriesEnded(preciseFigure);
     funcClocks = preciseFigure.clocks;
     if (!(funcClocks > 0)) {
         updateResult(ACCURFAIL);
         return;
     }
-    actualAccuracy = (preciseFigure.high - preciseFigure.low) / 2 / funcClocks;
-    if (!preciseFigure.reached && result <= OK)
-        result = ACCURWRN;
+    // What a shared core costs a function is not known; it is of the order of what the core lost.
+    actualAccuracy = std::max((preciseFigure.high - preciseFigure.low) / 2 / funcClocks, preciseFigure.lost);
     info = describe(preciseFigure, loops);
+    if (preciseFigure.lost > 0)
+        info << " shared=" << getAccuracyStr(preciseFigure.lost);
+    if (!preciseFigure.reached) {
+        info << " acc=" << getAccuracyStr(actualAccuracy);
+        if (result <= OK)
+            result = ACCURWRN;
+    }
     write(INFO, "        accuracy   = ", getAccuracyStr(actualAccuracy), "\n",
           "        funcClocks = ", funcClocks, "\n", "        result     = ", bxResultString(result), "\n",
           "    Precise mode: stop\n");
@@ -110,7 +148,8 @@ int bxTool::callsOfSlice() {
 bxSliceSeries bxTool::measureSlices(int calls) {
     bxSliceSeries series;
     bxSlice slice;
-    double ticks = 0;
+    double ticks = 0, waited = 0;
+    const double longestWait = patience * m_ownCore.patience();
     int next = bxSliceSeries::fewest;
     slice.referenceAfter = referenceTicks(0);
     for (;;) {
@@ -130,12 +169,16 @@ bxSliceSeries bxTool::measureSlices(int calls) {
             loops * std::abs(twice - once) / std::max(sliceTicks, loops * std::abs(slice.perCall));
         slice.referenceBefore = slice.referenceAfter;
         slice.referenceAfter = referenceTicks(i + 1);
+        slice.throughput = throughput(slice.referenceAfter);
         series.add(slice);
-        ticks += loops * (once + 2 * twice) + 3 * sliceTicks;
-        const bool spent = ticks >= mostTicks && series.mayEnd();
+        m_ownCore.saw(slice);
+        const double alone = m_ownCore.throughput();
+        (waited < longestWait && series.endsShared(alone) ? waited : ticks) +=
+            loops * (once + 2 * twice) + 3 * sliceTicks;
+        const bool spent = ticks >= mostTicks && series.mayEnd(alone);
         if (series.count() < next && !spent)
             continue;
-        if (spent || series.figure(accuracy).reached)
+        if (spent || series.figure(accuracy, alone).reached)
             return series;
         next = bxSliceSeries::nextLook(series.count());
     }
