@@ -267,6 +267,27 @@ TEST(Comparison, Verdicts) {
     }
 }
 
+TEST(Comparison, RunsThatMissedTheirAccuracyCountOnlyWhereNoneReachedIt) {
+    const auto side = [](const std::vector<double>& reached, const std::vector<double>& missed) {
+        std::vector<TableRun> runs = runsOf(reached);
+        for (TableRun& run : runsOf(missed, "nLps=4 shared=40.0% acc=40.0%")) {
+            runs.push_back(std::move(run));
+        }
+        return runs;
+    };
+    const std::vector<TableRun> calm = runsOf({100, 101, 99, 100, 100});
+    const Comparison some = compareRuns(calm, side({101, 100}, {135, 137, 136}), {});
+    EXPECT_STREQ(verdictName(some.rows[0].verdict), "same");
+    EXPECT_EQ(some.rows[0].runsAfter, 2U);
+    EXPECT_THAT(some.notes, ElementsAre(HasSubstr("3 figures that missed their accuracy")));
+    const Comparison one = compareRuns(calm, side({104}, {135, 137, 136, 138}), {});
+    EXPECT_STREQ(verdictName(one.rows[0].verdict), "cannot tell"); // as any single figure
+    const Comparison all = compareRuns(calm, side({}, {135, 137, 136, 135, 136}), {});
+    EXPECT_STREQ(verdictName(all.rows[0].verdict), "cannot tell"); // though they agree
+    EXPECT_EQ(all.rows[0].runsAfter, 5U);
+    EXPECT_TRUE(all.notes.empty());
+}
+
 TEST(Comparison, MatchesRowsAndSortsTheWorstFirst) {
     const std::string start = head + titles;
     const auto side = [&](const std::string& rows) { return readText(start + rows).runs; };

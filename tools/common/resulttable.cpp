@@ -381,6 +381,11 @@ std::optional<double> numberAfter(std::string_view text, std::string_view mark) 
     return toNumber(rest.substr(0, rest.find_first_not_of("0123456789.")));
 }
 
+std::optional<double> percentAfter(std::string_view text, std::string_view mark) {
+    const auto percent = numberAfter(text, mark);
+    return percent ? std::optional(*percent / 100) : std::nullopt;
+}
+
 } // namespace
 
 std::string RunHead::value(std::string_view label) const {
@@ -399,8 +404,11 @@ std::vector<std::string> RunHead::values(std::string_view label) const {
 }
 
 std::optional<double> ResultRow::accuracy() const {
-    const auto percent = numberAfter(comment, "acc=");
-    return percent ? std::optional(*percent / 100) : std::nullopt;
+    return percentAfter(comment, "acc=");
+}
+
+std::optional<double> ResultRow::shared() const {
+    return percentAfter(comment, "shared=");
 }
 
 std::optional<double> ResultRow::loops() const {

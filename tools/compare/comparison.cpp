@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <map>
+#include <optional>
 #include <set>
 
 #include "cells.h"
@@ -14,10 +16,16 @@ namespace {
 
 constexpr double intervalConfidence = 0.90;
 
+/** What one run has of a row. */
+struct Figure {
+    double log = 0;
+    std::optional<double> missed; /**< accuracy stated where the wanted one was missed */
+    double shared = 0;            /**< share of the core that others took */
+};
+
 /** The figures of one row on one side. */
 struct Figures {
-    std::vector<double> logs;
-    double accuracy = 0; /**< the worst stated */
+    std::vector<Figure> runs;
     double rounding = 0; /**< the largest share that the table's digits may have dropped */
     std::string unit;
 };
@@ -39,8 +47,7 @@ Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules) {
                 continue;
             }
             Figures& figures = side[key];
-            figures.logs.push_back(std::log(*figure));
-            figures.accuracy = std::max(figures.accuracy, row.accuracy().value_or(rules.accuracy));
+            figures.runs.push_back({std::log(*figure), row.accuracy(), row.shared().value_or(0)});
             figures.rounding =
                 std::max(figures.rounding, roundingOf(rules.time ? row.microsecondsText : row.clocksText));
             figures.unit = row.unit;
@@ -49,28 +56,54 @@ Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules) {
     return side;
 }
 
-Estimate estimate(const Figures& figures) {
-    // A stated accuracy is the largest deviation seen in a few measurements: taken as two standard errors.
-    Estimate result = figures.logs.size() > 1 ? lowerMean(figures.logs)
-                                              : Estimate{figures.logs.front(), figures.accuracy / 2,
-                                                         std::numeric_limits<double>::infinity()};
+/** Leaves out what missed its accuracy where another run of the row reached it. \return how many */
+std::size_t leaveOutMissed(Side& side) {
+    std::size_t count = 0;
+    for (auto& [key, figures] : side) {
+        const auto reached = [](const Figure& figure) { return !figure.missed; };
+        if (std::any_of(figures.runs.begin(), figures.runs.end(), reached)) {
+            count += std::erase_if(figures.runs, std::not_fn(reached));
+        }
+    }
+    return count;
+}
+
+Estimate estimate(const Figures& figures, const ComparisonRules& rules) {
+    std::vector<double> logs;
+    std::transform(figures.runs.begin(), figures.runs.end(), std::back_inserter(logs),
+                   [](const Figure& figure) { return figure.log; });
+    Estimate result;
+    if (logs.size() == 1) {
+        // A stated accuracy is the largest deviation seen in a few measurements: taken as two standard
+        // errors.
+        result = {logs.front(), figures.runs.front().missed.value_or(rules.accuracy) / 2,
+                  std::numeric_limits<double>::infinity()};
+    } else {
+        // Runs on a shared core were all disturbed, maybe alike, which does not average out.
+        const auto best =
+            std::min_element(figures.runs.begin(), figures.runs.end(),
+                             [](const Figure& a, const Figure& b) { return a.shared < b.shared; });
+        result = lowerMean(logs);
+        result.error = std::hypot(result.error, best->shared / 2);
+    }
     // Rounding moves a figure evenly within its half unit; runs that agree round alike, so it does not
     // average out.
     result.error = std::hypot(result.error, figures.rounding / std::sqrt(3.0));
     return result;
 }
 
-RowComparison compareRow(const RowKey& key, const Figures& before, const Figures& after) {
+RowComparison compareRow(const RowKey& key, const Figures& before, const Figures& after,
+                         const ComparisonRules& rules) {
     RowComparison row;
     row.key = key;
     row.unit = after.unit;
-    const Estimate first = estimate(before);
-    const Estimate second = estimate(after);
+    const Estimate first = estimate(before, rules);
+    const Estimate second = estimate(after, rules);
     const Estimate change = difference(first, second);
     row.before = std::exp(first.location);
     row.after = std::exp(second.location);
-    row.runsBefore = before.logs.size();
-    row.runsAfter = after.logs.size();
+    row.runsBefore = before.runs.size();
+    row.runsAfter = after.runs.size();
     row.ratio = std::exp(change.location);
     const double width = halfWidth(change, intervalConfidence);
     row.low = std::exp(change.location - width);
@@ -191,8 +224,9 @@ std::size_t Comparison::count(Verdict verdict) const {
 Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<TableRun>& after,
                        const ComparisonRules& rules) {
     Comparison result;
-    const Side left = gather(before, rules);
-    const Side right = gather(after, rules);
+    Side left = gather(before, rules);
+    Side right = gather(after, rules);
+    const std::size_t leftOut = leaveOutMissed(left) + leaveOutMissed(right);
     for (const auto& [key, figures] : left) {
         const auto other = right.find(key);
         if (other == right.end()) {
@@ -201,7 +235,7 @@ Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<Ta
             throw TableError(key.function + ": measured per \"" + figures.unit + "\" on one side, per \"" +
                              other->second.unit + "\" on the other");
         } else {
-            result.rows.push_back(compareRow(key, figures, other->second));
+            result.rows.push_back(compareRow(key, figures, other->second, rules));
         }
     }
     for (const auto& [key, figures] : right) {
@@ -217,6 +251,10 @@ Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<Ta
                    [](const RowComparison& row) { return row.ratio; });
     result.ratio = geometricMean(ratios);
     result.notes = machineNotes(before, after);
+    if (leftOut > 0) {
+        result.notes.push_back(std::to_string(leftOut) +
+                               " figures that missed their accuracy are left out: other runs reached it");
+    }
     if (std::any_of(result.rows.begin(), result.rows.end(),
                     [](const RowComparison& row) { return row.runsBefore < 2 || row.runsAfter < 2; })) {
         result.notes.push_back(

@@ -46,10 +46,10 @@ std::string describeParameters(const RowKey& key, const ParameterNames& names);
 struct RowComparison {
     RowKey key;
     std::string unit;
-    double before = 0, after = 0; /**< figures compared, centres of their runs */
-    std::size_t runsBefore = 0, runsAfter = 0;
-    double ratio = 1;         /**< after / before: above 1 is slower */
-    double low = 1, high = 1; /**< 90 % interval of the ratio */
+    double before = 0, after = 0;              /**< figures compared, centres of their runs */
+    std::size_t runsBefore = 0, runsAfter = 0; /**< whose figures count */
+    double ratio = 1;                          /**< after / before: above 1 is slower */
+    double low = 1, high = 1;                  /**< 90 % interval of the ratio */
     double p = 1,
            adjusted = 1; /**< probability of such a difference by chance; corrected for the number of rows */
     Verdict verdict = Verdict::cannotTell;
@@ -75,9 +75,11 @@ struct Comparison {
 };
 
 /**
- * Compares runs with runs. Figures are compared as logarithms. A side with several figures of a row gives the
- * mean of the smaller half of them and its error; a side with one gives the figure, with half its stated
- * accuracy as error. The digits that the table dropped add to the error. Verdicts:
+ * Compares runs with runs. Figures are compared as logarithms. Those that missed their accuracy are left out
+ * where other runs of the row reached it. A side with several figures of a row gives the mean of the smaller
+ * half of them and its error; a side with one gives the figure, with half its accuracy as error. Where the
+ * core was shared in all runs, half the least share that others took adds to the error, as do the digits that
+ * the table dropped. Verdicts:
  * - slower, faster: Yuen's test (Welch's t on trimmed means) finds a difference (p, adjusted for all rows, at
  * most alpha) and the ratio lies beyond the threshold;
  * - same: the 90 % interval of the ratio lies within the threshold (two one-sided tests of 5 %);

@@ -116,6 +116,7 @@ void row(JsonWriter& json, const ReportData& data, const FunctionView& view, con
     json.member("comment", row.comment);
     json.member("loops", row.loops());
     json.member("accuracy", row.accuracy());
+    json.member("shared", row.shared());
     if (const std::string mode = row.cacheMode(); !mode.empty()) {
         json.member("cache", mode);
     }
