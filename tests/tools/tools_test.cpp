@@ -286,6 +286,22 @@ TEST(Comparison, RunsThatMissedTheirAccuracyCountOnlyWhereNoneReachedIt) {
     EXPECT_STREQ(verdictName(all.rows[0].verdict), "cannot tell"); // though they agree
     EXPECT_EQ(all.rows[0].runsAfter, 5U);
     EXPECT_TRUE(all.notes.empty());
+
+    // A run that had company from beginning to end does not know it, but other runs do.
+    const std::vector<TableRun> alone = runsOf({100, 101, 99}, "nLps=4 adds/clock=3.94");
+    std::vector<TableRun> company = runsOf({135, 136, 137}, "nLps=4 adds/clock=2.50");
+    const Comparison unaware = compareRuns(alone, company, {});
+    EXPECT_STREQ(verdictName(unaware.rows[0].verdict), "cannot tell");
+    EXPECT_EQ(unaware.rows[0].runsAfter, 3U);
+    company.insert(company.end(), alone.begin(), alone.end());
+    const Comparison aware = compareRuns(alone, company, {});
+    EXPECT_STREQ(verdictName(aware.rows[0].verdict), "same");
+    EXPECT_EQ(aware.rows[0].runsAfter, 3U);
+    for (TableRun& run : company) {
+        run.head.labels = {{"CPU", "another"}}; // whose cores do less
+    }
+    company.resize(3);
+    EXPECT_STREQ(verdictName(compareRuns(alone, company, {}).rows[0].verdict), "slower");
 }
 
 TEST(Comparison, MatchesRowsAndSortsTheWorstFirst) {

@@ -411,6 +411,10 @@ std::optional<double> ResultRow::shared() const {
     return percentAfter(comment, "shared=");
 }
 
+std::optional<double> ResultRow::throughput() const {
+    return numberAfter(comment, "adds/clock=");
+}
+
 std::optional<double> ResultRow::loops() const {
     const auto loops = numberAfter(comment, "nLps=");
     return loops ? loops : numberAfter(comment, "nCalls=");

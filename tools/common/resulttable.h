@@ -53,8 +53,9 @@ struct ResultRow {
     accuracy() const; /**< stated by "acc=", relative; only where the wanted one was missed */
     std::optional<double>
     shared() const; /**< share of the core that others took, "shared=", relative; only where they did */
-    std::optional<double> loops() const; /**< timed calls, "nLps=" or "nCalls=" */
-    std::string cacheMode() const;       /**< "inCache", "outofCache" or empty */
+    std::optional<double> throughput() const; /**< independent additions in a core clock, "adds/clock=" */
+    std::optional<double> loops() const;      /**< timed calls, "nLps=" or "nCalls=" */
+    std::string cacheMode() const;            /**< "inCache", "outofCache" or empty */
     bool deprecated() const { return comment == "deprecated"; }
 };
 

@@ -16,10 +16,40 @@ namespace {
 
 constexpr double intervalConfidence = 0.90;
 
+/** The part of a CPU line that does not change from run to run: the frequency behind it is measured. */
+std::string processorName(const std::string& cpu) {
+    const std::size_t cache = std::min(cpu.rfind(", Max cache size"), cpu.size());
+    return cache == 0 ? cpu : cpu.substr(0, cpu.rfind(", ", cache - 1));
+}
+
+/** By processor, the most independent additions in a clock of the core that stand beside any figure. */
+using Throughputs = std::map<std::string, double>;
+
+Throughputs fullThroughputs(const std::vector<TableRun>& before, const std::vector<TableRun>& after) {
+    Throughputs full;
+    for (const auto* side : {&before, &after}) {
+        for (const TableRun& run : *side) {
+            double& most = full[processorName(run.head.value("CPU"))];
+            for (const ResultRow& row : run.rows) {
+                most = std::max(most, row.throughput().value_or(0));
+            }
+        }
+    }
+    return full;
+}
+
+/** Share of the core that others took: stated, or seen beside what the core did in other runs. */
+double sharedOf(const ResultRow& row, double fullThroughput) {
+    constexpr double spread = 0.04; // of the throughput of a core that is not shared
+    const double lost =
+        fullThroughput > 0 ? 1 - row.throughput().value_or(fullThroughput) / fullThroughput : 0;
+    return std::max(row.shared().value_or(0), lost > spread ? lost : 0);
+}
+
 /** What one run has of a row. */
 struct Figure {
     double log = 0;
-    std::optional<double> missed; /**< accuracy stated where the wanted one was missed */
+    std::optional<double> missed; /**< accuracy, where the wanted one was missed or the core shared */
     double shared = 0;            /**< share of the core that others took */
 };
 
@@ -32,10 +62,19 @@ struct Figures {
 
 using Side = std::map<RowKey, Figures>;
 
-Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules) {
+Figure figureOf(const ResultRow& row, double value, double fullThroughput) {
+    Figure figure{std::log(value), row.accuracy(), sharedOf(row, fullThroughput)};
+    if (figure.shared > figure.missed.value_or(0)) {
+        figure.missed = figure.shared;
+    }
+    return figure;
+}
+
+Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules, const Throughputs& throughputs) {
     Side side;
     for (const TableRun& run : runs) {
         std::map<RowKey, int> seen;
+        const double full = throughputs.at(processorName(run.head.value("CPU")));
         for (const ResultRow& row : run.rows) {
             RowKey key{row.function, row.parameters, row.cacheMode(), 0};
             while (!key.parameters.empty() && key.parameters.back().empty()) {
@@ -47,7 +86,7 @@ Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules) {
                 continue;
             }
             Figures& figures = side[key];
-            figures.runs.push_back({std::log(*figure), row.accuracy(), row.shared().value_or(0)});
+            figures.runs.push_back(figureOf(row, *figure, full));
             figures.rounding =
                 std::max(figures.rounding, roundingOf(rules.time ? row.microsecondsText : row.clocksText));
             figures.unit = row.unit;
@@ -163,12 +202,6 @@ std::vector<FunctionComparison> byFunction(const std::vector<RowComparison>& row
     return sorted;
 }
 
-/** The part of a CPU line that does not change from run to run: the frequency behind it is measured. */
-std::string processorName(const std::string& cpu) {
-    const std::size_t cache = std::min(cpu.rfind(", Max cache size"), cpu.size());
-    return cache == 0 ? cpu : cpu.substr(0, cpu.rfind(", ", cache - 1));
-}
-
 /** Differences of the machines that make figures hard to compare. */
 std::vector<std::string> machineNotes(const std::vector<TableRun>& before,
                                       const std::vector<TableRun>& after) {
@@ -224,8 +257,9 @@ std::size_t Comparison::count(Verdict verdict) const {
 Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<TableRun>& after,
                        const ComparisonRules& rules) {
     Comparison result;
-    Side left = gather(before, rules);
-    Side right = gather(after, rules);
+    const Throughputs throughputs = fullThroughputs(before, after);
+    Side left = gather(before, rules, throughputs);
+    Side right = gather(after, rules, throughputs);
     const std::size_t leftOut = leaveOutMissed(left) + leaveOutMissed(right);
     for (const auto& [key, figures] : left) {
         const auto other = right.find(key);

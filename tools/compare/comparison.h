@@ -78,8 +78,9 @@ struct Comparison {
  * Compares runs with runs. Figures are compared as logarithms. Those that missed their accuracy are left out
  * where other runs of the row reached it. A side with several figures of a row gives the mean of the smaller
  * half of them and its error; a side with one gives the figure, with half its accuracy as error. Where the
- * core was shared in all runs, half the least share that others took adds to the error, as do the digits that
- * the table dropped. Verdicts:
+ * core was shared, which a run says itself or the throughput of the core in another run tells, that is the
+ * accuracy; where it was in all runs, half the least share that others took adds to the error, as do the
+ * digits that the table dropped. Verdicts:
  * - slower, faster: Yuen's test (Welch's t on trimmed means) finds a difference (p, adjusted for all rows, at
  * most alpha) and the ratio lies beyond the threshold;
  * - same: the 90 % interval of the ratio lies within the threshold (two one-sided tests of 5 %);

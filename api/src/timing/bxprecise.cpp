@@ -91,7 +91,8 @@ bxPreciseFigure bxSliceSeries::figure(double accuracy, double full) const {
     figure.low = std::min(interval.low, figure.clocks);
     figure.high = std::max(interval.high, figure.clocks);
     figure.coreClocksPerTick = bxMedian(values.rates);
-    figure.lost = loss(bxMedian(values.throughputs), full);
+    figure.throughput = bxMedian(values.throughputs);
+    figure.lost = loss(figure.throughput, full);
     figure.reached = alone && interval.halfWidth() <= accuracy * figure.clocks;
     return figure;
 }

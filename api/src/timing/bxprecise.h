@@ -16,9 +16,10 @@ struct bxPreciseFigure {
     double high = 0;              ///< to
     double coreClocksPerTick = 1; ///< core clocks for one count of the time-stamp counter
     int slices = 0;               ///< that the figure is made of
-    int dropped = 0;      ///< the others: the reference moved, calls were interrupted, the core was shared
-    double lost = 0;      ///< share of the core's throughput that others took in the slices, 0 for none
-    bool reached = false; ///< the interval is inside the requested accuracy, the core was not shared
+    int dropped = 0;              ///< reference moved, calls interrupted, core shared
+    double throughput = 0;        ///< independent additions in a core clock, beside the calls
+    double lost = 0;              ///< share of the throughput that others took, 0 for none
+    bool reached = false;         ///< the core's own, the interval inside the requested accuracy
 };
 
 /** One slice, in counts of the time-stamp counter. */

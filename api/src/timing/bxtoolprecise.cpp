@@ -44,10 +44,11 @@ int stretched(int base, int slice) {
  * differences. */
 bxString describe(const bxPreciseFigure& figure, int loops) {
     char text[160];
-    std::snprintf(text, sizeof text,
-                  "nLps=%d slices=%d dropped=%d clocks=%.6g 95%%=%.6g..%.6g core/counter=%.5f", loops,
-                  figure.slices, figure.dropped, figure.clocks, figure.low, figure.high,
-                  figure.coreClocksPerTick);
+    std::snprintf(
+        text, sizeof text,
+        "nLps=%d slices=%d dropped=%d clocks=%.6g 95%%=%.6g..%.6g core/counter=%.5f adds/clock=%.3f", loops,
+        figure.slices, figure.dropped, figure.clocks, figure.low, figure.high, figure.coreClocksPerTick,
+        figure.throughput);
     return text;
 }
 
@@ -74,13 +75,13 @@ bxSlice emptySlice() {
     return slice;
 }
 
-/** Looks at the core now and then for a tenth of a second: others that use it during the first combination
+/** Looks at the core now and then for a third of a second: others that use it during the first combination
  * may be gone in between. */
 void meet(bxOwnCore& core) {
-    for (int look = 0; look < 20; ++look) {
+    for (int look = 0; look < 32; ++look) {
         core.saw(emptySlice());
         core.saw(emptySlice());
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
 }
 
