@@ -65,9 +65,12 @@ for pair in $(seq "$pairs"); do
 done
 
 rows=$(grep -c '^zor' "$work/pair1/a/1.csv")
+all=$(cat "$work"/pair*/*/*.csv | grep -c '^zor')
+shared=$(cat "$work"/pair*/*/*.csv | grep -c ' shared=' || true)
 cat <<END
 $pairs pairs, $rows rows, keys ${select[*]}, $slowed slowed by $percent %
 load average: $load_before before, $(cut -d' ' -f1-3 /proc/loadavg) after, on $(nproc) processors
+figures for which the core was shared: $shared of $all
                                      single tables   $runs runs a side
 false alarm, same build                 ${count[alarm1]} of $pairs         ${count[alarm]} of $pairs
 slowed function found                   ${count[found1]} of $pairs         ${count[found]} of $pairs
