@@ -241,6 +241,9 @@ std::vector<PageColumn> pageColumns(const ReportData& data) {
                            return "<td><a href=\"#" + anchor(function.name) + "\">" + escaped(function.name) +
                                   "</a></td>";
                        }});
+    if (runs.size() > 1) {
+        columns.push_back(text("Run", [&runs](const RowRef& ref) { return runs[ref.run].label; }));
+    }
     for (std::size_t i = 0; i < parameters; ++i) {
         columns.push_back({neutralName(i), true, [i](const FunctionView& function, const RowRef& ref) {
                                return parameterCell(function, ref, i);
@@ -265,9 +268,6 @@ std::vector<PageColumn> pageColumns(const ReportData& data) {
                        }});
     if (data.hasInterest) {
         columns.push_back(text("Interest", [](const RowRef& ref) { return ref.row->hot ? "Hot" : ""; }));
-    }
-    if (runs.size() > 1) {
-        columns.push_back(text("Run", [&runs](const RowRef& ref) { return runs[ref.run].label; }));
     }
     return columns;
 }
