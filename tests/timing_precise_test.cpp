@@ -143,11 +143,11 @@ TEST(SliceSeries, LeavesOutSlicesOfASharedCore) {
     constexpr double full = 4;
     bxSliceSeries series;
     for (int i = 1; i <= bxSliceSeries::fewest; ++i) {
-        for (const double throughput : {2.2, 2.0, 3.6}) {
+        for (const double throughput : {2.2, 2.0, 3.96}) {
             series.add({130, 1, 1, 0, throughput});
             EXPECT_TRUE(series.endsShared(full));
         }
-        series.add({100, 1, 1, 0, 3.9});
+        series.add({100, 1, 1, 0, 3.98});
         EXPECT_FALSE(series.endsShared(full));
         EXPECT_FALSE(series.endsShared(0));
         const bxPreciseFigure figure = series.figure(0.05, full);
@@ -157,7 +157,7 @@ TEST(SliceSeries, LeavesOutSlicesOfASharedCore) {
         EXPECT_EQ(figure.dropped, enough ? 3 * i : 0);
         EXPECT_EQ(figure.reached, enough);
         if (i > 1) {
-            EXPECT_NEAR(figure.lost, enough ? 0 : 1 - 2.9 / full, 1e-9) << i; // the median of the slices
+            EXPECT_NEAR(figure.lost, enough ? 0 : 1 - 3.08 / full, 1e-9) << i; // the median of the slices
         }
     }
     EXPECT_DOUBLE_EQ(series.figure(0.5).clocks, 130); // nothing is known of the core
@@ -368,7 +368,7 @@ TEST_F(Precise, EndsAtTheFirstFailureOfTheFunction) {
 
 TEST_F(Precise, LeavesTheControlStatusCleanWhereItIsToBeAvoided) {
     tool.ibsMode = true;
-    EXPECT_LE(tool.timing(flagAfterEightCalls, nullptr, nullptr, preparesNothing), OK);
+    EXPECT_LE(tool.timing(flagAfterEightCalls, nullptr, nullptr, preparesNothing), ACCURWRN); // not BADSTSWRN
     EXPECT_LE(tool.loops, 3);
     EXPECT_FALSE(bxBadCtrlStatus());
     tool.ibsMode = false;

@@ -289,7 +289,7 @@ TEST(Comparison, RunsThatMissedTheirAccuracyCountOnlyWhereNoneReachedIt) {
 
     // A run that had company from beginning to end does not know it, but other runs do.
     const std::vector<TableRun> alone = runsOf({100, 101, 99}, "nLps=4 adds/clock=3.94");
-    std::vector<TableRun> company = runsOf({135, 136, 137}, "nLps=4 adds/clock=2.50");
+    std::vector<TableRun> company = runsOf({135, 136, 137}, "nLps=4 adds/clock=3.90");
     const Comparison unaware = compareRuns(alone, company, {});
     EXPECT_STREQ(verdictName(unaware.rows[0].verdict), "cannot tell");
     EXPECT_EQ(unaware.rows[0].runsAfter, 3U);

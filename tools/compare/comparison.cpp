@@ -38,19 +38,20 @@ Throughputs fullThroughputs(const std::vector<TableRun>& before, const std::vect
     return full;
 }
 
-/** Share of the core that others took: stated, or seen beside what the core did in other runs. */
-double sharedOf(const ResultRow& row, double fullThroughput) {
-    constexpr double spread = 0.04; // of the throughput of a core that is not shared
-    const double lost =
-        fullThroughput > 0 ? 1 - row.throughput().value_or(fullThroughput) / fullThroughput : 0;
-    return std::max(row.shared().value_or(0), lost > spread ? lost : 0);
+/** How far a figure may be off that was measured beside others on the core, relative. */
+constexpr double costOfCompany = 0.25;
+
+/** Others used the core: stated, or seen beside what the core did in other runs. */
+bool hadCompany(const ResultRow& row, double fullThroughput) {
+    constexpr double spread = 0.006; // of the throughput of a core that is not shared
+    return row.shared() || row.throughput().value_or(fullThroughput) < (1 - spread) * fullThroughput;
 }
 
 /** What one run has of a row. */
 struct Figure {
     double log = 0;
     std::optional<double> missed; /**< accuracy, where the wanted one was missed or the core shared */
-    double shared = 0;            /**< share of the core that others took */
+    bool company = false;         /**< others used the core */
 };
 
 /** The figures of one row on one side. */
@@ -63,9 +64,9 @@ struct Figures {
 using Side = std::map<RowKey, Figures>;
 
 Figure figureOf(const ResultRow& row, double value, double fullThroughput) {
-    Figure figure{std::log(value), row.accuracy(), sharedOf(row, fullThroughput)};
-    if (figure.shared > figure.missed.value_or(0)) {
-        figure.missed = figure.shared;
+    Figure figure{std::log(value), row.accuracy(), hadCompany(row, fullThroughput)};
+    if (figure.company) {
+        figure.missed = std::max(row.accuracy().value_or(0), costOfCompany);
     }
     return figure;
 }
@@ -118,12 +119,11 @@ Estimate estimate(const Figures& figures, const ComparisonRules& rules) {
         result = {logs.front(), figures.runs.front().missed.value_or(rules.accuracy) / 2,
                   std::numeric_limits<double>::infinity()};
     } else {
-        // Runs on a shared core were all disturbed, maybe alike, which does not average out.
-        const auto best =
-            std::min_element(figures.runs.begin(), figures.runs.end(),
-                             [](const Figure& a, const Figure& b) { return a.shared < b.shared; });
         result = lowerMean(logs);
-        result.error = std::hypot(result.error, best->shared / 2);
+        if (std::all_of(figures.runs.begin(), figures.runs.end(),
+                        [](const Figure& f) { return f.company; })) {
+            result.error = std::hypot(result.error, costOfCompany / 2); // it may be alike in all: no average
+        }
     }
     // Rounding moves a figure evenly within its half unit; runs that agree round alike, so it does not
     // average out.

@@ -77,9 +77,9 @@ struct Comparison {
 /**
  * Compares runs with runs. Figures are compared as logarithms. Those that missed their accuracy are left out
  * where other runs of the row reached it. A side with several figures of a row gives the mean of the smaller
- * half of them and its error; a side with one gives the figure, with half its accuracy as error. Where the
- * core was shared, which a run says itself or the throughput of the core in another run tells, that is the
- * accuracy; where it was in all runs, half the least share that others took adds to the error, as do the
+ * half of them and its error; a side with one gives the figure, with half its accuracy as error. A figure
+ * for which the core was shared, which a run says itself or the throughput of the core in another run tells,
+ * counts as one of an accuracy of 25 %; where all runs are such, half of that adds to the error, as do the
  * digits that the table dropped. Verdicts:
  * - slower, faster: Yuen's test (Welch's t on trimmed means) finds a difference (p, adjusted for all rows, at
  * most alpha) and the ratio lies beyond the threshold;
