@@ -47,8 +47,12 @@ struct Sorted {
         for (const bxSlice& slice : slices) {
             if (!counted(slice))
                 continue;
-            (disturbed(slice) ? dropped : usable).add(slice);
-            if (!disturbed(slice) && loss(slice.throughput, full) == 0)
+            if (disturbed(slice)) {
+                dropped.add(slice);
+                continue;
+            }
+            usable.add(slice);
+            if (loss(slice.throughput, full) == 0)
                 alone.add(slice);
         }
     }
