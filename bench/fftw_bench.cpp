@@ -8,13 +8,13 @@
 // bank of M bands against 32 complex transforms of M. Clocks are the lowest of many short rounds, taken in
 // turns.
 #include "zorcore.h"
-#include "zorac.h"
 
-#include <fftw3.h>
+#include "zorac.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <fftw3.h>
 #include <functional>
 #include <limits>
 #include <memory>

@@ -6,7 +6,6 @@
 // from a sixteenth of the full one to four times it, so that the passage from one cache to the next can be
 // told from growth.
 #include "kv.h"
-
 #include "parameters/bxinifile.h"
 #include "session/bxsession.h"
 

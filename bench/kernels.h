@@ -8,6 +8,7 @@
 #include "framework/bxtest.h"
 
 #include <benchmark/benchmark.h>
+
 #include <functional>
 #include <string>
 

@@ -7,11 +7,10 @@
 // and after each.
 #include "kernels.h"
 #include "methods.h"
-#include "truth.h"
-
 #include "output/bxostream.h"
 #include "system/bxenvironment.h"
 #include "timing/bxfpwatch.h"
+#include "truth.h"
 
 #include <algorithm>
 #include <chrono>

@@ -8,12 +8,12 @@
 // reference library, Auto method, and the share of the time inside the timed regions. Each run is a process
 // of its own.
 #include "kv.h"
-
 #include "session/bxsession.h"
+
+#include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <array>
-#include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>

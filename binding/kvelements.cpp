@@ -26,9 +26,8 @@ class UniformGenerator {
         m_congruential = congruential(m_congruential);
         Zor32u x = m_a - m_c + static_cast<Zor32u>(m_carry);
         m_carry = static_cast<Zor32s>(x) < 0 ? -1 : 0;
-        if (m_carry != 0) {
+        if (m_carry != 0)
             x -= 18;
-        }
         m_c = m_a;
         m_a = m_b;
         m_b = x;
@@ -69,17 +68,15 @@ void fillSequence(const Elements& to, double start, double end, double step, boo
     fillElements(to, [&](int) {
         const double element = v;
         v += step;
-        if (v > end) {
+        if (v > end)
             v = wrap ? start : end;
-        }
         return element;
     });
 }
 
 void fillJaehne(const Elements& to, double magn) {
-    if (magn < 0) {
+    if (magn < 0)
         return;
-    }
     const double min = kvVector::getMinValue(to.type);
     const double max = kvVector::getMaxValue(to.type);
     magn = std::min(magn, (max - min) * 0.5);

@@ -19,9 +19,8 @@ T toComponent(double value) {
         return static_cast<T>(value);
     } else {
         using Limits = std::numeric_limits<T>;
-        if (!(value > static_cast<double>(Limits::min()))) {
+        if (!(value > static_cast<double>(Limits::min())))
             return Limits::min();
-        }
         return value >= static_cast<double>(Limits::max()) ? Limits::max() : static_cast<T>(value);
     }
 }
@@ -69,9 +68,8 @@ void fillElements(const Elements& to, Value&& value) {
         const int parts = kvComponents(to.type);
         for (int i = 0; i < to.length; ++i) {
             const T element = toComponent<T>(value(i));
-            for (int part = 0; part < parts; ++part) {
+            for (int part = 0; part < parts; ++part)
                 *out++ = element;
-            }
         }
     });
 }

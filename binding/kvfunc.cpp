@@ -42,21 +42,17 @@ bool isDigit(char c) {
 
 int typeTokenLength(const char* text) {
     int digits = 0;
-    while (isDigit(text[digits])) {
+    while (isDigit(text[digits]))
         ++digits;
-    }
-    if (digits == 0 || text[digits] == '\0' || std::strchr("usf", text[digits]) == nullptr) {
+    if (digits == 0 || text[digits] == '\0' || std::strchr("usf", text[digits] !))
         return 0;
-    }
     return text[digits + 1] == 'c' ? digits + 2 : digits + 1;
 }
 
 int baseEnd(const char* name) {
-    for (const char* at = std::strchr(name, '_'); at != nullptr; at = std::strchr(at + 1, '_')) {
-        if (typeTokenLength(at + 1) > 0) {
+    for (const char* at = std::strchr(name, '_'); at; at = std::strchr(at + 1, '_'))
+        if (typeTokenLength(at + 1) > 0)
             return static_cast<int>(at - name);
-        }
-    }
     return -1;
 }
 
@@ -76,14 +72,12 @@ int channelCodeLength(const char* text) {
 }
 
 int compareTokens(const bxString& a, const bxString& b) {
-    if (a.length() == 0 || b.length() == 0) {
+    if (a.length() == 0 || b.length() == 0)
         return (a.length() != 0) - (b.length() != 0);
-    }
     const kvType ta = kvFunc::stringToType(a);
     const kvType tb = kvFunc::stringToType(b);
-    if (kvComponent(ta) != kvComponent(tb)) {
+    if (kvComponent(ta) != kvComponent(tb))
         return kvComponent(ta) - kvComponent(tb);
-    }
     return kvIsComplex(ta) - kvIsComplex(tb);
 }
 
@@ -158,9 +152,8 @@ kvType kvFunc::type(int n) const {
 kvType kvFunc::type(kvArg arg) const {
     std::array<kvType, 4> types{};
     getTypes(types[0], types[1], types[2], types[3]);
-    if (arg == kvArgSrc) {
+    if (arg == kvArgSrc)
         return types[0];
-    }
     const auto last = std::find_if(types.rbegin(), types.rend(), [](kvType t) { return t != kvUndef; });
     return last == types.rend() ? kvUndef : *last;
 }
@@ -168,9 +161,8 @@ kvType kvFunc::type(kvArg arg) const {
 void kvFunc::getTypes(kvType& t1, kvType& t2, kvType& t3, kvType& t4) const {
     const bxString types = typeName();
     const char* at = types.c_str();
-    for (kvType* t : {&t1, &t2, &t3, &t4}) {
+    for (kvType* t : {&t1, &t2, &t3, &t4})
         *t = stringToType(nextToken(at));
-    }
     updateTypes(t1, t2, t3, t4);
 }
 
@@ -190,9 +182,8 @@ int kvFunc::channels(int n) const {
     int count[2] = {1, 1};
     for (int i = 0; i < 2; ++i) {
         const bxString code = channelsName(i + 1);
-        if (code.length() > 0) {
+        if (code.length() > 0)
             count[i] = code.c_str()[code.length() - 1] - '0';
-        }
     }
     updateChannels(count[0], count[1]);
     return count[n > 1 ? 1 : 0];
@@ -200,9 +191,8 @@ int kvFunc::channels(int n) const {
 
 bool kvFunc::plane(int n) const {
     bool planar[2] = {};
-    for (int i = 0; i < 2; ++i) {
+    for (int i = 0; i < 2; ++i)
         planar[i] = channelsName(i + 1).find("P", 0) >= 0;
-    }
     updatePlanes(planar[0], planar[1]);
     return planar[n > 1 ? 1 : 0];
 }
@@ -214,9 +204,8 @@ bool kvFunc::alpha(int n) const {
 bxString kvFunc::descrFlags() const {
     const bxString descr = descrName();
     const char* at = descr.c_str();
-    while (channelCodeLength(at) > 0) {
+    while (channelCodeLength(at) > 0)
         at += channelCodeLength(at);
-    }
     return at;
 }
 
@@ -244,38 +233,31 @@ int kvFunc::compare(const kvFunc& other) const {
     bxString base[2], types[2], descr[2];
     parseFunction(base[0], types[0], descr[0]);
     other.parseFunction(base[1], types[1], descr[1]);
-    if (const int order = (prefix() + base[0]).compare(other.prefix() + base[1]); order != 0) {
+    if (const int order = (prefix() + base[0]).compare(other.prefix() + base[1]); order != 0)
         return order;
-    }
-    if (const int order = compareTypes(types[0], types[1]); order != 0) {
+    if (const int order = compareTypes(types[0], types[1]); order != 0)
         return order;
-    }
     return compareDescr(descr[0], descr[1]);
 }
 
 int kvFunc::compareTypes(const bxString& a, const bxString& b) {
     const char* atA = a.c_str();
     const char* atB = b.c_str();
-    for (int i = 0; i < maxComparedTokens; ++i) {
-        if (const int order = compareTokens(nextToken(atA), nextToken(atB)); order != 0) {
+    for (int i = 0; i < maxComparedTokens; ++i)
+        if (const int order = compareTokens(nextToken(atA), nextToken(atB)); order != 0)
             return order;
-        }
-    }
     return 0;
 }
 
 int kvFunc::compareDescr(const bxString& a, const bxString& b) {
     const bool inplaceA = a.find("I", 0) >= 0;
     const bool inplaceB = b.find("I", 0) >= 0;
-    if (inplaceA != inplaceB) {
+    if (inplaceA != inplaceB)
         return inplaceA ? 1 : -1;
-    }
-    if (startsWith(a.c_str(), "AC4") && startsWith(b.c_str(), "C")) {
+    if (startsWith(a.c_str(), "AC4") && startsWith(b.c_str(), "C"))
         return 1;
-    }
-    if (startsWith(a.c_str(), "C") && startsWith(b.c_str(), "AC4")) {
+    if (startsWith(a.c_str(), "C") && startsWith(b.c_str(), "AC4"))
         return -1;
-    }
     return a.compare(b);
 }
 

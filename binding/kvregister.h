@@ -25,9 +25,8 @@ namespace kv {
 template <int size>
 struct FunctionName {
     constexpr FunctionName(const char (&name)[size]) {
-        for (int i = 0; i < size; ++i) {
+        for (int i = 0; i < size; ++i)
             text[i] = name[i];
-        }
     }
     char text[size]{};
 };
@@ -39,9 +38,8 @@ struct Timed {
     [[gnu::flatten, gnu::noinline]] static int loop(int count, unsigned long long& ticks) {
         int status = once();
         const unsigned long long start = zor_get_cpu_counter();
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < count; ++i)
             status = once();
-        }
         const unsigned long long stop = zor_get_cpu_counter();
         ticks = stop - start;
         return status;
@@ -58,23 +56,19 @@ struct Timed {
         int i = -1;
         long long total = 0;
         for (;; ++i) {
-            if (i == 0) {
+            if (i == 0)
                 total = 0;
-            }
-            if (i >= calls && total * factor >= clocks) {
+            if (i >= calls && total * factor >= clocks)
                 break;
-            }
-            if constexpr (init != nullptr) {
+            if constexpr (init != nullptr)
                 init();
-            }
             const unsigned long long start = zor_get_cpu_counter();
             const int one = call();
             const unsigned long long stop = zor_get_cpu_counter();
             total += static_cast<long long>(stop - start);
             status = one != 0 ? one : status;
-            if (one < 0) {
+            if (one < 0)
                 break;
-            }
         }
         calls = i;
         clocks = total * factor;
@@ -83,9 +77,8 @@ struct Timed {
 
   private:
     static int once() {
-        if constexpr (init != nullptr) {
+        if constexpr (init != nullptr)
             init();
-        }
         return call();
     }
 };

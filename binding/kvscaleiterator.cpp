@@ -7,18 +7,16 @@ bool kvScaleIterator::isScaled(const kvFunc& func) const {
 
 void kvScaleIterator::init(const bxString& funcName) {
     m_scaled = isScaled(kvFunc(funcName));
-    if (m_scaled) {
+    if (m_scaled)
         setValues("ScaleFactor", {0, 1, 2, -1});
-    } else {
+    else
         setValues("", {0});
-    }
 }
 
 void kvScaleIterator::setValues(const char* newName, std::initializer_list<int> values) {
     reset();
     setName(newName);
     setPrompt(newName);
-    for (const int value : values) {
+    for (const int value : values)
         add(value);
-    }
 }

@@ -57,7 +57,7 @@ bxString kvTest::regInfo() {
 }
 
 bxParameter* kvTest::regCacheParm(bxIterator<ZoriSize>& size, bool (*check)(bxParameter*, int, int, bool)) {
-    if (!m_cache || cacheIter != nullptr) {
+    if (!m_cache || cacheIter) {
         parms.insert(parms.end(), &size);
         return &size;
     }
@@ -67,15 +67,13 @@ bxParameter* kvTest::regCacheParm(bxIterator<ZoriSize>& size, bool (*check)(bxPa
 }
 
 bxResult kvTest::checkStatus(ZorStatus status, bxString funcName) {
-    if (status == 0 || (status > 0 && m_checkErrorsOnly)) {
+    if (status == 0 || (status > 0 && m_checkErrorsOnly))
         return OK;
-    }
     const bool error = status < 0;
     g_ostrm << (error ? ERR : WARN) << (error ? "--ZOR ERROR. " : "--ZOR WARNING. ") << "status = ";
     tsOutTpl<int>(g_ostrm, status);
-    if (funcName.length() > 0) {
+    if (funcName.length() > 0)
         g_ostrm << " in " << funcName;
-    }
     // Before the session has set up the environment there is only the harness's own text.
     const auto statusText = zor_GetStatusString != nullptr ? zor_GetStatusString : s_zorGetStatusString;
     g_ostrm << ": " << statusText(status) << "\n" << endMessage;
@@ -91,25 +89,22 @@ bxResult kvTest::checkStatus(ZorStatus status) {
 }
 
 int kvTest::printAllMemoryBlocks(bxString title) {
-    if (!g_ostrm.beginMessage(DATA)) {
+    if (!g_ostrm.beginMessage(DATA))
         return 0;
-    }
     g_trace.traceIn("printAllMemoryBlocks");
     printFirstDebugLine(title);
     int count = 0;
     int size = 0;
     void* owner = nullptr;
-    for (void* block = bxMallocFirst(&size, &owner); block != nullptr; block = bxMallocNext(&size, &owner)) {
+    for (void* block = bxMallocFirst(&size, &owner); block; block = bxMallocNext(&size, &owner)) {
         auto* object = static_cast<bxObject*>(owner);
-        if (object == nullptr || object == MEM_OBJECT_IS_SUBOBJECT) {
+        if (!object || object == MEM_OBJECT_IS_SUBOBJECT)
             continue;
-        }
         printFirstBlockLine(++count, object, size);
-        if (auto* vector = dynamic_cast<kvVector*>(object)) {
+        if (auto* vector = dynamic_cast<kvVector*>(object))
             printVectorBlock(vector);
-        } else {
+        else
             printByteBlock(block, size);
-        }
         printLastBlockLine(count, object);
     }
     printLastDebugLine(title);
@@ -131,11 +126,10 @@ void kvTest::printLastDebugLine(bxString title) {
 void kvTest::printFirstBlockLine(int number, bxObject* owner, int size) {
     bxString line("======== Object ");
     line << number << ": ";
-    if (owner != nullptr && owner != MEM_OBJECT_IS_BUFFER) {
+    if (owner && owner != MEM_OBJECT_IS_BUFFER)
         line << owner->objectInfo() << "\n";
-    } else {
+    else
         line << "MemoryBlock size=" << size << "\n";
-    }
     g_ostrm << DATA << line << endMessage;
 }
 

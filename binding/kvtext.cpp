@@ -61,9 +61,8 @@ bxString kvVector::getString() const {
 
 bxString kvVector::getDataString(kvType type, const void* data, int length) {
     std::string text; // grows geometrically: a dump may hold many thousand elements
-    if (data == nullptr || length < 1) {
+    if (!data || length < 1)
         return {};
-    }
     const Format format = formatOf(kvComponent(type));
     Piece piece;
     kv::withComponents(type, const_cast<void*>(data), [&](const auto* component) {
@@ -84,9 +83,8 @@ bxString kvVector::getDataString(kvType type, const void* data, int length) {
 
 bxString kvVector::getByteString(const void* data, int count) {
     std::string text;
-    if (data == nullptr) {
+    if (!data)
         return {};
-    }
     const auto* bytes = static_cast<const unsigned char*>(data);
     std::array<char, 4> piece;
     for (int i = 0; i < count; ++i) {

@@ -77,9 +77,8 @@ bool kvVector::createVector(int len, int align, void* owner) {
         deleteVector();
         return memError(std::numeric_limits<int>::max());
     }
-    if (!allocateVector(static_cast<int>(bytes), align, owner)) {
+    if (!allocateVector(static_cast<int>(bytes), align, owner))
         return false;
-    }
     m_length = len;
     setConst();
     return true;
@@ -90,26 +89,22 @@ bool kvVector::createVector(int len, SetMode mode, double a, double b) {
 }
 
 bool kvVector::createVectorExt(int len, int align, SetMode mode, double a, double b) {
-    if (!createVector(len, align)) {
+    if (!createVector(len, align))
         return false;
-    }
     setVector(mode, a, b);
     return true;
 }
 
 bool kvVector::allocateVector(int bytes, int align, void* owner) {
     deleteVector();
-    if (bytes <= 0) {
+    if (bytes <= 0)
         return memError(bytes);
-    }
-    if (align < 0) {
+    if (align < 0)
         align = bxGetAlignByByte() ? -1 : -itemSize();
-    }
     m_owner = owner != nullptr ? owner : static_cast<bxObject*>(this);
     m_data = bxTest::allocate(bytes, align, m_owner);
-    if (m_data == nullptr) {
+    if (!m_data)
         return false;
-    }
     std::memset(m_data, 0, static_cast<std::size_t>(bytes));
     setTypedPointer(m_data);
     return true;
@@ -118,9 +113,8 @@ bool kvVector::allocateVector(int bytes, int align, void* owner) {
 void kvVector::deleteVector() {
     // After a fault the harness frees what the test left: the address may be somebody else's by now.
     void* owner = nullptr;
-    if (m_data != nullptr && bxMallocInfo(m_data, nullptr, &owner) && owner == m_owner) {
+    if (m_data && bxMallocInfo(m_data, nullptr, &owner) && owner == m_owner)
         bxTest::deallocate(m_data);
-    }
     m_data = nullptr;
     m_length = 0;
     setTypedPointer(nullptr);
@@ -151,21 +145,18 @@ void kvVector::setTypedPointer(void* data) {
 }
 
 bool kvVector::reserveCopy() {
-    if (m_data == nullptr) {
+    if (!m_data)
         return false;
-    }
     deleteReservedCopy();
     m_reserved = std::calloc(1, static_cast<std::size_t>(size()));
-    if (m_reserved != nullptr) {
+    if (m_reserved)
         std::memcpy(m_reserved, m_data, static_cast<std::size_t>(size()));
-    }
     return m_reserved != nullptr;
 }
 
 bool kvVector::setReservedCopy() {
-    if (m_data == nullptr || m_reserved == nullptr) {
+    if (!m_data || !m_reserved)
         return false;
-    }
     std::memcpy(m_data, m_reserved, static_cast<std::size_t>(size()));
     return true;
 }
@@ -211,23 +202,20 @@ void kvVector::setJaehne() {
 }
 
 void kvVector::setJaehne(double magn) {
-    if (m_data != nullptr) {
+    if (m_data)
         kv::fillJaehne({m_type, m_data, m_length}, magn);
-    }
 }
 
 void kvVector::setSequence(double a, double b) {
-    if (m_length == 1) {
+    if (m_length == 1)
         setConst(a, 0);
-    } else if (m_length > 1) {
+    else if (m_length > 1)
         setSequence(a, b, (b - a) / (m_length - 1), true);
-    }
 }
 
 void kvVector::setSequence(double start, double end, double step, bool wrap) {
-    if (m_data != nullptr) {
+    if (m_data)
         kv::fillSequence({m_type, m_data, m_length}, start, end, step, wrap);
-    }
 }
 
 void kvVector::setRandom() {
@@ -235,9 +223,8 @@ void kvVector::setRandom() {
 }
 
 void kvVector::setRandom(double lo, double hi) {
-    if (m_data != nullptr) {
+    if (m_data)
         kv::fillRandom({m_type, m_data, m_length}, lo, hi, m_seed);
-    }
 }
 
 void kvVector::setRandom(double lo, double hi, unsigned int seed) {
@@ -246,15 +233,13 @@ void kvVector::setRandom(double lo, double hi, unsigned int seed) {
 }
 
 void kvVector::setVector(SetMode mode, double a, double b) {
-    if (m_data != nullptr) {
+    if (m_data)
         kv::fill({m_type, m_data, m_length}, mode, a, b, m_seed);
-    }
 }
 
 void kvVector::setIndex(int i, SetMode mode, double a, double b) {
-    if (m_data != nullptr && i >= 0 && i < m_length) {
+    if (m_data && i >= 0 && i < m_length)
         kv::fill({m_type, getPointerAt(i), 1}, mode, a, b, m_seed);
-    }
 }
 
 double kvVector::getIndex(int i) const {
@@ -265,9 +250,8 @@ double kvVector::getIndex(int i) const {
 
 void kvVector::getIndex(int i, double& re, double& im) const {
     re = im = 0;
-    if (m_data == nullptr || i < 0 || i >= m_length) {
+    if (!m_data || i < 0 || i >= m_length)
         return;
-    }
     kv::withComponents(m_type, getPointerAt(i), [&](const auto* element) {
         re = static_cast<double>(element[0]);
         im = kvIsComplex(m_type) ? static_cast<double>(element[1]) : 0.0;
@@ -283,11 +267,9 @@ double kvVector::getMaxValue(kvType type) {
 }
 
 double kvVector::getMinAbsValue(kvType type) {
-    if (kvComponent(type) == kv32f) {
+    if (kvComponent(type) == kv32f)
         return static_cast<double>(std::numeric_limits<float>::min());
-    }
-    if (kvComponent(type) == kv64f) {
+    if (kvComponent(type) == kv64f)
         return std::numeric_limits<double>::min();
-    }
     return kvIsInteger(type) ? 1 : 0;
 }

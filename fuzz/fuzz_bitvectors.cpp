@@ -32,10 +32,9 @@ class Model {
 
 std::string digits(const bxString& text) {
     std::string kept;
-    for (const char c : text.view()) {
+    for (const char c : text.view())
         if (c == '0' || c == '1')
             kept += c;
-    }
     return kept;
 }
 

@@ -24,10 +24,9 @@ void keysAreTheWords(const bxCommandList& keys, const std::vector<std::string>& 
 void lastOneCounts(const bxCommandList& keys) {
     for (const bxCommandKey& key : keys) {
         bxString last;
-        for (const bxCommandKey& other : keys) {
+        for (const bxCommandKey& other : keys)
             if (other.isKey(key.key()))
                 last = other.argument();
-        }
         bxString argument;
         require(keys.getArg(key.key(), argument) && argument == last,
                 "the last of equal keys gives the argument");
@@ -38,10 +37,9 @@ void lastOneCounts(const bxCommandList& keys) {
 void isReported(const bxCommandList& keys) {
     bxDataList data;
     for (const bxCommandKey& key : keys) {
-        for (const bxKeyRow& row : bxKeyTable()) {
+        for (const bxKeyRow& row : bxKeyTable())
             if (row.key == key.key())
                 require(!row.info(key.argument()).empty(), "something is said of each key");
-        }
         if (key.isKey('d'))
             data.set(key.argument());
     }

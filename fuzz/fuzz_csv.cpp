@@ -63,10 +63,9 @@ void equalKeysAreFound(FuzzedDataProvider& input) {
         table.lineOut(0);
     }
     bool same = false;
-    for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (std::size_t i = 0; i < rows.size(); ++i)
         for (std::size_t j = i + 1; j < rows.size(); ++j)
             same = same || bxCStream::identicalColms(rows[i].data(), rows[j].data(), keys);
-    }
     require(table.identicalLinesStop() == same, "two rows with the same parameters are found");
 }
 

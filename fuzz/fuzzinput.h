@@ -31,12 +31,11 @@ inline bxString toText(std::string_view text) {
 /** The pieces of a text between separators; one more than there are separators. */
 inline std::vector<std::string> split(std::string_view text, char separator) {
     std::vector<std::string> pieces(1);
-    for (const char c : text) {
+    for (const char c : text)
         if (c == separator)
             pieces.emplace_back();
         else
             pieces.back() += c;
-    }
     return pieces;
 }
 

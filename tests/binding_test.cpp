@@ -1,8 +1,8 @@
 // Function names, vectors, bit streams and code tables.
 #include "zorcore.h"
-#include "kv.h"
 
 #include "data/bxalloc.h"
+#include "kv.h"
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
 #include "testsupport.h"
@@ -19,9 +19,8 @@ namespace {
 
 std::vector<double> valuesOf(const kvVector& vector) {
     std::vector<double> values;
-    for (int i = 0; i < vector.length(); ++i) {
+    for (int i = 0; i < vector.length(); ++i)
         values.push_back(vector.getIndex(i));
-    }
     return values;
 }
 
@@ -66,9 +65,8 @@ TEST(FunctionName, TellsTypesOfArguments) {
     EXPECT_EQ(func.type(kvArgDst), kv32f);
     EXPECT_EQ(kvFunc("zorsDecodeFillElt_AAC").type(0), kv8u);
     for (const kvType type : {kv8u, kv16u, kv32u, kv64u, kv8s, kv16s, kv32s, kv64s, kv32f, kv64f, kv16uc,
-                              kv8sc, kv16sc, kv32sc, kv64sc, kv32fc, kv64fc}) {
+                              kv8sc, kv16sc, kv32sc, kv64sc, kv32fc, kv64fc})
         EXPECT_EQ(kvFunc::stringToType(kvFunc::typeToString(type)), type);
-    }
     EXPECT_EQ(kvFunc::stringToType("24s"), kvUndef);
     EXPECT_STREQ(kvFunc::typeToString(static_cast<kvType>(3)).c_str(), "undef");
 }
@@ -98,13 +96,9 @@ TEST(FunctionName, ReadsTheDescriptor) {
         EXPECT_EQ(side(f, 1), c.first) << c.name;
         EXPECT_EQ(side(f, 2), c.second) << c.name;
         std::string flags;
-        for (const auto& [set, letter] : {std::pair(f.inplace(), 'I'),
-                                          {f.mask(), 'M'},
-                                          {f.scale(), 'S'},
-                                          {f.roi(), 'R'},
-                                          {f.coi(), 'C'}}) {
+        for (const auto& [set, letter] :
+             {std::pair(f.inplace(), 'I'), {f.mask(), 'M'}, {f.scale(), 'S'}, {f.roi(), 'R'}, {f.coi(), 'C'}})
             flags.append(set ? 1 : 0, letter);
-        }
         EXPECT_EQ(flags, c.flags) << c.name;
     }
 }
@@ -131,17 +125,15 @@ TEST(FunctionName, OrderOfSuiteNamesIsAStrictWeakOrder) {
     const char* descrs[] = {"", "_I", "_Sfs", "_D2L"};
     const auto pick = [&](const auto& from) { return from[random() % std::size(from)]; };
     std::vector<kvFunc> names;
-    for (int i = 0; i < 40; ++i) {
+    for (int i = 0; i < 40; ++i)
         names.push_back(kvFunc(bxString("zors") + pick(bases) + pick(types) + pick(descrs)));
-    }
     const auto less = [](const kvFunc& a, const kvFunc& b) { return a.compare(b) < 0; };
     for (const auto& a : names) {
         EXPECT_FALSE(less(a, a));
         for (const auto& b : names) {
             EXPECT_FALSE(less(a, b) && less(b, a));
-            for (const auto& c : names) {
+            for (const auto& c : names)
                 EXPECT_FALSE(less(a, b) && less(b, c) && !less(a, c));
-            }
         }
     }
 }
@@ -217,9 +209,8 @@ TEST(Vector, JaehneIsAChirp) {
     kvVector vector(kv16s);
     ASSERT_TRUE(vector.createVector(8, 0));
     vector.setJaehne();
-    for (int n = 0; n < 8; ++n) {
+    for (int n = 0; n < 8; ++n)
         EXPECT_EQ(vector.getIndex(n), std::trunc(32767.5 * std::sin(M_PI * n * n / 16.0))) << n;
-    }
     vector.setConst(1, 0);
     vector.setJaehne(-1);
     EXPECT_EQ(vector.getIndex(3), 1);
@@ -245,9 +236,8 @@ TEST(Vector, RandomFillFollowsTheGenerator) {
     ASSERT_TRUE(raw.createVector(4, 0));
     raw.setRandom();
     const double expected[] = {-1324236456, 417294192, 329224600, 770751714};
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < 4; ++i)
         EXPECT_NEAR(raw.getIndex(i), expected[i], 1.0);
-    }
     EXPECT_EQ(kvVector::m_seed, 83101765u);
 
     kvVector pairs(kv64fc);

@@ -1,9 +1,8 @@
 // The generated timing functions, the status check and the base of library tests.
 #include "zorcore.h"
 
-#include "kv.h"
-
 #include "data/bxalloc.h"
+#include "kv.h"
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
 #include "testsupport.h"

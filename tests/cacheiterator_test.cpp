@@ -1,13 +1,13 @@
 // The cache iterators: bounds, scaling, the retry protocol, and runs over real blocks.
-#include "parameters/bxcacheiterator.h"
-
-#include <climits>
-#include <gmock/gmock.h>
-
 #include "data/bxalloc.h"
+#include "parameters/bxcacheiterator.h"
 #include "parameters/bxstepiterator.h"
 #include "system/bxenvironment.h"
 #include "testsupport.h"
+
+#include <gmock/gmock.h>
+
+#include <climits>
 
 using testing::HasSubstr;
 
@@ -117,9 +117,8 @@ TEST(CacheScaling, Integer) {
         int value = row.value;
         EXPECT_EQ(bxCacheIteratorInt::updateValue(value, row.size, row.target, row.step), row.done)
             << row.value << " " << row.size << " " << row.target;
-        if (row.done) {
+        if (row.done)
             EXPECT_EQ(value, row.scaled);
-        }
     }
 }
 
@@ -142,9 +141,8 @@ TEST(CacheScaling, Size) {
         ZoriSize value = row.value;
         EXPECT_EQ(bxCacheIteratorSize::updateValue(value, row.size, row.target, row.step), row.done)
             << row.size << " " << row.target;
-        if (row.done) {
+        if (row.done)
             EXPECT_EQ(value, row.scaled) << value.width << "x" << value.height;
-        }
     }
 }
 

@@ -1,12 +1,13 @@
 #include "data/bxalloc.h"
 #include "testsupport.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <cstring>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <random>
 #include <string>
 #include <unistd.h>

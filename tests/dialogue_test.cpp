@@ -1,21 +1,21 @@
 // The common dialogue: defaults, -d settings, console answers, limits, and the boxes.
-#include "session/bxdialogue.h"
-
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <gmock/gmock.h>
-#include <unistd.h>
-
 #include "data/bxalloc.h"
 #include "parameters/bxistream.h"
 #include "parameters/bxiterator.h"
 #include "parameters/bxparmlist.h"
+#include "session/bxdialogue.h"
 #include "session/bxregister.h"
 #include "session/bxsession.h"
 #include "testsupport.h"
 #include "timing/bxexception.h"
 #include "timing/bxtool.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
 
 using testing::HasSubstr;
 using testing::Not;

@@ -1,6 +1,5 @@
-#include "testsupport.h"
-
 #include "system/bxpriority.h"
+#include "testsupport.h"
 #include "timing/bxexception.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxresult.h"

@@ -4,10 +4,11 @@
 #include "foundation/bxstring.h"
 #include "foundation/bxstringlist.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <climits>
 #include <cstdint>
-#include <gtest/gtest.h>
 #include <random>
 #include <string>
 #include <vector>

@@ -6,12 +6,13 @@
 #include "output/bxtrace.h"
 #include "testsupport.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <random>
 #include <sstream>
 #include <string>

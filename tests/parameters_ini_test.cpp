@@ -1,23 +1,23 @@
 // The ini file, the -d values, and the order in which a parameter's value is sought.
-#include "parameters/bxinifile.h"
-
-#include <chrono>
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <gmock/gmock.h>
-#include <sstream>
-#include <sys/resource.h>
-#include <sys/stat.h>
-
 #include "output/bxiostream.h"
 #include "output/bxpaths.h"
 #include "parameters/bxdefault.h"
+#include "parameters/bxinifile.h"
 #include "parameters/bxistream.h"
 #include "parameters/bxiterator.h"
 #include "parameters/bxmap.h"
 #include "testsupport.h"
 #include "timing/bxexception.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;

@@ -1,18 +1,18 @@
 // Parameters, lists, ranges and named values: text forms, sequences, listing and table cells.
 #include "parameters/bxdefault.h"
+#include "parameters/bxistream.h"
 #include "parameters/bxiterator.h"
 #include "parameters/bxmap.h"
 #include "parameters/bxstepiterator.h"
+#include "testsupport.h"
+#include "timing/bxexception.h"
+
+#include <gmock/gmock.h>
 
 #include <csignal>
-#include <gmock/gmock.h>
 #include <string>
 #include <unistd.h>
 #include <vector>
-
-#include "parameters/bxistream.h"
-#include "testsupport.h"
-#include "timing/bxexception.h"
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;

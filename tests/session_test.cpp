@@ -1,5 +1,14 @@
 // The session: key parser, key table, help and the order of a run. What a user sees of it is tested in cli/.
+#include "framework/bxtestlist.h"
+#include "output/bxostream.h"
+#include "session/bxdialogue.h"
+#include "session/bxkeys.h"
+#include "session/bxregister.h"
 #include "session/bxsession.h"
+#include "system/bxenvironment.h"
+#include "testsupport.h"
+#include "timing/bxexception.h"
+#include "timing/bxtool.h"
 
 #include <gtest/gtest.h>
 
@@ -9,28 +18,17 @@
 #include <string>
 #include <vector>
 
-#include "framework/bxtestlist.h"
-#include "output/bxostream.h"
-#include "session/bxdialogue.h"
-#include "session/bxkeys.h"
-#include "session/bxregister.h"
-#include "system/bxenvironment.h"
-#include "testsupport.h"
-#include "timing/bxexception.h"
-#include "timing/bxtool.h"
-
 namespace {
 
 std::string str(const bxString& text) {
     return text.c_str();
 }
 
-/// "key:argument" of every key, joined by blanks.
+/** "key:argument" of every key, joined by blanks. */
 std::string keysOf(const bxCommandList& keys) {
     std::string text;
-    for (const bxCommandKey& key : keys) {
+    for (const bxCommandKey& key : keys)
         text.append(text.empty() ? "" : " ").append(1, key.key()).append(":").append(str(key.argument()));
-    }
     return text;
 }
 
@@ -132,7 +130,7 @@ ZorStatus countedInit() {
     return s_initStatus;
 }
 
-/// Notes each step and does it; its inner operations are open to the tests.
+/** Notes each step and does it; its inner operations are open to the tests. */
 class OpenSession : public bxSession {
   public:
     std::string steps;
@@ -159,21 +157,19 @@ class OpenSession : public bxSession {
     void putTableTitle() override { step("heads"), bxSession::putTableTitle(); }
     void readCommonData() override {
         step("settings");
-        if (wrongValue != nullptr) {
+        if (wrongValue != nullptr)
             throw bxException(bxString(wrongValue));
-        }
     }
 
-    /// A run with these words after the program name.
+    /** A run with these words after the program name. */
     int runWith(std::vector<std::string> words) {
         words.insert(words.begin(), "./program");
         std::vector<char*> argv;
-        for (std::string& word : words) {
+        for (std::string& word : words)
             argv.push_back(word.data());
-        }
         return run(static_cast<int>(argv.size()), argv.data());
     }
-    /// The registered keys when zor_Init answers with a status.
+    /** The registered keys when zor_Init answers with a status. */
     std::string keysWhenInitGives(ZorStatus status) {
         m_realInit = zor_Init;
         s_initStatus = status;
@@ -181,9 +177,8 @@ class OpenSession : public bxSession {
         zor_Init = countedInit;
         initSession();
         std::string keys;
-        for (const bxOption* option : m_options) {
+        for (const bxOption* option : m_options)
             keys += option->key;
-        }
         return keys;
     }
     int askModeFor(int mode, bool batch) {
@@ -290,7 +285,7 @@ TEST_F(Session, RanksTheKeysThatEndARun) {
     }
 }
 
-/// What of -e (1), -h (2) and -v (3) makes the report of each key "ignored because of".
+/** What of -e (1), -h (2) and -v (3) makes the report of each key "ignored because of". */
 TEST_F(Session, ReportsKeysThatHaveNoEffectBesideAnExitKey) {
     struct Row {
         const char* keys;
@@ -304,9 +299,8 @@ TEST_F(Session, ReportsKeysThatHaveNoEffectBesideAnExitKey) {
     std::size_t count = 0;
     for (const Row& row : rows) {
         for (const bxKeyRow& key : bxKeyTable()) {
-            if (std::string(row.keys).find(key.key) == std::string::npos) {
+            if (std::string(row.keys).find(key.key) == std::string::npos)
                 continue;
-            }
             ++count;
             for (int level = 0; level <= 3; ++level) {
                 bxSession::m_exitLevel = level;
@@ -360,9 +354,8 @@ TEST_F(Session, ExplainsEveryKeyWithinAHundredColumns) {
     session.keysWhenInitGives(0);
     session.askModeFor(0, true); // puts the processor types into the text of -T
     for (const bxKeyRow& key : bxKeyTable()) {
-        if (key.needs == bxKeyNeeds::nameTables) {
+        if (key.needs == bxKeyNeeds::nameTables)
             continue;
-        }
         Capture shown(outPerf);
         session.describe(key.key);
         std::istringstream text(shown.text());

@@ -1,6 +1,5 @@
-#include "testsupport.h"
-
 #include "zorcore.h"
+
 #include "system/bxclock.h"
 #include "system/bxcpuid.h"
 #include "system/bxcputype.h"
@@ -9,6 +8,7 @@
 #include "system/bxostimer.h"
 #include "system/bxpriority.h"
 #include "system/bxprobes.h"
+#include "testsupport.h"
 
 #include <gtest/gtest.h>
 

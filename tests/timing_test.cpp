@@ -1,7 +1,6 @@
-#include "testsupport.h"
-
 #include "data/bxalloc.h"
 #include "output/bxtrace.h"
+#include "testsupport.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxtool.h"
 

@@ -1,4 +1,5 @@
 #include "zorcore.h"
+
 #include "../zor/src/core/cachesize.h"
 #include "../zor/src/core/cputypes.h"
 #include "zordc.h"

@@ -1,9 +1,8 @@
 // The SBR filter banks against their defining sums and by reconstruction; prediction coefficients.
+#include "../zor/src/tables/sbr_qmf_window.h"
 #include "zorac.h"
 #include "zormath.h"
 #include "zorsupport.h"
-
-#include "../zor/src/tables/sbr_qmf_window.h"
 
 #include <complex>
 #include <numbers>

@@ -1,10 +1,9 @@
 // The MDCT against its defining sum and by overlap of two frames; the DTS filter against its sum and by
 // analysis.
+#include "../zor/src/tables/dts_fir.h"
 #include "zorac.h"
 #include "zormath.h"
 #include "zorsupport.h"
-
-#include "../zor/src/tables/dts_fir.h"
 
 #include <algorithm>
 #include <numbers>

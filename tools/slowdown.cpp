@@ -2,10 +2,9 @@
 // LD_PRELOAD. Built with -DSLOWED_FUNCTION=name and -DSLOWED_PERCENT=10. Good for functions of at most ten
 // arguments, all of them integers or pointers (x86-64 passes six in registers, the others on the stack; what
 // is not there is passed on, but not used).
+#include <algorithm>
 #include <dlfcn.h>
 #include <x86intrin.h>
-
-#include <algorithm>
 
 #define TEXT_OF(name) #name
 #define NAME_TEXT(name) TEXT_OF(name)

@@ -2,7 +2,6 @@
 #include "zorcore.h"
 
 #include "kv.h"
-
 #include "mylib.h"
 
 namespace {

@@ -23,18 +23,17 @@ bxResult pricedStat(int* calls, long long* clocks) {
     return kvTest::checkStatus(s_status, "zorsPriced");
 }
 
-/// A real call, for what the engine times itself.
+/** A real call, for what the engine times itself. */
 int realCall() {
     static volatile unsigned sum = 0;
-    for (unsigned i = 0; i < 1000; ++i) {
+    for (unsigned i = 0; i < 1000; ++i)
         sum = sum + i;
-    }
     return 0;
 }
 
 // ---- Parameters: one of each kind ----
 
-/// A parameter with its table of names or list of values.
+/** A parameter with its table of names or list of values. */
 template <class Parameter, class Fill>
 Parameter* filled(Parameter* parameter, Fill fill) {
     fill(*parameter);
@@ -80,7 +79,7 @@ class TimPriced : public kvTest {
     bxString getUnit() override { return "e"; }
 };
 
-/// Two lengths; knows the common parameter.
+/** Two lengths; knows the common parameter. */
 class TimCopy : public TimPriced {
   public:
     using TimPriced::TimPriced;
@@ -97,15 +96,14 @@ class TimCopy : public TimPriced {
     double getFlops() override { return s_len.value(); }
 };
 
-/// A parameter of every kind; some values are deprecated.
+/** A parameter of every kind; some values are deprecated. */
 class TimMix : public TimPriced {
   public:
     using TimPriced::TimPriced;
     bool canStart() override {
         for (bxParameter* parameter :
-             std::initializer_list<bxParameter*>{&s_range, &s_order, &s_window, &s_inverse, &s_scale}) {
+             std::initializer_list<bxParameter*>{&s_range, &s_order, &s_window, &s_inverse, &s_scale})
             regParm(*parameter);
-        }
         return true;
     }
     bool initData() override {
@@ -116,7 +114,7 @@ class TimMix : public TimPriced {
     double getDivisor() override { return s_range.value(); }
 };
 
-/// The library warns of every call.
+/** The library warns of every call. */
 class TimWarn : public TimCopy {
   public:
     using TimCopy::TimCopy;
@@ -127,7 +125,7 @@ class TimWarn : public TimCopy {
     }
 };
 
-/// The library refuses the larger length.
+/** The library refuses the larger length. */
 class TimFail : public TimCopy {
   public:
     using TimCopy::TimCopy;
@@ -138,7 +136,7 @@ class TimFail : public TimCopy {
     }
 };
 
-/// Stores through a null pointer.
+/** Stores through a null pointer. */
 class TimFault : public TimCopy {
   public:
     using TimCopy::TimCopy;
@@ -149,7 +147,7 @@ class TimFault : public TimCopy {
     }
 };
 
-/// Has data whose size may be chosen by the cache.
+/** Has data whose size may be chosen by the cache. */
 class TimFill : public TimCopy {
   public:
     using TimCopy::TimCopy;
@@ -159,9 +157,8 @@ class TimFill : public TimCopy {
     }
     bool initData() override {
         m_data = static_cast<Zor8u*>(allocate(s_len.value(), 1, MEM_OBJECT_IS_BUFFER));
-        for (int i = 0; m_data != nullptr && i < s_len.value(); ++i) {
+        for (int i = 0; m_data != nullptr && i < s_len.value(); ++i)
             m_data[i] = static_cast<Zor8u>(i);
-        }
         return m_data != nullptr && TimCopy::initData();
     }
     bool flushData() override {
@@ -173,14 +170,14 @@ class TimFill : public TimCopy {
     Zor8u* m_data = nullptr;
 };
 
-/// Has no timing functions of its own: the engine calls the function.
+/** Has no timing functions of its own: the engine calls the function. */
 class TimCall : public kvTest {
   public:
     explicit TimCall(const char* function, const char* testName)
         : kvTest(realCall, nullptr, nullptr, nullptr, function, __FILE__, testName) {}
 };
 
-/// What the unit announces; every hook returns something, so that it can be called here.
+/** What the unit announces; every hook returns something, so that it can be called here. */
 [[maybe_unused]] const int s_registered[] = {
     bxCpuTicker::m_freqMHz = 1000,
     bxRegParm(s_offset),

@@ -1,13 +1,4 @@
 // Reading tables, comparing them, and what a report makes of them.
-#include <cmath>
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "arguments.h"
 #include "cells.h"
 #include "comparison.h"
@@ -16,6 +7,15 @@
 #include "reportpage.h"
 #include "resulttable.h"
 #include "statistics.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -38,18 +38,16 @@ TableFile readText(const std::string& text, bool allowPartial = false) {
 TableRun runOf(const std::vector<double>& figures, const std::string& comment = "nLps=4") {
     std::ostringstream text;
     text << head << titles;
-    for (std::size_t i = 0; i < figures.size(); ++i) {
+    for (std::size_t i = 0; i < figures.size(); ++i)
         text << "f" << i << ",32s,-,64,-,-," << comment << "," << figures[i] << ",e,1,-\n";
-    }
     return readText(text.str()).runs.at(0);
 }
 
 /** Runs that measured one row each. */
 std::vector<TableRun> runsOf(const std::vector<double>& figures, const std::string& comment = "nLps=4") {
     std::vector<TableRun> runs;
-    for (const double figure : figures) {
+    for (const double figure : figures)
         runs.push_back(runOf({figure}, comment));
-    }
     return runs;
 }
 
@@ -93,9 +91,8 @@ TEST(Cells, AreUnquotedSaveThoseThatCarryQuotes) {
 
 TEST(Cells, NumbersAreWholeTexts) {
     EXPECT_EQ(toNumber("5.000e-05"), 5e-5);
-    for (const char* text : {"", "-", "12x", "1 2", "inf", "nan", "1e999"}) {
+    for (const char* text : {"", "-", "12x", "1 2", "inf", "nan", "1e999"})
         EXPECT_EQ(toNumber(text), std::nullopt) << text;
-    }
     EXPECT_NEAR(roundingOf("1.61"), 0.005 / 1.61, 1e-12);
     EXPECT_NEAR(roundingOf("410455"), 0.5 / 410455, 1e-12);
     EXPECT_NEAR(roundingOf("2.000e+07"), 0.0005 / 2, 1e-12);
@@ -153,9 +150,8 @@ TEST(Table, ThatCannotBeReadSaysWhere) {
         {head + titles + row, "t.csv: line 8: the last line is cut off"},
         {head + titles.substr(0, 20), "t.csv: line 7: the last line is cut off"},
     };
-    for (const auto& [text, failure] : cases) {
+    for (const auto& [text, failure] : cases)
         EXPECT_THAT(failureOf(text), HasSubstr(failure)) << text;
-    }
     const TableFile file = readText(head + titles + row + "\n" + row, true);
     EXPECT_EQ(file.runs.at(0).rows.size(), 1U);
     EXPECT_TRUE(file.runs[0].incomplete);
@@ -180,9 +176,8 @@ TEST(Tables, AreReadWithWhatStandsBesideThem) {
     const Collection tables = collectTables({directory.path}, false);
 
     std::vector<std::string> labels;
-    for (const TableRun& run : tables.runs) {
+    for (const TableRun& run : tables.runs)
         labels.push_back(run.label);
-    }
     EXPECT_THAT(labels, ElementsAre("one/r #1", "one/r #2", "two/r"));
     EXPECT_THAT(tables.names.at("zorsF_32s"), ElementsAre("Len", "", ""));
     const TableRun& run = tables.runs[0];
@@ -270,9 +265,8 @@ TEST(Comparison, Verdicts) {
 TEST(Comparison, RunsThatMissedTheirAccuracyCountOnlyWhereNoneReachedIt) {
     const auto side = [](const std::vector<double>& reached, const std::vector<double>& missed) {
         std::vector<TableRun> runs = runsOf(reached);
-        for (TableRun& run : runsOf(missed, "nLps=4 shared=40.0% acc=40.0%")) {
+        for (TableRun& run : runsOf(missed, "nLps=4 shared=40.0% acc=40.0%"))
             runs.push_back(std::move(run));
-        }
         return runs;
     };
     const std::vector<TableRun> calm = runsOf({100, 101, 99, 100, 100});
@@ -297,9 +291,8 @@ TEST(Comparison, RunsThatMissedTheirAccuracyCountOnlyWhereNoneReachedIt) {
     const Comparison aware = compareRuns(alone, company, {});
     EXPECT_STREQ(verdictName(aware.rows[0].verdict), "same");
     EXPECT_EQ(aware.rows[0].runsAfter, 3U);
-    for (TableRun& run : company) {
+    for (TableRun& run : company)
         run.head.labels = {{"CPU", "another"}}; // whose cores do less
-    }
     company.resize(3);
     EXPECT_STREQ(verdictName(compareRuns(alone, company, {}).rows[0].verdict), "slower");
 }
@@ -347,9 +340,8 @@ TEST(Comparison, KeepsItsErrorRates) {
         std::normal_distribution<double> noise(0, 0.01);
         for (int run = 0; run < 5; ++run) {
             std::vector<double> figures;
-            for (int row = 0; row < rows; ++row) {
+            for (int row = 0; row < rows; ++row)
                 figures.push_back(std::round(1e4 * (row == 0 ? firstRow : 1) * std::exp(noise(random))));
-            }
             runs.push_back(runOf(figures));
         }
         return runs;

@@ -3,12 +3,10 @@
 #include "cells.h"
 
 bool Arguments::next() {
-    if (m_hasAttached) {
+    if (m_hasAttached)
         throw UsageError(m_word + " takes no value");
-    }
-    if (m_next == m_words.size()) {
+    if (m_next == m_words.size())
         return false;
-    }
     m_word = m_words[m_next++];
     if (m_word == "--" && !m_operandsOnly) {
         m_operandsOnly = true;
@@ -33,18 +31,16 @@ std::string Arguments::value() {
         m_hasAttached = false;
         return m_attached;
     }
-    if (m_next == m_words.size()) {
+    if (m_next == m_words.size())
         throw UsageError(m_word + " needs a value");
-    }
     return m_words[m_next++];
 }
 
 double Arguments::percent(double most) {
     const std::string text = value();
     std::string_view digits = trimmed(text);
-    if (digits.ends_with('%')) {
+    if (digits.ends_with('%'))
         digits = trimmed(digits.substr(0, digits.size() - 1));
-    }
     const auto number = toNumber(digits);
     if (!number || *number < 0 || *number > most) {
         throw UsageError(m_word + ": \"" + text + "\" is no percentage from 0 to " +

@@ -8,15 +8,12 @@ namespace {
 /** Length of the quoted cell that the text begins with, up to the comma behind it; npos when it is none. */
 std::size_t quotedLength(std::string_view text) {
     const std::size_t open = text.find_first_not_of(' ');
-    if (open == std::string_view::npos || text[open] != '"') {
+    if (open == std::string_view::npos || text[open] != '"')
         return std::string_view::npos;
-    }
     for (std::size_t close = text.find('"', open + 1); close != std::string_view::npos;
-         close = text.find('"', close + 1)) {
-        if (close + 1 == text.size() || text[close + 1] == ',') {
+         close = text.find('"', close + 1))
+        if (close + 1 == text.size() || text[close + 1] == ',')
             return close + 1;
-        }
-    }
     return std::string_view::npos;
 }
 
@@ -25,9 +22,8 @@ std::size_t quotedLength(std::string_view text) {
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view blanks = " \t\r";
     const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) {
+    if (first == std::string_view::npos)
         return {};
-    }
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
@@ -43,9 +39,8 @@ std::vector<std::string> splitCells(std::string_view line) {
             cells.emplace_back(line.substr(0, comma));
             line.remove_prefix(comma);
         }
-        if (line.empty()) {
+        if (line.empty())
             return cells;
-        }
         line.remove_prefix(1);
     }
 }
@@ -53,17 +48,15 @@ std::vector<std::string> splitCells(std::string_view line) {
 std::optional<double> toNumber(std::string_view text) {
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value)) {
+    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value))
         return std::nullopt;
-    }
     return value;
 }
 
 double roundingOf(std::string_view number) {
     const auto value = toNumber(number);
-    if (!value || *value == 0) {
+    if (!value || *value == 0)
         return 0;
-    }
     const std::size_t exponentAt = std::min(number.find_first_of("eE"), number.size());
     const std::string_view mantissa = number.substr(0, exponentAt);
     const std::size_t point = mantissa.find('.');

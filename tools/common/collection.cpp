@@ -20,27 +20,22 @@ bool isBesideTable(const fs::path& path) {
 
 std::vector<fs::path> tablesOf(const fs::path& path) {
     std::error_code error;
-    if (!fs::is_directory(path, error)) {
+    if (!fs::is_directory(path, error))
         return {path};
-    }
     std::vector<fs::path> found;
-    for (const auto& entry : fs::recursive_directory_iterator(path)) {
-        if (entry.is_regular_file() && entry.path().extension() == ".csv" && !isBesideTable(entry.path())) {
+    for (const auto& entry : fs::recursive_directory_iterator(path))
+        if (entry.is_regular_file() && entry.path().extension() == ".csv" && !isBesideTable(entry.path()))
             found.push_back(entry.path());
-        }
-    }
-    if (found.empty()) {
+    if (found.empty())
         throw TableError(path.string() + ": no table (*.csv) in this directory");
-    }
     std::sort(found.begin(), found.end());
     return found;
 }
 
 TableFile readFile(const fs::path& path, bool allowPartial) {
     std::ifstream input(path, std::ios::binary);
-    if (!input) {
+    if (!input)
         throw TableError(path.string() + ": cannot be opened");
-    }
     return readTable(input, path, allowPartial);
 }
 
@@ -78,9 +73,8 @@ std::vector<std::string> distinctNames(const std::vector<fs::path>& files) {
         for (const fs::path& file : different) {
             std::string name = file.stem().string();
             fs::path parent = file.parent_path();
-            for (int i = 0; i < directories && parent.has_filename(); ++i, parent = parent.parent_path()) {
+            for (int i = 0; i < directories && parent.has_filename(); ++i, parent = parent.parent_path())
                 name = parent.filename().string() + "/" + name;
-            }
             used.insert(name);
             names[file] = name;
         }
@@ -104,15 +98,13 @@ void labelRuns(std::vector<TableRun>& runs) {
                    [](const TableRun& run) { return run.file; });
     const auto names = distinctNames(files);
     std::map<std::string, int> uses;
-    for (const std::string& name : names) {
+    for (const std::string& name : names)
         ++uses[name];
-    }
     std::map<std::string, int> number;
     for (std::size_t i = 0; i < runs.size(); ++i) {
         runs[i].label = names[i];
-        if (uses[names[i]] > 1) {
+        if (uses[names[i]] > 1)
             runs[i].label += " #" + std::to_string(++number[names[i]]);
-        }
     }
 }
 

@@ -16,14 +16,11 @@ std::size_t utf8Length(std::string_view text) {
                                : lead < 0xF0 ? 3
                                : lead < 0xF5 ? 4
                                              : 0;
-    if (length > text.size()) {
+    if (length > text.size())
         return 0;
-    }
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0) != 0x80) {
+    for (std::size_t i = 1; i < length; ++i)
+        if ((byte(i) & 0xC0) != 0x80)
             return 0;
-        }
-    }
     // Over-long forms, surrogates and what lies beyond U+10FFFF.
     const bool wrong = length > 2 && ((lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xED && byte(1) > 0x9F) ||
                                       (lead == 0xF0 && byte(1) < 0x90) || (lead == 0xF4 && byte(1) > 0x8F));
@@ -60,17 +57,14 @@ void JsonWriter::separate() {
         m_afterKey = false;
         return;
     }
-    if (m_open.empty()) {
+    if (m_open.empty())
         return;
-    }
-    if (!m_first) {
+    if (!m_first)
         m_text += ',';
-    }
-    if (m_open.back() == 'l') {
+    if (m_open.back() == 'l')
         m_text += '\n' + std::string(2 * m_open.size(), ' ');
-    } else if (!m_first) {
+    else if (!m_first)
         m_text += ' ';
-    }
     m_first = false;
 }
 
@@ -89,9 +83,8 @@ void JsonWriter::begin(char bracket, Layout layout) {
 void JsonWriter::end(char bracket) {
     const bool lines = m_open.back() == 'l';
     m_open.pop_back();
-    if (lines && !m_first) {
+    if (lines && !m_first)
         m_text += '\n' + std::string(2 * m_open.size(), ' ');
-    }
     m_text += bracket;
     m_first = false;
 }

@@ -41,9 +41,8 @@ class JsonWriter {
     /** A member only where there is a value. */
     template <class T>
     void member(std::string_view name, const std::optional<T>& content) {
-        if (content) {
+        if (content)
             member(name, *content);
-        }
     }
 
     const std::string& text() const { return m_text; }

@@ -1,11 +1,11 @@
 #include "resulttable.h"
 
+#include "cells.h"
+
 #include <algorithm>
 #include <array>
 #include <fstream>
 #include <istream>
-
-#include "cells.h"
 
 namespace {
 
@@ -50,9 +50,8 @@ bool isParameterTitle(std::string_view title) {
 Column columnOf(std::string_view title) {
     const auto at = std::find_if(columnTitles.begin(), columnTitles.end(),
                                  [&](const ColumnTitle& known) { return known.title == title; });
-    if (at != columnTitles.end()) {
+    if (at != columnTitles.end())
         return at->column;
-    }
     return isParameterTitle(title) ? Column::parameter : Column::other;
 }
 
@@ -61,35 +60,28 @@ Column columnOf(std::string_view title) {
  * no library function writes its name alone, and its parameters follow directly.
  */
 bool looksLikeTypes(std::string_view cell) {
-    if (cell.empty()) {
+    if (cell.empty())
         return false;
-    }
     while (!cell.empty()) {
         const std::size_t digits = std::min(cell.find_first_not_of("0123456789"), cell.size());
         const std::string_view width = cell.substr(0, digits);
-        if (width != "1" && width != "8" && width != "16" && width != "24" && width != "32" &&
-            width != "64") {
+        if (width != "1" && width != "8" && width != "16" && width != "24" && width != "32" && width != "64")
             return false;
-        }
         cell.remove_prefix(digits);
-        if (cell.empty() || std::string_view("usf").find(cell[0]) == std::string_view::npos) {
+        if (cell.empty() || std::string_view("usf").find(cell[0]) == std::string_view::npos)
             return false;
-        }
         cell.remove_prefix(1);
-        if (!cell.empty() && cell[0] == 'c') {
+        if (!cell.empty() && cell[0] == 'c')
             cell.remove_prefix(1);
-        }
     }
     return true;
 }
 
 std::string joinedName(const ResultRow& row) {
     std::string name = row.name;
-    for (const std::string* part : {&row.types, &row.descriptor}) {
-        if (!part->empty()) {
+    for (const std::string* part : {&row.types, &row.descriptor})
+        if (!part->empty())
             name += "_" + *part;
-        }
-    }
     return name;
 }
 
@@ -144,13 +136,11 @@ TableFile Reader::read() {
             cutOff();
             break;
         }
-        if (const auto text = trimmed(line); !text.empty()) {
+        if (const auto text = trimmed(line); !text.empty())
             takeLine(text);
-        }
     }
-    if (m_input.bad()) {
+    if (m_input.bad())
         fail("cannot be read");
-    }
     if (m_file.runs.empty() && m_file.summaries.empty()) {
         throw TableError(m_name +
                          ": no table: there is no line of column titles that begins with \"Function\"");
@@ -161,15 +151,13 @@ TableFile Reader::read() {
 /** The program ends every line; one without an end is the trace of a run that died or of a copy that broke
  * off. */
 void Reader::cutOff() {
-    if (!m_allowPartial) {
+    if (!m_allowPartial)
         fail("the last line is cut off; with --partial what stands before it is used");
-    }
     m_file.notes.push_back(m_name + ": line " + std::to_string(m_line) + ": cut off, left out");
     auto& runs =
         m_section == Section::summary || m_section == Section::counts ? m_file.summaries : m_file.runs;
-    if (!runs.empty()) {
+    if (!runs.empty())
         runs.back().incomplete = true;
-    }
 }
 
 /** Whether a line behind a table begins the head of the next run, appended to the same file. */
@@ -182,11 +170,10 @@ bool Reader::startsHead(std::string_view line) const {
 void Reader::takeLine(std::string_view line) {
     if (line.starts_with("Function,")) {
         auto titles = splitCells(line);
-        if (std::find(titles.begin(), titles.end(), "Result") != titles.end()) {
+        if (std::find(titles.begin(), titles.end(), "Result") != titles.end())
             startSummary(std::move(titles));
-        } else {
+        else
             startResults(std::move(titles));
-        }
         return;
     }
     if (m_section != Section::head && startsHead(line)) {
@@ -222,11 +209,9 @@ void Reader::takeHeadLine(std::string_view line) {
 }
 
 void Reader::startResults(std::vector<std::string> titles) {
-    for (const ColumnTitle& known : columnTitles) {
-        if (known.needed && std::find(titles.begin(), titles.end(), known.title) == titles.end()) {
+    for (const ColumnTitle& known : columnTitles)
+        if (known.needed && std::find(titles.begin(), titles.end(), known.title) == titles.end())
             fail("column \"" + std::string(known.title) + "\" is missing");
-        }
-    }
     m_titles = std::move(titles);
     m_columns.clear();
     TableRun run;
@@ -264,13 +249,11 @@ void Reader::checkWidth(const std::vector<std::string>& cells) const {
 }
 
 std::optional<double> Reader::number(const std::string& cell, const std::string& title) const {
-    if (isEmptyCell(cell)) {
+    if (isEmptyCell(cell))
         return std::nullopt;
-    }
     const auto value = toNumber(cell);
-    if (!value) {
+    if (!value)
         fail("\"" + cell + "\" in column \"" + title + "\" is no number");
-    }
     return value;
 }
 
@@ -281,11 +264,10 @@ void Reader::takeResult(std::vector<std::string> cells) {
     const auto comment = std::find(m_columns.begin(), m_columns.end(), Column::comment) - m_columns.begin();
     const bool nameLine = cells[static_cast<std::size_t>(comment)] == "parmNames";
     fillRow(row, cells);
-    if (nameLine) {
+    if (nameLine)
         m_file.names[row.function] = row.parameters;
-    } else {
+    else
         m_file.runs.back().rows.push_back(std::move(row));
-    }
 }
 
 void Reader::fillRow(ResultRow& row, const std::vector<std::string>& cells) const {
@@ -302,11 +284,10 @@ void Reader::fillRow(ResultRow& row, const std::vector<std::string>& cells) cons
             break;
         case Column::types:
         case Column::descriptor:
-            if (plain) {
+            if (plain)
                 early.push_back(text);
-            } else {
+            else
                 (m_columns[i] == Column::types ? row.types : row.descriptor) = text;
-            }
             break;
         case Column::parameter:
             row.parameters.push_back(text);
@@ -352,21 +333,20 @@ void Reader::takeSummary(const std::vector<std::string>& cells) {
     TestOutcome test;
     for (std::size_t i = 0; i < cells.size(); ++i) {
         const std::string& title = m_titles[i];
-        if (title == "Function") {
+        if (title == "Function")
             test.function = cells[i];
-        } else if (title == "Test") {
+        else if (title == "Test")
             test.test = cells[i];
-        } else if (title == "SrcName") {
+        else if (title == "SrcName")
             test.source = cells[i];
-        } else if (title == "Result") {
+        else if (title == "Result")
             test.result = cells[i];
-        } else if (title == "ExeName") {
+        else if (title == "ExeName")
             test.program = cells[i];
-        } else if (title == "Time (sec.)") {
+        else if (title == "Time (sec.)")
             test.seconds = number(cells[i], title);
-        } else if (title != "Class") {
+        else if (title != "Class")
             test.watch.emplace_back(title, cells[i]);
-        }
     }
     m_file.summaries.back().tests.push_back(std::move(test));
 }
@@ -374,9 +354,8 @@ void Reader::takeSummary(const std::vector<std::string>& cells) {
 /** The number behind a mark in a comment ("nLps=256 acc=7.3%"). */
 std::optional<double> numberAfter(std::string_view text, std::string_view mark) {
     const std::size_t at = text.find(mark);
-    if (at == std::string_view::npos) {
+    if (at == std::string_view::npos)
         return std::nullopt;
-    }
     const std::string_view rest = text.substr(at + mark.size());
     return toNumber(rest.substr(0, rest.find_first_not_of("0123456789.")));
 }
@@ -395,11 +374,9 @@ std::string RunHead::value(std::string_view label) const {
 
 std::vector<std::string> RunHead::values(std::string_view label) const {
     std::vector<std::string> found;
-    for (const auto& [key, text] : labels) {
-        if (key == label) {
+    for (const auto& [key, text] : labels)
+        if (key == label)
             found.push_back(text);
-        }
-    }
     return found;
 }
 
@@ -421,11 +398,9 @@ std::optional<double> ResultRow::loops() const {
 }
 
 std::string ResultRow::cacheMode() const {
-    for (const char* mode : {"inCache", "outofCache"}) {
-        if (comment.starts_with(mode)) {
+    for (const char* mode : {"inCache", "outofCache"})
+        if (comment.starts_with(mode))
             return mode;
-        }
-    }
     return {};
 }
 

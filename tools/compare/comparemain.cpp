@@ -1,10 +1,10 @@
 // benchex-compare: did it get slower?
-#include <filesystem>
-#include <iostream>
-
 #include "arguments.h"
 #include "comparison.h"
 #include "comparisonoutput.h"
+
+#include <filesystem>
+#include <iostream>
 
 namespace {
 
@@ -41,18 +41,16 @@ struct Options {
 
 /** Operands go to the side named last; with none named there are exactly two, one a side. */
 void sortOperands(Options& options, std::vector<std::filesystem::path>& loose) {
-    if (!loose.empty() && (!options.before.empty() || !options.after.empty())) {
+    if (!loose.empty() && (!options.before.empty() || !options.after.empty()))
         throw UsageError("tables stand either alone or behind --before and --after");
-    }
     if (loose.size() == 2) {
         options.before = {loose[0]};
         options.after = {loose[1]};
     } else if (!loose.empty()) {
         throw UsageError("two tables are needed; several a side stand behind --before and --after");
     }
-    if (options.before.empty() || options.after.empty()) {
+    if (options.before.empty() || options.after.empty())
         throw UsageError("a table of either side is needed");
-    }
 }
 
 Options readOptions(Arguments arguments) {
@@ -104,20 +102,17 @@ Options readOptions(Arguments arguments) {
 /** "before.csv", or "dir (5 runs)". */
 std::string sideName(const std::vector<std::filesystem::path>& paths, std::size_t runs) {
     std::string name = paths.front().string();
-    if (paths.size() > 1) {
+    if (paths.size() > 1)
         name += " and " + std::to_string(paths.size() - 1) + " more";
-    }
     return runs == 1 ? name : name + " (" + std::to_string(runs) + " runs)";
 }
 
 int compare(const Options& options) {
     Collection before = collectTables(options.before, options.partial);
     Collection after = collectTables(options.after, options.partial);
-    for (const Collection* side : {&before, &after}) {
-        for (const std::string& note : side->notes) {
+    for (const Collection* side : {&before, &after})
+        for (const std::string& note : side->notes)
             std::cerr << "benchex-compare: " << note << "\n";
-        }
-    }
     const Comparison comparison = compareRuns(before.runs, after.runs, options.rules);
     if (comparison.rows.empty()) {
         throw TableError("no row of " + options.before.front().string() + " has a figure in " +
@@ -151,9 +146,8 @@ int main(int argc, char** argv) {
     try {
         const Options options = readOptions(Arguments(argc, argv));
         const int status = options.answered ? static_cast<int>(ExitStatus::done) : compare(options);
-        if (!std::cout.flush()) {
+        if (!std::cout.flush())
             throw TableError("the result cannot be written");
-        }
         return status;
     } catch (const UsageError& error) {
         std::cerr << "benchex-compare: " << error.what() << "\nTry 'benchex-compare --help'.\n";

@@ -1,5 +1,8 @@
 #include "comparison.h"
 
+#include "cells.h"
+#include "statistics.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -8,9 +11,6 @@
 #include <map>
 #include <optional>
 #include <set>
-
-#include "cells.h"
-#include "statistics.h"
 
 namespace {
 
@@ -30,9 +30,8 @@ Throughputs fullThroughputs(const std::vector<TableRun>& before, const std::vect
     for (const auto* side : {&before, &after}) {
         for (const TableRun& run : *side) {
             double& most = full[processorName(run.head.value("CPU"))];
-            for (const ResultRow& row : run.rows) {
+            for (const ResultRow& row : run.rows)
                 most = std::max(most, row.accuracy() ? 0 : row.throughput().value_or(0));
-            }
         }
     }
     return full;
@@ -65,9 +64,8 @@ using Side = std::map<RowKey, Figures>;
 
 Figure figureOf(const ResultRow& row, double value, double fullThroughput) {
     Figure figure{std::log(value), row.accuracy(), hadCompany(row, fullThroughput)};
-    if (figure.company) {
+    if (figure.company)
         figure.missed = std::max(row.accuracy().value_or(0), costOfCompany);
-    }
     return figure;
 }
 
@@ -78,14 +76,12 @@ Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules, con
         const double full = throughputs.at(processorName(run.head.value("CPU")));
         for (const ResultRow& row : run.rows) {
             RowKey key{row.function, row.parameters, row.cacheMode(), 0};
-            while (!key.parameters.empty() && key.parameters.back().empty()) {
+            while (!key.parameters.empty() && key.parameters.back().empty())
                 key.parameters.pop_back();
-            }
             key.repetition = seen[key]++;
             const auto figure = rules.time ? row.microseconds : row.clocks;
-            if (!figure || *figure <= 0) {
+            if (!figure || *figure <= 0)
                 continue;
-            }
             Figures& figures = side[key];
             figures.runs.push_back(figureOf(row, *figure, full));
             figures.rounding =
@@ -101,9 +97,8 @@ std::size_t leaveOutMissed(Side& side) {
     std::size_t count = 0;
     for (auto& [key, figures] : side) {
         const auto reached = [](const Figure& figure) { return !figure.missed; };
-        if (std::any_of(figures.runs.begin(), figures.runs.end(), reached)) {
+        if (std::any_of(figures.runs.begin(), figures.runs.end(), reached))
             count += std::erase_if(figures.runs, std::not_fn(reached));
-        }
     }
     return count;
 }
@@ -120,10 +115,8 @@ Estimate estimate(const Figures& figures, const ComparisonRules& rules) {
                   std::numeric_limits<double>::infinity()};
     } else {
         result = lowerMean(logs);
-        if (std::all_of(figures.runs.begin(), figures.runs.end(),
-                        [](const Figure& f) { return f.company; })) {
+        if (std::all_of(figures.runs.begin(), figures.runs.end(), [](const Figure& f) { return f.company; }))
             result.error = std::hypot(result.error, costOfCompany / 2); // it may be alike in all: no average
-        }
     }
     // Rounding moves a figure evenly within its half unit; runs that agree round alike, so it does not
     // average out.
@@ -153,12 +146,10 @@ RowComparison compareRow(const RowKey& key, const Figures& before, const Figures
 
 Verdict judge(const RowComparison& row, const ComparisonRules& rules) {
     const double limit = 1 + rules.threshold;
-    if (row.adjusted <= rules.alpha && row.ratio > limit) {
+    if (row.adjusted <= rules.alpha && row.ratio > limit)
         return Verdict::slower;
-    }
-    if (row.adjusted <= rules.alpha && row.ratio < 1 / limit) {
+    if (row.adjusted <= rules.alpha && row.ratio < 1 / limit)
         return Verdict::faster;
-    }
     return row.low >= 1 / limit && row.high <= limit ? Verdict::same : Verdict::cannotTell;
 }
 
@@ -236,16 +227,13 @@ std::string describeParameters(const RowKey& key, const ParameterNames& names) {
     const auto add = [&](const std::string& word) { text += (text.empty() ? "" : " ") + word; };
     for (std::size_t i = 0; i < key.parameters.size(); ++i) {
         const bool named = known != names.end() && i < known->second.size() && !known->second[i].empty();
-        if (!key.parameters[i].empty()) {
+        if (!key.parameters[i].empty())
             add(named ? known->second[i] + "=" + key.parameters[i] : key.parameters[i]);
-        }
     }
-    if (!key.cacheMode.empty()) {
+    if (!key.cacheMode.empty())
         add(key.cacheMode);
-    }
-    if (key.repetition > 0) {
+    if (key.repetition > 0)
         add(std::string("#").append(std::to_string(key.repetition + 1)));
-    }
     return text;
 }
 
@@ -272,11 +260,9 @@ Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<Ta
             result.rows.push_back(compareRow(key, figures, other->second, rules));
         }
     }
-    for (const auto& [key, figures] : right) {
-        if (!left.contains(key)) {
+    for (const auto& [key, figures] : right)
+        if (!left.contains(key))
             result.onlyAfter.push_back(key);
-        }
-    }
     judgeAll(result.rows, rules);
     sortWorstFirst(result.rows);
     result.functions = byFunction(result.rows);

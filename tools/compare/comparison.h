@@ -4,13 +4,13 @@
 #ifndef COMPARISON_H
 #define COMPARISON_H
 
+#include "resulttable.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "resulttable.h"
 
 /** What is said of a row. */
 enum class Verdict { slower, faster, same, cannotTell };

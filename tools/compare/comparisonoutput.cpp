@@ -1,11 +1,11 @@
 #include "comparisonoutput.h"
 
+#include "jsonwriter.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <ostream>
-
-#include "jsonwriter.h"
 
 namespace {
 
@@ -24,9 +24,8 @@ std::string plural(std::size_t count, const char* one) {
 void writeRows(std::ostream& out, const ComparisonReport& report) {
     bool headed = false;
     for (const RowComparison& row : report.comparison.rows) {
-        if (row.verdict == Verdict::same && !report.allRows) {
+        if (row.verdict == Verdict::same && !report.allRows)
             continue;
-        }
         if (!headed) {
             out << format("\n%-12s %7s  %-13s %10s %10s  %s\n", "verdict", "ratio", "90 % interval", "before",
                           "after", "function and parameters");
@@ -44,36 +43,30 @@ void writeFunctions(std::ostream& out, const Comparison& comparison) {
     for (const FunctionComparison& function : comparison.functions) {
         out << format("  %7.3f  %s  (%s", function.ratio, function.function.c_str(),
                       plural(function.rows, "row").c_str());
-        if (function.slower > 0) {
+        if (function.slower > 0)
             out << ", " << function.slower << " slower";
-        }
-        if (function.faster > 0) {
+        if (function.faster > 0)
             out << ", " << function.faster << " faster";
-        }
         out << ")\n";
     }
 }
 
 void writeOneSided(std::ostream& out, const char* title, const std::vector<RowKey>& keys,
                    const ParameterNames& names) {
-    if (keys.empty()) {
+    if (keys.empty())
         return;
-    }
     out << "\n" << title << " (" << plural(keys.size(), "row") << "):\n";
-    for (const RowKey& key : keys) {
+    for (const RowKey& key : keys)
         out << "  " << key.function << "  " << describeParameters(key, names) << "\n";
-    }
 }
 
 /** A csv cell that reads as one: quoted where it holds a comma, a quote or a line end (RFC 4180). */
 std::string csvCell(const std::string& text) {
-    if (text.find_first_of(",\"\n") == std::string::npos) {
+    if (text.find_first_of(",\"\n") == std::string::npos)
         return text;
-    }
     std::string quoted = "\"";
-    for (const char c : text) {
+    for (const char c : text)
         quoted += c == '"' ? "\"\"" : std::string(1, c);
-    }
     return quoted + "\"";
 }
 
@@ -127,9 +120,8 @@ void writeText(std::ostream& out, const ComparisonReport& report) {
         << format("Ratios of %s; above 1 is slower, allowed is %.4g.\n",
                   report.rules.time ? "microseconds per call" : "clocks per unit",
                   1 + report.rules.threshold);
-    for (const std::string& note : comparison.notes) {
+    for (const std::string& note : comparison.notes)
         out << "Note: " << note << "\n";
-    }
     writeRows(out, report);
     writeFunctions(out, comparison);
     writeOneSided(out, "Only before", comparison.onlyBefore, report.names);
@@ -173,9 +165,8 @@ void writeJson(std::ostream& out, const ComparisonReport& report) {
     }
     json.key("notes");
     json.beginList();
-    for (const std::string& note : comparison.notes) {
+    for (const std::string& note : comparison.notes)
         json.value(note);
-    }
     json.endList();
     json.key("functions");
     json.beginList();
@@ -191,9 +182,8 @@ void writeJson(std::ostream& out, const ComparisonReport& report) {
     json.endList();
     json.key("rows");
     json.beginList();
-    for (const RowComparison& row : comparison.rows) {
+    for (const RowComparison& row : comparison.rows)
         jsonRow(json, row, report.names);
-    }
     json.endList();
     jsonOneSided(json, "onlyBefore", comparison.onlyBefore, report.names);
     jsonOneSided(json, "onlyAfter", comparison.onlyAfter, report.names);

@@ -4,10 +4,10 @@
 #ifndef COMPARISONOUTPUT_H
 #define COMPARISONOUTPUT_H
 
+#include "comparison.h"
+
 #include <iosfwd>
 #include <string>
-
-#include "comparison.h"
 
 /** A comparison with what its readers need beside it. */
 struct ComparisonReport {

@@ -24,18 +24,16 @@ double betaFraction(double a, double b, double x) {
         d = 1 / kept(1 + odd * d);
         c = kept(1 + odd / c);
         fraction *= c * d;
-        if (std::abs(c * d - 1) < std::numeric_limits<double>::epsilon()) {
+        if (std::abs(c * d - 1) < std::numeric_limits<double>::epsilon())
             break;
-        }
     }
     return fraction;
 }
 
 /** Regularised incomplete beta function I_x(a, b). */
 double incompleteBeta(double a, double b, double x) {
-    if (x <= 0 || x >= 1) {
+    if (x <= 0 || x >= 1)
         return x <= 0 ? 0 : 1;
-    }
     const double front =
         std::exp(std::lgamma(a + b) - std::lgamma(a) - std::lgamma(b) + a * std::log(x) + b * std::log1p(-x));
     // The fraction converges fast below the distribution's mean; the symmetry serves the other side.
@@ -70,14 +68,12 @@ double studentCdf(double t, double freedom) {
 }
 
 double studentQuantile(double p, double freedom) {
-    if (p < 0.5) {
+    if (p < 0.5)
         return -studentQuantile(1 - p, freedom);
-    }
     double low = 0;
     double high = 1;
-    while (studentCdf(high, freedom) < p && high < 1e12) {
+    while (studentCdf(high, freedom) < p && high < 1e12)
         high *= 2;
-    }
     for (int i = 0; i < 200 && high - low > 1e-12 * high; ++i) {
         const double middle = (low + high) / 2;
         (studentCdf(middle, freedom) < p ? low : high) = middle;
@@ -94,12 +90,10 @@ Estimate difference(const Estimate& first, const Estimate& second) {
 }
 
 double pValue(const Estimate& difference) {
-    if (difference.location == 0) {
+    if (difference.location == 0)
         return 1;
-    }
-    if (difference.error == 0) {
+    if (difference.error == 0)
         return 0;
-    }
     return 2 * studentCdf(-std::abs(difference.location) / difference.error, difference.freedom);
 }
 
@@ -122,9 +116,8 @@ std::vector<double> adjustedP(std::span<const double> p) {
 }
 
 double geometricMean(std::span<const double> values) {
-    if (values.empty()) {
+    if (values.empty())
         return 1;
-    }
     const double logs = std::accumulate(values.begin(), values.end(), 0.0,
                                         [](double sum, double v) { return sum + std::log(v); });
     return std::exp(logs / static_cast<double>(values.size()));

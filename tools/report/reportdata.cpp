@@ -1,12 +1,12 @@
 #include "reportdata.h"
 
+#include "cells.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <map>
 #include <set>
-
-#include "cells.h"
 
 namespace {
 
@@ -29,22 +29,19 @@ std::optional<std::set<double>> numbersOf(const std::vector<RowRef>& rows, std::
     std::set<double> values;
     for (const RowRef& ref : rows) {
         const auto value = toNumber(cellOf(*ref.row, parameter));
-        if (!value) {
+        if (!value)
             return std::nullopt;
-        }
         values.insert(*value);
     }
     return values;
 }
 
 bool growsByFactors(const std::set<double>& values) {
-    if (values.size() < 3 || *values.begin() <= 0 || *values.rbegin() < 8 * *values.begin()) {
+    if (values.size() < 3 || *values.begin() <= 0 || *values.rbegin() < 8 * *values.begin())
         return false;
-    }
     std::size_t large = 0;
-    for (auto at = values.begin(), next = std::next(at); next != values.end(); ++at, ++next) {
+    for (auto at = values.begin(), next = std::next(at); next != values.end(); ++at, ++next)
         large += *next >= 1.5 * *at ? 1U : 0U;
-    }
     return 2 * large >= values.size() - 1;
 }
 
@@ -53,9 +50,8 @@ std::size_t combinations(const std::vector<RowRef>& rows, const std::vector<std:
     std::set<std::vector<std::string>> seen;
     for (const RowRef& ref : rows) {
         std::vector<std::string> cells;
-        for (const std::size_t i : parameters) {
+        for (const std::size_t i : parameters)
             cells.push_back(cellOf(*ref.row, i));
-        }
         seen.insert(std::move(cells));
     }
     return seen.size();
@@ -64,11 +60,9 @@ std::size_t combinations(const std::vector<RowRef>& rows, const std::vector<std:
 /** The parameters of a set given by its bits. */
 std::vector<std::size_t> chosen(const std::vector<std::size_t>& parameters, std::size_t bits) {
     std::vector<std::size_t> subset;
-    for (std::size_t i = 0; i < parameters.size(); ++i) {
-        if ((bits >> i & 1U) != 0) {
+    for (std::size_t i = 0; i < parameters.size(); ++i)
+        if ((bits >> i & 1U) != 0)
             subset.push_back(parameters[i]);
-        }
-    }
     return subset;
 }
 
@@ -78,9 +72,8 @@ bool spansGrid(const std::vector<RowRef>& rows, const std::vector<std::size_t>& 
     std::size_t product = 1;
     for (const std::size_t i : parameters) {
         product *= combinations(rows, {i});
-        if (product > count) {
+        if (product > count)
             return false;
-        }
     }
     return product == count && combinations(rows, parameters) == count;
 }
@@ -88,11 +81,9 @@ bool spansGrid(const std::vector<RowRef>& rows, const std::vector<std::size_t>& 
 /** Names for the parameters that the function has, as many columns as any row fills. */
 std::vector<std::string> namesFor(const FunctionView& function, const ParameterNames& known) {
     std::size_t used = 0;
-    for (const RowRef& ref : function.rows) {
-        for (std::size_t i = 0; i < ref.row->parameters.size(); ++i) {
+    for (const RowRef& ref : function.rows)
+        for (std::size_t i = 0; i < ref.row->parameters.size(); ++i)
             used = ref.row->parameters[i].empty() ? used : std::max(used, i + 1);
-        }
-    }
     const auto given = known.find(function.name);
     std::vector<std::string> names;
     std::set<std::string> taken;
@@ -112,38 +103,32 @@ std::string neutralName(std::size_t parameter) {
 }
 
 Grade gradeOf(std::string_view result) {
-    if (result.ends_with("FAIL")) {
+    if (result.ends_with("FAIL"))
         return Grade::failed;
-    }
     return result == "OK" ? Grade::good : Grade::warned;
 }
 
 std::vector<std::size_t> independentParameters(const std::vector<RowRef>& rows, std::size_t parameters) {
     std::vector<std::size_t> varying;
-    for (std::size_t i = 0; i < parameters; ++i) {
-        if (combinations(rows, {i}) > 1) {
+    for (std::size_t i = 0; i < parameters; ++i)
+        if (combinations(rows, {i}) > 1)
             varying.push_back(i);
-        }
-    }
     const std::size_t count = combinations(rows, varying);
     std::vector<std::size_t> best;
     // Tables have eight parameter columns; with many more the sets of them are too many to try.
     const std::size_t sets = varying.size() <= 12 ? std::size_t{1} << varying.size() : 0;
     for (std::size_t bits = 1; bits < sets; ++bits) {
         const auto subset = chosen(varying, bits);
-        if (subset.size() > best.size() && spansGrid(rows, subset, count)) {
+        if (subset.size() > best.size() && spansGrid(rows, subset, count))
             best = subset;
-        }
     }
-    if (!best.empty()) {
+    if (!best.empty())
         return best;
-    }
     for (std::size_t i = varying.size(); i-- > 0;) {
         auto rest = varying;
         rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(i));
-        if (!rest.empty() && combinations(rows, rest) == count) {
+        if (!rest.empty() && combinations(rows, rest) == count)
             varying = std::move(rest);
-        }
     }
     return varying;
 }
@@ -173,9 +158,8 @@ std::string testResult(const TableRun& run, const std::string& function) {
 
 std::string rowResult(const TableRun& run, const ResultRow& row) {
     const std::string result = testResult(run, row.function);
-    if (row.accuracy()) {
+    if (row.accuracy())
         return "ACCURWRN";
-    }
     // A test ends with the worst of its rows; a missed accuracy is told on the row that missed it.
     return result == "ACCURWRN" ? "OK" : result;
 }
@@ -188,9 +172,8 @@ ReportData makeReport(const Collection& tables) {
         data.hasInterest |= tables.runs[run].hasInterest;
         for (const ResultRow& row : tables.runs[run].rows) {
             const auto [at, added] = index.try_emplace(row.function, data.functions.size());
-            if (added) {
+            if (added)
                 data.functions.emplace_back().name = row.function;
-            }
             FunctionView& function = data.functions[at->second];
             function.hot |= row.hot;
             function.rows.push_back({run, &row});
@@ -200,9 +183,8 @@ ReportData makeReport(const Collection& tables) {
         function.parameterNames = namesFor(function, tables.names);
         function.lines = independentParameters(function.rows, function.parameterNames.size());
         function.axis = chooseAxis(function.rows, function.parameterNames, function.lines);
-        if (function.axis) {
+        if (function.axis)
             std::erase(function.lines, function.axis->parameter);
-        }
     }
     std::stable_partition(data.functions.begin(), data.functions.end(),
                           [](const FunctionView& f) { return f.hot; });

@@ -5,12 +5,12 @@
 #ifndef REPORTDATA_H
 #define REPORTDATA_H
 
+#include "resulttable.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "resulttable.h"
 
 /** How well a test or a row went. */
 enum class Grade { good, warned, failed };

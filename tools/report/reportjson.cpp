@@ -9,19 +9,17 @@ using Layout = JsonWriter::Layout;
 
 /** A cell as the number that it is, else as text. */
 void cell(JsonWriter& json, std::string_view name, const std::string& text) {
-    if (const auto number = toNumber(text)) {
+    if (const auto number = toNumber(text))
         json.member(name, *number);
-    } else {
+    else
         json.member(name, text);
-    }
 }
 
 void labels(JsonWriter& json, std::string_view name, const std::vector<Label>& pairs) {
     json.key(name);
     json.beginObject(Layout::flat);
-    for (const auto& [label, text] : pairs) {
+    for (const auto& [label, text] : pairs)
         cell(json, label, text);
-    }
     json.endObject();
 }
 
@@ -32,9 +30,8 @@ void head(JsonWriter& json, const RunHead& head) {
     json.member("start", head.value("Start"));
     json.key("libraries");
     json.beginList(Layout::flat);
-    for (const std::string& library : head.values("Library")) {
+    for (const std::string& library : head.values("Library"))
         json.value(library);
-    }
     json.endList();
 }
 
@@ -60,9 +57,8 @@ void run(JsonWriter& json, const TableRun& run) {
     labels(json, "counts", run.counts);
     json.key("tests");
     json.beginList();
-    for (const TestOutcome& outcome : run.tests) {
+    for (const TestOutcome& outcome : run.tests)
         test(json, outcome);
-    }
     json.endList();
     json.endObject();
 }
@@ -73,9 +69,8 @@ void function(JsonWriter& json, const FunctionView& view) {
     json.member("hot", view.hot);
     json.key("parameters");
     json.beginList(Layout::flat);
-    for (const std::string& name : view.parameterNames) {
+    for (const std::string& name : view.parameterNames)
         json.value(name);
-    }
     json.endList();
     json.key("axis");
     if (view.axis) {
@@ -89,9 +84,8 @@ void function(JsonWriter& json, const FunctionView& view) {
     }
     json.key("lines");
     json.beginList(Layout::flat);
-    for (const std::size_t i : view.lines) {
+    for (const std::size_t i : view.lines)
         json.value(view.parameterNames[i]);
-    }
     json.endList();
     json.endObject();
 }
@@ -107,32 +101,27 @@ void row(JsonWriter& json, const ReportData& data, const FunctionView& view, con
     json.member("descriptor", row.descriptor);
     json.key("parameters");
     json.beginObject(Layout::flat);
-    for (std::size_t i = 0; i < view.parameterNames.size() && i < row.parameters.size(); ++i) {
-        if (!row.parameters[i].empty()) {
+    for (std::size_t i = 0; i < view.parameterNames.size() && i < row.parameters.size(); ++i)
+        if (!row.parameters[i].empty())
             cell(json, view.parameterNames[i], row.parameters[i]);
-        }
-    }
     json.endObject();
     json.member("comment", row.comment);
     json.member("loops", row.loops());
     json.member("accuracy", row.accuracy());
     json.member("shared", row.shared());
-    if (const std::string mode = row.cacheMode(); !mode.empty()) {
+    if (const std::string mode = row.cacheMode(); !mode.empty())
         json.member("cache", mode);
-    }
     json.member("clocks", row.clocks);
     json.member("per", row.unit);
     json.member("microseconds", row.microseconds);
     json.member("mflops", row.mflops);
     json.member("hot", row.hot);
     json.member("deprecated", row.deprecated());
-    if (const std::string result = rowResult(run, row); !result.empty()) {
+    if (const std::string result = rowResult(run, row); !result.empty())
         json.member("result", result);
-    }
     json.member("line", row.line);
-    if (!row.other.empty()) {
+    if (!row.other.empty())
         labels(json, "other", row.other);
-    }
     json.endObject();
 }
 
@@ -144,29 +133,24 @@ std::string reportJson(const ReportData& data) {
     json.member("schema", "benchex-report-1");
     json.key("runs");
     json.beginList();
-    for (const TableRun& each : data.tables->runs) {
+    for (const TableRun& each : data.tables->runs)
         run(json, each);
-    }
     json.endList();
     json.key("functions");
     json.beginList();
-    for (const FunctionView& view : data.functions) {
+    for (const FunctionView& view : data.functions)
         function(json, view);
-    }
     json.endList();
     json.key("rows");
     json.beginList();
-    for (const FunctionView& view : data.functions) {
-        for (const RowRef& ref : view.rows) {
+    for (const FunctionView& view : data.functions)
+        for (const RowRef& ref : view.rows)
             row(json, data, view, ref);
-        }
-    }
     json.endList();
     json.key("notes");
     json.beginList();
-    for (const std::string& note : data.tables->notes) {
+    for (const std::string& note : data.tables->notes)
         json.value(note);
-    }
     json.endList();
     json.endObject();
     return json.text() + "\n";

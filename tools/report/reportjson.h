@@ -4,9 +4,9 @@
 #ifndef REPORTJSON_H
 #define REPORTJSON_H
 
-#include <string>
-
 #include "reportdata.h"
+
+#include <string>
 
 std::string reportJson(const ReportData& data);
 

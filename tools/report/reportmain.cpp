@@ -1,12 +1,12 @@
 // benchex-report: result tables as a page to look at, or as JSON.
+#include "arguments.h"
+#include "reportjson.h"
+#include "reportpage.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-
-#include "arguments.h"
-#include "reportjson.h"
-#include "reportpage.h"
 
 namespace {
 
@@ -63,49 +63,42 @@ Options readOptions(Arguments arguments) {
             arguments.refuse();
         }
     }
-    if (options.tables.empty()) {
+    if (options.tables.empty())
         throw UsageError("no table given");
-    }
-    if (options.output.empty()) {
+    if (options.output.empty())
         options.output = options.json ? "report.json" : "report.html";
-    }
     return options;
 }
 
 void write(const std::string& output, const std::string& text) {
     if (output == "-") {
         std::cout << text;
-        if (!std::cout.flush()) {
+        if (!std::cout.flush())
             throw TableError("standard output cannot be written");
-        }
         return;
     }
     std::ofstream file(output, std::ios::binary);
-    if (!(file << text) || !file.flush()) {
+    if (!(file << text) || !file.flush())
         throw TableError(output + ": cannot be written");
-    }
 }
 
 void report(const Options& options) {
     const Collection tables = collectTables(options.tables, options.partial);
-    for (const std::string& note : tables.notes) {
+    for (const std::string& note : tables.notes)
         std::cerr << "benchex-report: " << note << "\n";
-    }
     const bool anything = std::any_of(tables.runs.begin(), tables.runs.end(), [](const TableRun& run) {
         return !run.rows.empty() || !run.tests.empty();
     });
-    if (!anything) {
+    if (!anything)
         throw TableError(options.tables.front().string() + ": no row and no tested function to show");
-    }
     const ReportData data = makeReport(tables);
     if (options.json) {
         write(options.output, reportJson(data));
         return;
     }
     const ChartLibrary library = findChartLibrary(options.chartLibrary);
-    if (!library.script) {
+    if (!library.script)
         std::cerr << "benchex-report: no charts: " << library.missing << "\n";
-    }
     write(options.output, reportPage(data, options.title, library));
 }
 
@@ -114,9 +107,8 @@ void report(const Options& options) {
 int main(int argc, char** argv) {
     try {
         const Options options = readOptions(Arguments(argc, argv));
-        if (!options.answered) {
+        if (!options.answered)
             report(options);
-        }
         return ExitStatus::done;
     } catch (const UsageError& error) {
         std::cerr << "benchex-report: " << error.what() << "\nTry 'benchex-report --help'.\n";

@@ -1,5 +1,9 @@
 #include "reportpage.h"
 
+#include "cells.h"
+#include "reportjson.h"
+#include "templates.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -8,10 +12,6 @@
 #include <iterator>
 #include <set>
 #include <sstream>
-
-#include "cells.h"
-#include "reportjson.h"
-#include "templates.h"
 
 namespace {
 
@@ -51,11 +51,10 @@ std::string anchor(const std::string& function) {
     std::string result = "fn-";
     for (const char c : function) {
         const auto byte = static_cast<unsigned char>(c);
-        if (std::isalnum(byte) || c == '_' || c == '.') {
+        if (std::isalnum(byte) || c == '_' || c == '.')
             result += c;
-        } else {
+        else
             result.append("-").append(std::to_string(int{byte})).append("-");
-        }
     }
     return result;
 }
@@ -77,9 +76,8 @@ std::string countsLine(const TableRun& run) {
     std::string line;
     for (const auto& [label, count] : run.counts) {
         const bool zero = count == "0" && label != "Number of tests";
-        if (!zero) {
+        if (!zero)
             line += (line.empty() ? "" : ", ") + label + " " + count;
-        }
     }
     return line;
 }
@@ -89,15 +87,13 @@ std::string runCards(const std::vector<TableRun>& runs) {
     out << "<div class=\"cards\">\n";
     for (const TableRun& run : runs) {
         out << "<div class=\"card\"><h2>" << escaped(run.label) << "</h2>\n<dl>\n";
-        for (const auto& [label, text] : run.head.labels) {
+        for (const auto& [label, text] : run.head.labels)
             definition(out, label, text);
-        }
         definition(out, "Table", run.file.string() + ", " + std::to_string(run.rows.size()) + " rows");
         definition(out, "Results",
                    run.hasSummary ? countsLine(run) : "no summary table (-u) beside the table");
-        if (run.incomplete) {
+        if (run.incomplete)
             definition(out, "Incomplete", "the table or its summary breaks off within a line");
-        }
         out << "</dl></div>\n";
     }
     out << "</div>\n";
@@ -109,12 +105,10 @@ std::string notices(const ReportData& data, const ChartLibrary& library) {
     const auto add = [&](const std::string& text) {
         out += "<p class=\"notice\">" + escaped(text) + "</p>\n";
     };
-    if (!library.script) {
+    if (!library.script)
         add("No charts: " + library.missing);
-    }
-    for (const std::string& note : data.tables->notes) {
+    for (const std::string& note : data.tables->notes)
         add(note);
-    }
     return out;
 }
 
@@ -122,30 +116,26 @@ std::string notices(const ReportData& data, const ChartLibrary& library) {
 std::string problems(const ReportData& data) {
     std::ostringstream rows;
     std::set<std::string> charted;
-    for (const FunctionView& function : data.functions) {
+    for (const FunctionView& function : data.functions)
         charted.insert(function.name);
-    }
     for (const TableRun& run : data.tables->runs) {
         for (const TestOutcome& test : run.tests) {
             const Grade grade = gradeOf(test.result);
-            if (grade == Grade::good) {
+            if (grade == Grade::good)
                 continue;
-            }
             const std::string name = escaped(test.function);
             rows << "<tr class=\"" << gradeClass(grade) << "\"><td>";
-            if (charted.contains(test.function)) {
+            if (charted.contains(test.function))
                 rows << "<a href=\"#" << anchor(test.function) << "\">" << name << "</a>";
-            } else {
+            else
                 rows << name;
-            }
             rows << "</td><td class=\"result\">" << escaped(test.result) << "</td><td>" << escaped(test.test)
                  << "</td><td>" << escaped(test.source) << "</td><td>" << escaped(run.label)
                  << "</td></tr>\n";
         }
     }
-    if (rows.str().empty()) {
+    if (rows.str().empty())
         return {};
-    }
     return "<section id=\"problems\" aria-label=\"Failed and warned tests\"><h2>Failed and warned "
            "tests</h2>\n"
            "<div "
@@ -171,9 +161,8 @@ std::string functionArticles(const ReportData& data, bool charts) {
         std::set<std::string> told;
         for (const TableRun& run : data.tables->runs) {
             const std::string result = testResult(run, function.name);
-            if (!result.empty() && gradeOf(result) != Grade::good && told.insert(result).second) {
+            if (!result.empty() && gradeOf(result) != Grade::good && told.insert(result).second)
                 out << badge(result, gradeClass(gradeOf(result)));
-            }
         }
         out << "</h3>\n";
         if (hasChart(function)) {
@@ -204,9 +193,8 @@ std::string tableCell(const std::string& content, bool number) {
 
 /** A parameter with its name, sorted by its value alone. */
 std::string parameterCell(const FunctionView& function, const RowRef& ref, std::size_t i) {
-    if (i >= function.parameterNames.size() || i >= ref.row->parameters.size()) {
+    if (i >= function.parameterNames.size() || i >= ref.row->parameters.size())
         return "<td></td>";
-    }
     const std::string value = escaped(ref.row->parameters[i]);
     const std::string& name = function.parameterNames[i];
     const bool named = name != neutralName(i);
@@ -233,17 +221,15 @@ std::vector<PageColumn> pageColumns(const ReportData& data) {
     };
     const std::vector<TableRun>& runs = data.tables->runs;
     std::size_t parameters = 0;
-    for (const FunctionView& function : data.functions) {
+    for (const FunctionView& function : data.functions)
         parameters = std::max(parameters, function.parameterNames.size());
-    }
     std::vector<PageColumn> columns;
     columns.push_back({"Function", false, [](const FunctionView& function, const RowRef&) {
                            return "<td><a href=\"#" + anchor(function.name) + "\">" + escaped(function.name) +
                                   "</a></td>";
                        }});
-    if (runs.size() > 1) {
+    if (runs.size() > 1)
         columns.push_back(text("Run", [&runs](const RowRef& ref) { return runs[ref.run].label; }));
-    }
     for (std::size_t i = 0; i < parameters; ++i) {
         columns.push_back({neutralName(i), true, [i](const FunctionView& function, const RowRef& ref) {
                                return parameterCell(function, ref, i);
@@ -266,9 +252,8 @@ std::vector<PageColumn> pageColumns(const ReportData& data) {
     columns.push_back({"Comment", false, [](const FunctionView&, const RowRef& ref) {
                            return "<td class=\"comment\">" + escaped(ref.row->comment) + "</td>";
                        }});
-    if (data.hasInterest) {
+    if (data.hasInterest)
         columns.push_back(text("Interest", [](const RowRef& ref) { return ref.row->hot ? "Hot" : ""; }));
-    }
     return columns;
 }
 
@@ -289,9 +274,8 @@ std::string tableRows(const ReportData& data, const std::vector<PageColumn>& col
             const Grade grade = result.empty() ? Grade::good : gradeOf(result);
             out += std::string("<tr class=\"") + gradeClass(grade) + "\" data-hot=\"" +
                    (function.hot ? "1" : "0") + "\" data-function=\"" + escaped(function.name) + "\">";
-            for (const PageColumn& column : columns) {
+            for (const PageColumn& column : columns)
                 out += column.cell(function, ref);
-            }
             out += "</tr>\n";
         }
     }
@@ -300,9 +284,8 @@ std::string tableRows(const ReportData& data, const std::vector<PageColumn>& col
 
 /** A script that cannot end the element that it stands in. */
 std::string scriptText(std::string text) {
-    for (std::size_t at = text.find("</"); at != std::string::npos; at = text.find("</", at + 3)) {
+    for (std::size_t at = text.find("</"); at != std::string::npos; at = text.find("</", at + 3))
         text.replace(at, 2, "<\\/");
-    }
     return text;
 }
 
@@ -327,15 +310,13 @@ std::string fill(std::string_view form, const Contents& contents) {
 
 ChartLibrary findChartLibrary(const std::filesystem::path& path) {
     std::vector<std::filesystem::path> places(libraryPlaces.begin(), libraryPlaces.end());
-    if (!path.empty()) {
+    if (!path.empty())
         places = {path};
-    }
     for (const auto& place : places) {
         std::ifstream input(place, std::ios::binary);
         std::string script{std::istreambuf_iterator<char>(input), {}};
-        if (!script.empty()) {
+        if (!script.empty())
             return {std::move(script), {}};
-        }
     }
     return {std::nullopt,
             "the chart library was not found when the page was written (" +

@@ -4,11 +4,11 @@
 #ifndef REPORTPAGE_H
 #define REPORTPAGE_H
 
+#include "reportdata.h"
+
 #include <filesystem>
 #include <optional>
 #include <string>
-
-#include "reportdata.h"
 
 /** The chart library's script, or why there is none. */
 struct ChartLibrary {

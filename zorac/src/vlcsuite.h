@@ -76,9 +76,9 @@ struct VlcData {
     }
 
     void flush() {
-        if (encoder != nullptr)
+        if (encoder)
             zorsVLCEncodeFree_32s(encoder);
-        if (decoder != nullptr)
+        if (decoder)
             zorsVLCDecodeFree_32s(decoder);
         encoder = nullptr;
         decoder = nullptr;

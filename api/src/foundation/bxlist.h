@@ -114,12 +114,11 @@ class bxList {
         if (this == &other)
             return;
         Node* mine = m_first;
-        while (mine != m_end && !other.empty()) {
+        while (mine != m_end && !other.empty())
             if (less(other.m_first->value, mine->value))
                 moveBefore(mine, other);
             else
                 mine = mine->next;
-        }
         while (!other.empty())
             moveBefore(m_end, other);
     }

@@ -1,10 +1,10 @@
 #include "framework/bxcpureport.h"
 
+#include "system/bxprobes.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
-
-#include "system/bxprobes.h"
 
 namespace {
 

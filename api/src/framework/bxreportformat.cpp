@@ -1,15 +1,15 @@
 #include "framework/bxreportformat.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <string>
-#include <utility>
-
 #include "system/bxclock.h"
 #include "system/bxcpuid.h"
 #include "system/bxcputype.h"
 #include "system/bxenvironment.h"
 #include "system/bxhost.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <utility>
 
 namespace {
 

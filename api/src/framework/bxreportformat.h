@@ -4,11 +4,11 @@
 #ifndef BXREPORTFORMAT_H
 #define BXREPORTFORMAT_H
 
+#include "foundation/bxstring.h"
+
 #include <array>
 #include <ctime>
 #include <initializer_list>
-
-#include "foundation/bxstring.h"
 
 /**
  * Places items in lines of 79 characters. A column position of 0 or more is where an item starts;

@@ -1,16 +1,15 @@
 #include "framework/bxreports.h"
+#include "framework/bxtest.h"
+#include "framework/bxtestlist.h"
+#include "output/bxcstream.h"
+#include "output/bxostream.h"
+#include "system/bxenvironment.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <string_view>
 #include <unordered_set>
-
-#include "framework/bxtest.h"
-#include "framework/bxtestlist.h"
-#include "output/bxcstream.h"
-#include "output/bxostream.h"
-#include "system/bxenvironment.h"
 
 namespace {
 

@@ -1,7 +1,5 @@
 #include "framework/bxreports.h"
 
-#include <numeric>
-
 #include "framework/bxreportformat.h"
 #include "framework/bxtest.h"
 #include "framework/bxtestlist.h"
@@ -10,6 +8,8 @@
 #include "output/bxpaths.h"
 #include "system/bxenvironment.h"
 #include "system/bxhost.h"
+
+#include <numeric>
 
 namespace {
 

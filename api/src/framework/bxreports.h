@@ -5,9 +5,9 @@
 #ifndef BXREPORTS_H
 #define BXREPORTS_H
 
-#include <initializer_list>
-
 #include "foundation/bxstringlist.h"
+
+#include <initializer_list>
 
 class bxConditions;
 class bxCStream;

@@ -1,7 +1,5 @@
 #include "framework/bxtest.h"
 
-#include <algorithm>
-
 #include "data/bxalloc.h"
 #include "framework/bxconditions.h"
 #include "framework/bxhotlist.h"
@@ -19,6 +17,8 @@
 #include "timing/bxfpwatch.h"
 #include "timing/bxsignal.h"
 #include "timing/bxwatchdog.h"
+
+#include <algorithm>
 
 namespace {
 

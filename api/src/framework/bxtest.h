@@ -4,8 +4,6 @@
 #ifndef BXTEST_H
 #define BXTEST_H
 
-#include <ctime>
-
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
 #include "framework/bxtestinfo.h"
@@ -15,6 +13,8 @@
 #include "parameters/bxparameter.h"
 #include "timing/bxresult.h"
 #include "timing/bxtool.h"
+
+#include <ctime>
 
 class bxConditions;
 class bxObject;

@@ -1,15 +1,15 @@
 #include "framework/bxtestlist.h"
 
-#include <algorithm>
-#include <string_view>
-#include <unordered_map>
-#include <vector>
-
 #include "framework/bxconditions.h"
 #include "framework/bxinterrupt.h"
 #include "framework/bxprogress.h"
 #include "framework/bxtest.h"
 #include "output/bxostream.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
 
 bxTestList* pTestList = nullptr;
 

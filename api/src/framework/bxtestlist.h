@@ -4,11 +4,11 @@
 #ifndef BXTESTLIST_H
 #define BXTESTLIST_H
 
-#include <ctime>
-
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
 #include "timing/bxresult.h"
+
+#include <ctime>
 
 class bxConditions;
 class bxParameter;

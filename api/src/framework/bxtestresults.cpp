@@ -1,11 +1,6 @@
 /** \file
  * Figures of a measurement, and how they go to the listing and the tables.
  */
-#include <algorithm>
-#include <array>
-#include <cstdio>
-#include <cstdlib>
-
 #include "framework/bxhotlist.h"
 #include "framework/bxsessionmodes.h"
 #include "framework/bxtest.h"
@@ -13,6 +8,11 @@
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
 #include "system/bxclock.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
 
 // ---- Figures ----
 

@@ -1,12 +1,12 @@
 #include "parameters/bxcacheiterator.h"
 
-#include <algorithm>
-#include <climits>
-
 #include "data/bxalloc.h"
 #include "data/bxobject.h"
 #include "output/bxostream.h"
 #include "system/bxenvironment.h"
+
+#include <algorithm>
+#include <climits>
 
 namespace {
 

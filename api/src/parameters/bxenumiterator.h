@@ -74,10 +74,9 @@ void bxEnumIterator_NCS<T>::addValidation(const bxList<T>* values) {
 
 template <class T>
 bool bxEnumIterator_NCS<T>::isAllowed(T value) const {
-    for (const T& allowed : m_allowed) {
+    for (const T& allowed : m_allowed)
         if (allowed == value)
             return true;
-    }
     return false;
 }
 

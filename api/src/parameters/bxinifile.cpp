@@ -1,12 +1,12 @@
 #include "parameters/bxinifile.h"
 
-#include <cerrno>
-#include <cstring>
-#include <string_view>
-
 #include "output/bxiostream.h"
 #include "output/bxostream.h"
 #include "parameters/bxfilereplace.h"
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
 
 namespace {
 

@@ -4,9 +4,9 @@
 #ifndef BXINIFILE_H
 #define BXINIFILE_H
 
-#include <string>
-
 #include "parameters/bxnamedlist.h"
+
+#include <string>
 
 class i_stream;
 

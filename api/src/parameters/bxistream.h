@@ -4,10 +4,10 @@
 #ifndef BXISTREAM_H
 #define BXISTREAM_H
 
-#include <memory>
-
 #include "parameters/bxdatalist.h"
 #include "parameters/bxinifile.h"
+
+#include <memory>
 
 class i_stream;
 

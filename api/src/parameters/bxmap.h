@@ -16,10 +16,9 @@ namespace bxNames {
 template <class T>
 bxString nameOf(const bxList<T>& values, const bxList<bxString>& names, T value) {
     auto name = names.begin();
-    for (auto it = values.begin(); it != values.end() && name != names.end(); ++it, ++name) {
+    for (auto it = values.begin(); it != values.end() && name != names.end(); ++it, ++name)
         if (*it == value)
             return *name;
-    }
     return "";
 }
 
@@ -28,10 +27,9 @@ template <class T>
 T valueOf(const bxList<T>& values, const bxList<bxString>& names, bxString& text) {
     text.setFailed(false);
     auto name = names.begin();
-    for (auto it = values.begin(); it != values.end() && name != names.end(); ++it, ++name) {
+    for (auto it = values.begin(); it != values.end() && name != names.end(); ++it, ++name)
         if (fitString(text, *name, 0))
             return *it;
-    }
     text.setFailed(true);
     return T();
 }
@@ -110,10 +108,9 @@ class bxMapDefault : public bxDefault_NSC<T> {
     /** The name of a value; a new value is entered with an empty name. */
     bxString& operator[](T value) {
         auto name = m_names.begin();
-        for (auto it = m_values.begin(); it != m_values.end(); ++it, ++name) {
+        for (auto it = m_values.begin(); it != m_values.end(); ++it, ++name)
             if (*it == value)
                 return *name;
-        }
         m_values.insert(m_values.end(), value);
         return *m_names.insert(m_names.end(), "");
     }

@@ -4,11 +4,11 @@
 #ifndef BXNAMEDLIST_H
 #define BXNAMEDLIST_H
 
-#include <string>
-#include <unordered_map>
-
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
+
+#include <string>
+#include <unordered_map>
 
 /**
  * A `bxList<T>` with an index by name beside it: `Name` gives an element's name, which must not change while

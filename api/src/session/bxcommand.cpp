@@ -13,9 +13,8 @@ bool isKeyString(const bxString& word) {
 }
 
 bool bxCommandKey::setArg(bxString word, bxString next) {
-    if (!isKeyString(word)) {
+    if (!isKeyString(word))
         return false;
-    }
     m_key = word.c_str()[1];
     bxString rest = word.substr(2);
     bxString sign;
@@ -28,18 +27,16 @@ bool bxCommandKey::setArg(bxString word, bxString next) {
 }
 
 bool bxCommandKey::getArg(char key, bxString& argument) const {
-    if (!isKey(key)) {
+    if (!isKey(key))
         return false;
-    }
     argument = m_argument;
     return true;
 }
 
 void bxCommandList::setArgs(int argc, char** argv) {
     bxStringList words;
-    for (int i = 0; i < argc; ++i) {
+    for (int i = 0; i < argc; ++i)
         words.insert(words.end(), argv[i]);
-    }
     setArgs(words);
 }
 
@@ -66,9 +63,8 @@ void bxCommandList::setArgs(const bxStringList& words) {
 
 bool bxCommandList::setArg(bxString word, bxString next) {
     bxCommandKey key;
-    if (!key.setArg(word, next)) {
+    if (!key.setArg(word, next))
         return false;
-    }
     insert(end(), key);
     return true;
 }
@@ -84,8 +80,7 @@ bool bxCommandList::isKey(char key) const {
 
 bool bxCommandList::getArg(char key, bxString& argument) const {
     bool found = false;
-    for (const bxCommandKey& item : *this) {
+    for (const bxCommandKey& item : *this)
         found = item.getArg(key, argument) || found;
-    }
     return found;
 }

@@ -4,19 +4,19 @@
 #ifndef BXKEYS_H
 #define BXKEYS_H
 
-#include <span>
-
 #include "session/bxkeytexts.h"
 #include "session/bxoption.h"
 
-/// What has to hold for a key to exist in this program.
+#include <span>
+
+/** What has to hold for a key to exist in this program. */
 enum class bxKeyNeeds {
     nothing,
     nameTables, ///< some unit asked for the name table keys (bxRegQKeys)
     libraryCore ///< the core of the tested library is linked and bound
 };
 
-/// A row of the key table. The texts are static; the session makes a bxOption of each row that applies.
+/** A row of the key table. The texts are static; the session makes a bxOption of each row that applies. */
 struct bxKeyRow {
     char key;
     bxKeyNeeds needs;
@@ -27,14 +27,14 @@ struct bxKeyRow {
     const char* descr;
 };
 
-/// All keys in the order of registration, which is the order of the help.
+/** All keys in the order of registration, which is the order of the help. */
 std::span<const bxKeyRow> bxKeyTable();
 
-/// Help that was asked for: 0 none, 1 the short help, else the character behind -h or -?.
+/** Help that was asked for: 0 none, 1 the short help, else the character behind -h or -?. */
 extern char s_hintArg;
-/// Hidden keys stay out of the help; cleared by -?.
+/** Hidden keys stay out of the help; cleared by -?. */
 extern bool s_hintHide;
-/// -v was given.
+/** -v was given. */
 extern bool s_version;
 
 // Console and its detail. Letters that are not listed count for nothing.

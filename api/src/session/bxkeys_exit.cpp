@@ -7,7 +7,7 @@ bool s_hintHide = true;
 bool s_version = false;
 
 namespace {
-/// A -e mode for each argument; the last row stands for any other.
+/** A -e mode for each argument; the last row stands for any other. */
 struct EnumMode {
     const char* argument;
     int mode;
@@ -19,22 +19,20 @@ constexpr EnumMode enumModes[] = {{"+", 1, "enumerate applied and not applied li
 
 const EnumMode& enumModeOf(const bxString& argument) {
     const EnumMode* row = enumModes;
-    while (row->argument != nullptr && !(argument == row->argument)) {
+    while (row->argument && !(argument == row->argument))
         ++row;
-    }
     return *row;
 }
 
-/// What help an argument of -h or -? asks for.
+/** What help an argument of -h or -? asks for. */
 char hintOf(const bxString& argument) {
     return argument.length() > 0 ? argument.c_str()[0] : char(1);
 }
 
 bxString hintInfo(const bxString& argument, char full, const char* shortText, const char* fullText) {
     const char what = hintOf(argument);
-    if (what == 1) {
+    if (what == 1)
         return shortText;
-    }
     return what == full ? bxString(fullText)
                         : bxString("type extended help for -") + bxString(what) + " key and exit";
 }

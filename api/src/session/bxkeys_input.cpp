@@ -9,7 +9,7 @@
 namespace {
 constexpr int askAll = askTiming | askParameters | askAlignment | askTests;
 
-/// Without any letter that counts, everything is asked.
+/** Without any letter that counts, everything is asked. */
 int askModeOf(const bxString& argument) {
     struct Letter {
         char letter;
@@ -17,11 +17,9 @@ int askModeOf(const bxString& argument) {
     };
     static constexpr Letter letters[] = {{'T', askTiming}, {'P', askParameters}, {'M', askAlignment}};
     int mode = 0;
-    for (const char* c = argument.c_str(); *c != '\0'; ++c) {
-        for (const Letter& row : letters) {
+    for (const char* c = argument.c_str(); *c != '\0'; ++c)
+        for (const Letter& row : letters)
             mode |= *c == row.letter ? row.mode : 0;
-        }
-    }
     return mode != 0 ? mode : askAll;
 }
 
@@ -48,11 +46,9 @@ bxString A_info(bxString argument) {
                                      {askTests, " each test parameters"}};
     const int mode = askModeOf(argument);
     bxString text;
-    for (const Part& part : parts) {
-        if ((mode & part.mode) != 0) {
+    for (const Part& part : parts)
+        if ((mode & part.mode) != 0)
             text += bxString(text.length() > 0 ? "," : "") + part.text;
-        }
-    }
     return bxSession::unlessExit(1, bxString("ask") + text + " from console");
 }
 void A_apply(bxString argument, bxSession* session) {
@@ -64,11 +60,10 @@ bxString d_info(bxString argument) {
     bxString name = equals < 0 ? bxString() : argument.substr(0, equals);
     name.trim();
     bxString text = bxString("set BX parameter ") + argument;
-    if (argument.length() == 0) {
+    if (argument.length() == 0)
         text = "ignored: empty data argument";
-    } else if (name.length() == 0) {
+    else if (name.length() == 0)
         text = "ignored: incorrect data format";
-    }
     return bxSession::unlessExit(1, text);
 }
 void d_apply(bxString argument, bxSession*) {

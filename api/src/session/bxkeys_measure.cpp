@@ -15,15 +15,13 @@ struct Priority {
 constexpr Priority priorities[] = {{'H', 1, "high"}, {'N', 2, "normal"}, {'L', 3, "low"}};
 
 const Priority* priorityOf(const bxString& argument) {
-    for (const Priority& row : priorities) {
-        if (argument.length() > 0 && argument.c_str()[0] == row.letter) {
+    for (const Priority& row : priorities)
+        if (argument.length() > 0 && argument.c_str()[0] == row.letter)
             return &row;
-        }
-    }
     return nullptr;
 }
 
-/// 0 for text that is no number.
+/** 0 for text that is no number. */
 int threadsOf(bxString argument) {
     int threads = 0;
     threads << argument;
@@ -40,18 +38,16 @@ bxString Y_info(bxString argument) {
                                         : bxString("ignored: incorrect process priority value"));
 }
 void Y_apply(bxString argument, bxSession*) {
-    if (const Priority* priority = priorityOf(argument)) {
+    if (const Priority* priority = priorityOf(argument))
         bxTool::m_priority = priority->value;
-    }
 }
 
 bxString T_info(bxString argument) {
     bxString text = bxString("call zorInitStaticCpu ( zorCpu") + argument + " )";
-    if (zorEnvironment == nullptr) {
+    if (!zorEnvironment)
         text = noEnvironment;
-    } else if (bxCpuType::cpuType(argument) == -1) {
+    else if (bxCpuType::cpuType(argument) == -1)
         text = "ignored: incorrect CPU type";
-    }
     return text;
 }
 void T_apply(bxString argument, bxSession*) {
@@ -60,11 +56,10 @@ void T_apply(bxString argument, bxSession*) {
 
 bxString N_info(bxString argument) {
     bxString text = bxString("call zorSetNumThreads(") + argument + ")";
-    if (zorEnvironment == nullptr) {
+    if (!zorEnvironment)
         text = noEnvironment;
-    } else if (threadsOf(argument) < 1) {
+    else if (threadsOf(argument) < 1)
         text = "ignored: incorrect number of threads";
-    }
     return text;
 }
 void N_apply(bxString argument, bxSession*) {

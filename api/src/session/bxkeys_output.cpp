@@ -15,11 +15,9 @@ constexpr Level levels[] = {{'E', 1}, {'W', 3}, {'P', 7}, {'I', 15}, {'T', 23}, 
 
 int levelOf(const bxString& argument) {
     int mask = 0;
-    for (const char* c = argument.c_str(); *c != '\0'; ++c) {
-        for (const Level& row : levels) {
+    for (const char* c = argument.c_str(); *c != '\0'; ++c)
+        for (const Level& row : levels)
             mask |= *c == row.letter ? row.mask : 0;
-        }
-    }
     return mask;
 }
 
@@ -31,11 +29,10 @@ bool toResultTable(const bxString& argument) {
     return argument.length() > 0 && argument.c_str()[0] == '+';
 }
 
-/// Report of -l and -p.
+/** Report of -l and -p. */
 bxString directoryInfo(const char* text, const bxString& argument) {
-    if (argument.length() == 0) {
+    if (argument.length() == 0)
         return "ignored: empty directory name";
-    }
     return bxString(text) + bxSession::genDirName(argument);
 }
 } // namespace
@@ -50,9 +47,8 @@ bxString L_info(bxString argument) {
         {16, ",tracing info"}, {32, ",memory info"}, {64, ",data info"}};
     const int mask = levelOf(argument);
     bxString text = "write ";
-    for (const Name& name : names) {
+    for (const Name& name : names)
         text += (mask & name.bit) != 0 ? name.text : "";
-    }
     text += " to console";
     return bxSession::unlessExit(1,
                                  mask != 0 ? text : bxString("ignored: incorrect level of console output"));
@@ -134,9 +130,8 @@ void g_apply(bxString argument, bxSession* session) {
 }
 
 bxString n_info(bxString argument) {
-    if (argument.length() == 0) {
+    if (argument.length() == 0)
         return "ignored: empty default name";
-    }
     return bxString("name ini-file and output files as ") + argument + ".<proper-ext>";
 }
 void n_apply(bxString, bxSession*) {}

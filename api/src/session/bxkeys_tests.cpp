@@ -6,13 +6,13 @@
 #include "session/bxsession.h"
 
 namespace {
-/// Report of a condition around its pattern.
+/** Report of a condition around its pattern. */
 struct ConditionText {
     const char* before;
     const char* after;
 };
 
-/// `texts` has a row for each kind of condition.
+/** `texts` has a row for each kind of condition. */
 bxString conditionInfo(bxString argument, const ConditionText (&texts)[4], const char* empty) {
     const int kind = getCondition(argument);
     return bxSession::unlessExit(2, kind == condNone ? bxString(empty)
@@ -28,9 +28,8 @@ RunCondition* makeCondition(bxString pattern) {
 
 void addCondition(bxString argument, const MakeCondition (&make)[4], bxSession* session) {
     const int kind = getCondition(argument);
-    if (kind != condNone) {
+    if (kind != condNone)
         session->addCondition(make[kind](argument));
-    }
 }
 
 bool isOnly(const bxString& argument) {

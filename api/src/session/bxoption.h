@@ -8,9 +8,9 @@
 
 class bxSession;
 
-/// Describes in words what a key does with this argument, for the report of the command line.
+/** Describes in words what a key does with this argument, for the report of the command line. */
 using bxKeyInfo = bxString (*)(bxString argument);
-/// Carries the key out.
+/** Carries the key out. */
 using bxKeyApply = void (*)(bxString argument, bxSession* session);
 
 struct bxOption {

@@ -10,17 +10,17 @@
 class bxSession;
 class bxTool;
 
-/// The session to run in place of the default one; null: the default.
+/** The session to run in place of the default one; null: the default. */
 extern bxSession* pSession;
-/// Keys that hold when the user gives none; null until the first registration.
+/** Keys that hold when the user gives none; null until the first registration. */
 extern bxString* pCmdLine;
-/// Sets method and numbers that the timing questions offer as defaults; null: Auto.
+/** Sets method and numbers that the timing questions offer as defaults; null: Auto. */
 extern void (*initTimingMethod)(bxTool&);
-/// The keys -q and -Q exist.
+/** The keys -q and -Q exist. */
 extern bool qKeys;
 
 int bxRegSession(bxSession* session);
-/// Appends a blank and the text to the forced command line.
+/** Appends a blank and the text to the forced command line. */
 int bxRegCmdLine(bxString text);
 int bxRegTimingMethod(void (*initialiser)(bxTool&));
 int bxRegQKeys();

@@ -1,8 +1,5 @@
 #include "session/bxsession.h"
 
-#include <array>
-#include <ctime>
-
 #include "framework/bxhotlist.h"
 #include "framework/bxinfotests.h"
 #include "framework/bxinterrupt.h"
@@ -22,20 +19,22 @@
 #include "system/bxenvironment.h"
 #include "timing/bxexception.h"
 
+#include <array>
+#include <ctime>
+
 const char* const BX_version = "2.0";
 int bxSession::m_exitLevel = 0;
 
 namespace {
-/// What zor_Init answers where no core of the library is bound.
+/** What zor_Init answers where no core of the library is bound. */
 constexpr int coreMissing = -2;
 } // namespace
 
 bxSession::bxSession() = default;
 
 bxSession::~bxSession() {
-    for (bxOption* option : m_options) {
+    for (bxOption* option : m_options)
         delete option;
-    }
 }
 
 void bxSession::initSession() {
@@ -50,9 +49,8 @@ void bxSession::initSession() {
     for (const bxKeyRow& row : bxKeyTable()) {
         const bool missing = (row.needs == bxKeyNeeds::nameTables && !qKeys) ||
                              (row.needs == bxKeyNeeds::libraryCore && !coreBound);
-        if (!missing) {
+        if (!missing)
             initOption(row.key, row.help, row.info, row.apply, row.descr, row.hidden);
-        }
     }
 }
 
@@ -68,9 +66,8 @@ int bxSession::run(int argc, char** argv) {
     const int status = goesOn ? measure() : 0;
 
     pTestList->endTime = std::time(nullptr);
-    if (m_headerWritten) {
+    if (m_headerWritten)
         outputFooter();
-    }
     reportWriteFailures();
     outputSignal();
     deleteTestList();
@@ -78,38 +75,32 @@ int bxSession::run(int argc, char** argv) {
 }
 
 void bxSession::attachConsole() {
-    for (const o_stream* output : g_ostrm) {
-        if (output == &c_out) {
+    for (const o_stream* output : g_ostrm)
+        if (output == &c_out)
             return;
-        }
-    }
     g_ostrm.push_back(&c_out);
 }
 
 int bxSession::measure() {
     applyLibrarySettings();
-    if (!m_quickMode) {
+    if (!m_quickMode)
         sortTests();
-    }
     outputHeader();
     m_headerWritten = true;
-    if (s_parmFunc != nullptr) {
+    if (s_parmFunc)
         s_parmFunc();
-    }
     selectTestParameters();
-    if (!settleCommonData()) {
+    if (!settleCommonData())
         return 0;
-    }
-    if (g_pHotList == nullptr) {
+    if (!g_pHotList)
         g_pHotList = new bxStringList;
-    }
     putTableTitle();
     const bool failed = pTestList->runTests(*m_conditions);
     return failed || bxInterrupted() ? 1 : 0;
 }
 
 void bxSession::applyLibrarySettings() {
-    if (zorEnvironment != nullptr) {
+    if (zorEnvironment) {
         initStaticCpu();
         setNumThreads();
         setZorEnvironment();
@@ -126,27 +117,23 @@ void bxSession::sortTests() {
 }
 
 bool bxSession::quickOutput() {
-    if (s_version || s_hintArg != 0) {
+    if (s_version || s_hintArg != 0)
         g_ostrm << "\nQuarn(R) Calvix. Benchex " << BX_version << ", " << __DATE__ << "\n";
-    }
     if (s_hintArg != 0) {
         hint(s_hintArg, s_hintHide);
         return true;
     }
-    if (m_enumMode > 1) { // no -e key
+    if (m_enumMode > 1) // no -e key
         return s_version;
-    }
-    if (m_enumMode == 0 && !m_quickMode) {
+    if (m_enumMode == 0 && !m_quickMode)
         pTestList->sortFunc();
-    }
     listTests(m_enumMode);
     return true;
 }
 
 void bxSession::selectTestParameters() {
-    if (g_pParmList == nullptr) {
+    if (!g_pParmList)
         return;
-    }
     const bool batchMode = m_batchMode;
     const int mode = m_askMode;
     m_batchMode = true;
@@ -175,9 +162,8 @@ void bxSession::beginCommonData() {
 
 void bxSession::endCommonData() {
     g_ostrm.setOutLevel(m_levelMode);
-    if ((m_askMode & askTests) == 0) {
+    if ((m_askMode & askTests) == 0)
         g_istrm.setIStream(nullptr);
-    }
 }
 
 void bxSession::readCommonData() {
@@ -185,9 +171,8 @@ void bxSession::readCommonData() {
     int asked = readTimingMethod();
     bxReadPrecise();
     asked += readTestParameters() + readDataOffset();
-    if (asked != 0) {
+    if (asked != 0)
         g_ostrm << ERR << getEnterTitle("End of common specifications") << endMessage;
-    }
 }
 
 bool bxSession::startSession() {

@@ -4,8 +4,6 @@
 #ifndef BXSESSION_H
 #define BXSESSION_H
 
-#include <memory>
-
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
 #include "framework/bxconditions.h"
@@ -16,10 +14,12 @@
 #include "session/bxcommand.h"
 #include "session/bxoption.h"
 
-/// Version number in the banner.
+#include <memory>
+
+/** Version number in the banner. */
 extern const char* const BX_version;
 
-/// The session. One exists per process; a unit may register one of its own class and replace any step.
+/** The session. One exists per process; a unit may register one of its own class and replace any step. */
 class bxSession : public bxPaths, public bxSessionModes {
   public:
     bxSession();
@@ -28,12 +28,14 @@ class bxSession : public bxPaths, public bxSessionModes {
     bxSession& operator=(const bxSession&) = delete;
 
   protected:
-    /// Initial settings and the registered keys.
+    /** Initial settings and the registered keys. */
     virtual void initSession();
 
   public:
-    /// One complete run; the exit status: 1 when a test ended in a failure or the run was interrupted, else
-    /// 0.
+    /**
+     * One complete run; the exit status: 1 when a test ended in a failure or the run was interrupted, else
+     * 0.
+     */
     virtual int run(int argc, char** argv);
 
   protected:
@@ -41,22 +43,23 @@ class bxSession : public bxPaths, public bxSessionModes {
     virtual void funcTitleToCStream();
     virtual void parmsTitleToCStream();
     virtual void resultTitleToCStream();
-    /// The heads of the result table and, where name lines are wanted in a table of their own, of that table.
+    /** The heads of the result table and, where name lines are wanted in a table of their own, of that table.
+     */
     virtual void putTableTitle();
-    /// One head line into the result table; fixes the number of parameter and result columns.
+    /** One head line into the result table; fixes the number of parameter and result columns. */
     virtual void putTableTitleLine();
 
-    /// For derived sessions; false ends the run before anything is measured.
+    /** For derived sessions; false ends the run before anything is measured. */
     virtual bool startSession();
-    /// Settles what depends on several keys.
+    /** Settles what depends on several keys. */
     virtual void updateOptions();
-    /// Reads and applies the keys; false after a fatal error.
+    /** Reads and applies the keys; false after a fatal error. */
     virtual bool parseCommandLine(int argc, char** argv);
 
-    /// Enumeration of tests (mode 0) or library functions (1 all, -1 those that no test measures).
+    /** Enumeration of tests (mode 0) or library functions (1 all, -1 those that no test measures). */
     virtual void listTests(int mode);
 
-    /// Help by the character behind -h or -?; 1 stands for none.
+    /** Help by the character behind -h or -?; 1 stands for none. */
     virtual void hint(char what, bool hide);
     virtual void hint_quick(bool hide);
     virtual void hint_full(bool hide);
@@ -66,21 +69,21 @@ class bxSession : public bxPaths, public bxSessionModes {
     virtual void outputFooter();
 
   public:
-    /// Writes the signal file when one was asked for.
+    /** Writes the signal file when one was asked for. */
     virtual void outputSignal();
 
   protected:
-    /// Timing method, common parameters and data alignment. May throw bxException for a wrong value.
+    /** Timing method, common parameters and data alignment. May throw bxException for a wrong value. */
     virtual void readCommonData();
 
   public:
-    /// True when a key is present that ends the run early: 1 -e, 2 -h or -?, 3 -v.
+    /** True when a key is present that ends the run early: 1 -e, 2 -h or -?, 3 -v. */
     static bool isExit(int level);
-    /// What the report says of a key that has no effect because of such a key.
+    /** What the report says of a key that has no effect because of such a key. */
     static bxString getExitInfo();
-    /// The text, or why it does not hold when isExit(level).
+    /** The text, or why it does not hold when isExit(level). */
     static bxString unlessExit(int level, bxString text);
-    /// Three lines of 79 characters: the title in a box of stars.
+    /** Three lines of 79 characters: the title in a box of stars. */
     static bxString getEnterTitle(bxString title);
 
     void addAskMode(int mode) { m_askMode |= mode; }
@@ -89,10 +92,10 @@ class bxSession : public bxPaths, public bxSessionModes {
     void setEnumMode(int mode) { m_enumMode = mode; }
     void addLevelMode(OutputLevel level);
     void setIniMode(bxString path, bool write);
-    /// Appends a condition, which the session then owns.
+    /** Appends a condition, which the session then owns. */
     void addCondition(RunCondition* condition);
     void unopenedFile() { m_unopenedFile = true; }
-    /// Attaches one more file to a stream; one that cannot be opened marks the session.
+    /** Attaches one more file to a stream; one that cannot be opened marks the session. */
     void openOutput(bxOutputs& stream, const bxString& path, bool append);
     void setSglName(bxString name);
 
@@ -101,41 +104,41 @@ class bxSession : public bxPaths, public bxSessionModes {
     OutputLevel levelMode() const { return m_levelMode; }
 
     void initOption(char key, bxString help, bxKeyInfo info, bxKeyApply apply, bxString descr, bool hidden);
-    /// The first registered key of this character, or null.
+    /** The first registered key of this character, or null. */
     bxOption* getOption(char key);
-    /// Reports one key and carries it out.
+    /** Reports one key and carries it out. */
     void applyOption(char key, bxString argument);
 
     static int m_exitLevel; ///< 0 none, 1 -e, 2 -h or -?, 3 -v
 
   protected:
     // Steps of a run.
-    /// Everything from the library settings to the last test; returns the exit status.
+    /** Everything from the library settings to the last test; returns the exit status. */
     int measure();
     void attachConsole();
     void applyLibrarySettings();
     void sortTests();
-    /// Writes the banner, the help or the enumeration; true when the run ends there.
+    /** Writes the banner, the help or the enumeration; true when the run ends there. */
     bool quickOutput();
     void selectTestParameters();
     void beginCommonData();
     void endCommonData();
-    /// All common settings; false when a wrong value ended them.
+    /** All common settings; false when a wrong value ended them. */
     bool settleCommonData();
 
     // Steps of the command line.
     void resetOptions();
-    /// The keys of the first source that has any, which the report names.
+    /** The keys of the first source that has any, which the report names. */
     bxCommandList readCommandKeys(int argc, char** argv);
     void settleExitLevel(const bxCommandList& keys);
     void settlePaths(const bxCommandList& keys);
-    /// First line of the program's ".cfg" file and the path under which it was found.
+    /** First line of the program's ".cfg" file and the path under which it was found. */
     bool readCfgFile(bxString& args, bxString& path);
     bool openIniFile();
-    /// Ends the report with an error that ends the run.
+    /** Ends the report with an error that ends the run. */
     bool fatalError(const char* text);
 
-    /// Names every output that did not take all that was written to it, as on a full disk.
+    /** Names every output that did not take all that was written to it, as on a full disk. */
     void reportWriteFailures();
 
     // Questions of the common settings; each returns whether its group was open to the console.
@@ -159,7 +162,7 @@ class bxSession : public bxPaths, public bxSessionModes {
     bool m_headerWritten = false;
 
   private:
-    /// An output file named by a key; the stream that it is attached to owns it.
+    /** An output file named by a key; the stream that it is attached to owns it. */
     struct OutputFile {
         bxString path;
         const o_stream* file = nullptr;

@@ -1,6 +1,4 @@
 // From the words of the command line to applied keys.
-#include <algorithm>
-
 #include "output/bxostream.h"
 #include "parameters/bxistream.h"
 #include "session/bxdialogue.h"
@@ -8,8 +6,10 @@
 #include "session/bxsession.h"
 #include "system/bxcputype.h"
 
+#include <algorithm>
+
 namespace {
-/// Labels of the library's processor types in lines of the extended help, without the last line end.
+/** Labels of the library's processor types in lines of the extended help, without the last line end. */
 bxString cpuTypeLines() {
     constexpr int columns = 96;
     bxString lines;
@@ -34,17 +34,14 @@ bool bxSession::parseCommandLine(int argc, char** argv) {
     settleExitLevel(keys);
     settlePaths(keys);
     g_ostrm.setOutLevel(outPerf);
-    for (const bxCommandKey& key : keys) {
+    for (const bxCommandKey& key : keys)
         applyOption(key.key(), key.argument());
-    }
     g_ostrm << m_optionsText;
     m_optionsText = "";
-    if (m_unopenedFile) {
+    if (m_unopenedFile)
         return fatalError("FATAL ERROR: can't open output file for writing\n");
-    }
-    if (!openIniFile()) {
+    if (!openIniFile())
         return fatalError("FATAL ERROR: can't open ini-file for writing\n");
-    }
     updateOptions();
     return true;
 }
@@ -71,7 +68,7 @@ bxCommandList bxSession::readCommandKeys(int argc, char** argv) {
     } else if (readCfgFile(line, path)) {
         keys.setArgs(line.c_str());
         m_optionsText << "read from " << path << " file\n";
-    } else if (pCmdLine != nullptr) {
+    } else if (pCmdLine) {
         keys.setArgs(pCmdLine->c_str());
         m_optionsText += "set by _FORCE_CMDLINE preprocessor definition\n";
     } else {
@@ -85,7 +82,7 @@ bool bxSession::readCfgFile(bxString& args, bxString& path) {
     const bxString name = m_exePath.getFileTitle() + ".cfg";
     for (const bxString& place : {name, m_exePath.getFileDir() + name}) {
         i_stream file(place, ioRead | ioNameAsGiven, false);
-        if (file.handle() != nullptr) {
+        if (file.handle()) {
             file.getline(args);
             args = args.substr(0, maxLine);
             path = place;
@@ -97,13 +94,12 @@ bool bxSession::readCfgFile(bxString& args, bxString& path) {
 
 void bxSession::settleExitLevel(const bxCommandList& keys) {
     m_exitLevel = 0;
-    if (keys.isKey('?') || keys.isKey('h')) {
+    if (keys.isKey('?') || keys.isKey('h'))
         m_exitLevel = 2;
-    } else if (keys.isKey('e')) {
+    else if (keys.isKey('e'))
         m_exitLevel = 1;
-    } else if (keys.isKey('v')) {
+    else if (keys.isKey('v'))
         m_exitLevel = 3;
-    }
 }
 
 void bxSession::settlePaths(const bxCommandList& keys) {
@@ -118,9 +114,8 @@ void bxSession::settlePaths(const bxCommandList& keys) {
 }
 
 bool bxSession::openIniFile() {
-    if (m_iniName.empty()) {
+    if (m_iniName.empty())
         return true;
-    }
     return g_istrm.setIniFile(m_iniName, m_iniWrite) || !m_iniWrite;
 }
 
@@ -132,15 +127,13 @@ bool bxSession::fatalError(const char* text) {
 void bxSession::updateOptions() {
     if (bxOption* option = getOption('T')) {
         const int tab = option->descr.find("\t");
-        if (tab >= 0) {
+        if (tab >= 0)
             option->descr = option->descr.substr(0, tab) + cpuTypeLines() + option->descr.substr(tab + 1);
-        }
     }
-    if (m_batchMode) {
+    if (m_batchMode)
         m_askMode = 0;
-    } else if (m_askMode == 0) {
+    else if (m_askMode == 0)
         m_askMode = askTiming | askParameters;
-    }
 }
 
 void bxSession::initOption(char key, bxString help, bxKeyInfo info, bxKeyApply apply, bxString descr,
@@ -157,7 +150,7 @@ bxOption* bxSession::getOption(char key) {
 void bxSession::applyOption(char key, bxString argument) {
     m_optionsText << "-" << key << argument << ": ";
     const bxOption* option = getOption(key);
-    if (option == nullptr) {
+    if (!option) {
         m_optionsText += "ignored: incorrect option key\n";
         return;
     }

@@ -1,7 +1,5 @@
 // What a session writes beside the reports of the tests: table heads, run title, summary, enumeration and
 // signal file.
-#include <ctime>
-
 #include "framework/bxreportformat.h"
 #include "framework/bxreports.h"
 #include "framework/bxtest.h"
@@ -9,6 +7,8 @@
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
 #include "session/bxsession.h"
+
+#include <ctime>
 
 void bxSession::funcTitleToCStream() {
     g_cstrm << "Function"
@@ -18,9 +18,8 @@ void bxSession::funcTitleToCStream() {
 
 void bxSession::parmsTitleToCStream() {
     constexpr int numParms = 8;
-    for (int i = 1; i <= numParms; ++i) {
+    for (int i = 1; i <= numParms; ++i)
         g_cstrm << (bxString("P") << i);
-    }
 }
 
 void bxSession::resultTitleToCStream() {
@@ -29,9 +28,8 @@ void bxSession::resultTitleToCStream() {
             << "per"
             << "Time (usec)"
             << "MFlops";
-    if (bxTest::m_hot != 0) {
+    if (bxTest::m_hot != 0)
         g_cstrm << "Interest";
-    }
 }
 
 void bxSession::putTableTitle() {
@@ -76,20 +74,17 @@ void bxSession::outputFooter() {
 }
 
 void bxSession::outputSignal() {
-    if (m_sglName.empty()) {
+    if (m_sglName.empty())
         return;
-    }
     o_stream file(m_sglName, ioWrite | ioNameAsGiven, true);
-    if (file.handle() == nullptr) {
+    if (!file.handle())
         return;
-    }
     const double seconds = std::difftime(pTestList->endTime, pTestList->startTime);
     file << bxReportFormat::getTimeStr(static_cast<int>(seconds)) << "\n"
          << std::ctime(&pTestList->endTime) << "\n";
     file.flush();
-    if (file.failed()) {
+    if (file.failed())
         g_ostrm << ERR << "-- Can't write all of file " << m_sglName << "\n" << endMessageFlush;
-    }
 }
 
 void bxSession::openOutput(bxOutputs& stream, const bxString& path, bool append) {
@@ -103,15 +98,11 @@ void bxSession::openOutput(bxOutputs& stream, const bxString& path, bool append)
 
 void bxSession::reportWriteFailures() {
     for (bxOutputs* stream : {static_cast<bxOutputs*>(&g_ostrm), static_cast<bxOutputs*>(&g_cstrm),
-                              static_cast<bxOutputs*>(&g_qstrm), static_cast<bxOutputs*>(&g_ustrm)}) {
+                              static_cast<bxOutputs*>(&g_qstrm), static_cast<bxOutputs*>(&g_ustrm)})
         stream->flush();
-    }
-    for (const OutputFile& output : m_outputFiles) {
-        if (output.file->failed()) {
+    for (const OutputFile& output : m_outputFiles)
+        if (output.file->failed())
             g_ostrm << ERR << "-- Can't write all of file " << output.path << "\n" << endMessageFlush;
-        }
-    }
-    if (c_out.failed()) {
+    if (c_out.failed())
         std::fputs("-- Can't write all of the listing to standard output\n", stderr);
-    }
 }

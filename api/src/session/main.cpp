@@ -1,22 +1,22 @@
-#include <csignal>
-#include <fcntl.h>
-#include <optional>
-#include <unistd.h>
-
 #include "data/bxalloc.h"
 #include "output/bxtrace.h"
 #include "session/bxregister.h"
 #include "session/bxsession.h"
 
+#include <csignal>
+#include <fcntl.h>
+#include <optional>
+#include <unistd.h>
+
 namespace {
-/// A file opened later must not get the number of a standard stream that the caller has closed: the listing
-/// would be written into it.
+/**
+ * A file opened later must not get the number of a standard stream that the caller has closed: the listing
+ * would be written into it.
+ */
 void keepStandardStreams() {
-    for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
-        if (fcntl(number, F_GETFD) == -1) {
+    for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number)
+        if (fcntl(number, F_GETFD) == -1)
             open("/dev/null", O_RDWR);
-        }
-    }
 }
 } // namespace
 

@@ -12,7 +12,7 @@
 
 /** \name Bound core functions
  * Null until `setZorEnvironment`, then the library's functions or the fallbacks. */
-///@{
+/** @{ */
 extern int (*zor_GetCpuType)();
 extern int (*zor_GetNumCoresOnDie)();
 extern ZorStatus (*zor_GetMaxCacheSizeB)(int* sizeByte);
@@ -20,7 +20,7 @@ extern const char* (*zor_GetStatusString)(ZorStatus status);
 extern ZorStatus (*zor_Init)();
 extern ZorStatus (*zor_InitCpu)(int cpuType);
 extern ZorStatus (*zor_SetNumThreads)(int number);
-///@}
+/** @} */
 
 using bxEnvironmentHook = void (*)();
 using bxVersionHook = const ZorLibraryVersion* (*)();
@@ -57,7 +57,7 @@ void setNumThreads();
 void setZorLibInfo();
 
 /** \name Fallbacks for a library without core functions */
-///@{
+/** @{ */
 int bx_zorGetCpuType();
 int bx_zorGetNumCoresOnDie();
 ZorStatus bx_zorGetMaxCacheSizeB(int* size);
@@ -65,6 +65,6 @@ const char* s_zorGetStatusString(ZorStatus status);
 ZorStatus s_zorInit();
 ZorStatus s_zorInitCpu(int cpuType);
 ZorStatus s_zorSetNumThreads(int number);
-///@}
+/** @} */
 
 #endif

@@ -8,7 +8,7 @@ class CPUID;
 
 /** \name Probes
  * Each executes CPUID and returns 0 or 1; all return 0 on a processor without CPUID. */
-///@{
+/** @{ */
 int zor_has_cpuid();          ///< the ID bit of EFLAGS can be toggled
 int zor_has_rdtsc();          ///< time-stamp counter
 int zor_is_mmx_extension();   ///< MMX
@@ -23,7 +23,7 @@ int zor_is_movbe();           ///< MOVBE
 int zor_is_avx_extension();   ///< AVX, with the state saved by the operating system
 int zor_is_x64_extension();   ///< 64-bit long mode
 int zor_is_GenuineQuarn();    ///< the vendor string is "GenuineQuarn"
-///@}
+/** @} */
 
 /** The highest standard CPUID leaf (EAX of leaf 0); 0 without CPUID. */
 int zor_max_cpuid_input();

@@ -10,7 +10,7 @@
 #include "system/bxprobes.h"
 
 /** \name Registers */
-///@{
+/** @{ */
 /** x87 control word = (old & ~mask) | (value & mask); returns the old one. */
 unsigned int bx_set_cw_fpu(unsigned int value, unsigned int mask);
 /** x87 status word. */
@@ -21,7 +21,7 @@ unsigned int bx_clear_fpu();
 unsigned int bx_set_ssx(unsigned int value, unsigned int mask);
 /** MXCSR. */
 unsigned int bx_get_ssx();
-///@}
+/** @} */
 
 /** The x87 side: default settings and texts. */
 class ts87Base {

@@ -33,7 +33,7 @@ class bxTool {
     enum Method { methodAuto, methodLoop, methodStat, methodBest };
 
     /** \name Figures and settings */
-    ///@{
+    /** @{ */
     bxResult result = UNDEFINED; ///< worst result of the current timing
     double funcClocks = 0;       ///< clocks per call
     int loops = 0;               ///< calls of the last loop measurement
@@ -56,15 +56,15 @@ class bxTool {
     bool precise = false;    ///< measure by differences against a chain of additions, whatever the method
     double patience = 200e6; ///< precise: clocks to wait for others to leave the core (0.1 s at 2 GHz)
     bxPreciseFigure preciseFigure; ///< what the precise mode found; `funcClocks` are core clocks then
-    ///@}
+    /** @} */
 
     /** \name Functions of the current test, null where the test has none */
-    ///@{
+    /** @{ */
     bxFuncLoop funcLoop = nullptr;
     bxFuncStat funcStat = nullptr;
     bxFuncCall funcCall = nullptr;
     bxFuncInit initFunc = nullptr;
-    ///@}
+    /** @} */
 
     /** Process priority around every measurement, as `bxSetPriority` takes it. */
     static int m_priority;
@@ -89,12 +89,12 @@ class bxTool {
     void setMethodBest(int n, int max, long long minClocks);
 
     /** \name The method in force: false, with the arguments untouched, when it is another one */
-    ///@{
+    /** @{ */
     bool getMethodAuto() const { return method == methodAuto; }
     bool getMethodLoop(int& n) const;
     bool getMethodStat(int& calls, long long& clocks) const;
     bool getMethodBest(int& n, int& max, long long& minClocks) const;
-    ///@}
+    /** @} */
 
     /** Calls of the prior measurement, most calls and clocks to reach of the Auto method. */
     static void getAutoParameters(int& start, int& max, long long& minClocks);
@@ -139,7 +139,7 @@ class bxTool {
 
   private:
     /** \name Methods; those returning bool are false when the timing has to be given up */
-    ///@{
+    /** @{ */
     bxResult customLoopTiming();
     bxResult statisticTiming();
     void bestTiming(int start, int max, long long minClocks);
@@ -154,10 +154,10 @@ class bxTool {
     bool statusIsBadAndAvoidable() const;
     void avoidBadControlStatus();
     static void printBadStatus();
-    ///@}
+    /** @} */
 
     /** \name One measurement: clocks per call into `perCall`, all clocks into `clocks` */
-    ///@{
+    /** @{ */
     void runTimFunc(int count, double* perCall);
     bxResult measureLoop(int count);
     void runTimFuncStat(long long minClocks, int* calls, double* perCall);
@@ -165,7 +165,7 @@ class bxTool {
     int untimedCall();
     bxResult timCall_Loop(int count, long long* total, bool restoreData);
     bxResult timCall_Stat(int* calls, long long* total, bool restoreData);
-    ///@}
+    /** @} */
 };
 
 /** Access for the global below. */

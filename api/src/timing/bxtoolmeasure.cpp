@@ -1,14 +1,13 @@
 /** \file
  * One measurement: the calls between two readings of the counter, and what is done around them.
  */
-#include "timing/bxtool.h"
-
 #include "data/bxalloc.h"
 #include "output/bxtrace.h"
 #include "system/bxclock.h"
 #include "system/bxpriority.h"
 #include "timing/bxcallwatch.h"
 #include "timing/bxinternalerror.h"
+#include "timing/bxtool.h"
 #include "timing/bxwatchdog.h"
 
 namespace {

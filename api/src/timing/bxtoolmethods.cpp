@@ -1,13 +1,12 @@
 /** \file
  * The four methods of the engine: how often to call, and when to believe a figure.
  */
-#include "timing/bxtool.h"
-
 #include "output/bxostream.h"
 #include "system/bxclock.h"
 #include "timing/bxcallwatch.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxinternalerror.h"
+#include "timing/bxtool.h"
 #include "timing/bxtooltext.h"
 
 #include <algorithm>

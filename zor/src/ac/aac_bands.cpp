@@ -49,7 +49,7 @@ Bands bands(int samplingRateIndex, int winLen) {
 
 ZorStatus grouping(int numWinGrp, const int* pWinGrpLen, int maxSfb, int samplingRateIndex, int winLen,
                    Grouping& result) {
-    if (pWinGrpLen == nullptr)
+    if (!pWinGrpLen)
         return zorStsNullPtrErr;
     if (samplingRateIndex < 0 || samplingRateIndex >= samplingRates)
         return zorStsBadArgErr;

@@ -11,7 +11,7 @@ namespace {
 
 ZorStatus checkCall(const Zor8u** stream, const int* offset, const Zor8u* end, const int* count,
                     const Zor8u* dst, int dstSize) {
-    if (anyNull(stream, offset, end, count, dst) || *stream == nullptr)
+    if (anyNull(stream, offset, end, count, dst) || !*stream)
         return zorStsNullPtrErr;
     if (*offset < 0 || *offset > 7)
         return zorStsBadArgErr;
@@ -66,7 +66,7 @@ using namespace zor::aac;
 extern "C" ZorStatus zorsDecodeDatStrElt_AAC(const Zor8u** ppBitStream, int* pBitOffset,
                                              const Zor8u* pBitStreamEnd, int* pElementTag, int* pCount,
                                              Zor8u* pDst, int dstSize) {
-    if (pElementTag == nullptr)
+    if (!pElementTag)
         return zorStsNullPtrErr;
     if (const ZorStatus status = checkCall(ppBitStream, pBitOffset, pBitStreamEnd, pCount, pDst, dstSize);
         status != zorStsNoErr)

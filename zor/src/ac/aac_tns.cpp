@@ -156,8 +156,8 @@ void run(TnsSense sense, const TnsCall& call, Zor32s* spectrum) {
 
 ZorStatus shapeNoise(TnsSense sense, Zor32s* pSrcDst, TnsCall call, int maxSfb, int profile,
                      int samplingRateIndex) {
-    if (pSrcDst == nullptr || call.numFilt == nullptr || call.regionLen == nullptr || call.order == nullptr ||
-        call.coefRes == nullptr || call.coef == nullptr || call.direction == nullptr)
+    if (!pSrcDst || !call.numFilt || !call.regionLen || !call.order || call.coefRes == nullptr ||
+        call.coef == nullptr || call.direction == nullptr)
         return zorStsNullPtrErr;
     if (!rangeHolds(samplingRateIndex, 0, samplingRates - 1) ||
         (profile != zorAacMain && profile != zorAacLC && profile != zorAacLTP))

@@ -1,5 +1,6 @@
 // The public functions of frequency-domain prediction.
 #include "ac/fdp.h"
+
 #include "common/arena.h"
 #include "common/check.h"
 #include "zorac.h"

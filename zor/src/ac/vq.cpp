@@ -1,5 +1,6 @@
 // The public functions of vector quantisation.
 #include "ac/vq.h"
+
 #include "common/arena.h"
 #include "common/check.h"
 #include "zorac.h"

@@ -5,6 +5,7 @@
 #define ZOR_CPUTYPES_H
 
 #include "zorcore.h"
+
 #include "../codepath.h"
 #include "cpuquery.h"
 

@@ -134,7 +134,7 @@ Word wordOf(const ZorVLCEncodeState_32s& state, const Pair& pair) {
 
 template <class Book, class State>
 ZorStatus check(const Book& book, const void* values, int len, const State* state) {
-    if (values == nullptr || state == nullptr)
+    if (!values || !state)
         return zorStsNullPtrErr;
     if (len < 2 || len % 2 != 0)
         return zorStsSizeErr;
@@ -165,7 +165,7 @@ bool countBits(const Book& book, const Zor16s* values, int len, const ZorVLCEnco
 template <class Book>
 ZorStatus count(const Book& book, const Zor16s* values, int len, Zor32s* bits,
                 const ZorVLCEncodeState_32s* state) {
-    if (bits == nullptr)
+    if (!bits)
         return zorStsNullPtrErr;
     if (const ZorStatus status = check(book, values, len, state); status != zorStsNoErr)
         return status;
@@ -181,7 +181,7 @@ ZorStatus count(const Book& book, const Zor16s* values, int len, Zor32s* bits,
 /** The status of a position in a stream. */
 template <class Byte>
 ZorStatus checkStream(Byte** stream, const int* offset, const Zor8u* end) {
-    if (anyNull(stream, offset, end) || *stream == nullptr)
+    if (anyNull(stream, offset, end) || !*stream)
         return zorStsNullPtrErr;
     if (*offset < 0 || *offset > 7)
         return zorStsBadArgErr;

@@ -33,7 +33,7 @@ bool validWord(const ZorVLCTable_32s& record) {
 }
 
 ZorStatus checkTable(const ZorVLCTable_32s* table, int size, const void* result) {
-    if (table == nullptr || result == nullptr)
+    if (!table || !result)
         return zorStsNullPtrErr;
     if (size < 1)
         return zorStsSizeErr;

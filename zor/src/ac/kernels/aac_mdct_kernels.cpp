@@ -1,4 +1,5 @@
 #include "ac/aac_mdct_kernels.h"
+
 #include "ac/fixedpoint.h"
 
 #include <bit>

@@ -1,6 +1,5 @@
 // The lattice predictor of ISO/IEC 13818-7, all lines of a band in lanes.
 #include "ac/fdp.h"
-
 #include "common/simd.h"
 
 #include <bit>

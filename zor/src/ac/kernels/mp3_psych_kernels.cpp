@@ -1,4 +1,5 @@
 #include "ac/mp3_psych_kernels.h"
+
 #include "common/simd.h"
 
 #include <cmath>

@@ -1,4 +1,5 @@
 #include "ac/tns_kernels.h"
+
 #include "ac/fixedpoint.h"
 
 namespace zor::aac {
