@@ -44,7 +44,7 @@ int typeTokenLength(const char* text) {
     int digits = 0;
     while (isDigit(text[digits]))
         ++digits;
-    if (digits == 0 || text[digits] == '\0' || std::strchr("usf", text[digits] !))
+    if (digits == 0 || text[digits] == '\0' || !std::strchr("usf", text[digits]))
         return 0;
     return text[digits + 1] == 'c' ? digits + 2 : digits + 1;
 }
