@@ -117,8 +117,9 @@ TEST(CacheScaling, Integer) {
         int value = row.value;
         EXPECT_EQ(bxCacheIteratorInt::updateValue(value, row.size, row.target, row.step), row.done)
             << row.value << " " << row.size << " " << row.target;
-        if (row.done)
+        if (row.done) {
             EXPECT_EQ(value, row.scaled);
+        }
     }
 }
 
@@ -141,8 +142,9 @@ TEST(CacheScaling, Size) {
         ZoriSize value = row.value;
         EXPECT_EQ(bxCacheIteratorSize::updateValue(value, row.size, row.target, row.step), row.done)
             << row.size << " " << row.target;
-        if (row.done)
+        if (row.done) {
             EXPECT_EQ(value, row.scaled) << value.width << "x" << value.height;
+        }
     }
 }
 

@@ -155,8 +155,9 @@ TEST(SliceSeries, LeavesOutSlicesOfASharedCore) {
         EXPECT_EQ(figure.slices, enough ? i : 4 * i);
         EXPECT_EQ(figure.dropped, enough ? 3 * i : 0);
         EXPECT_EQ(figure.reached, enough);
-        if (i > 1)
+        if (i > 1) {
             EXPECT_NEAR(figure.lost, enough ? 0 : 1 - 3.08 / full, 1e-9) << i; // the median of the slices
+        }
     }
     EXPECT_DOUBLE_EQ(series.figure(0.5).clocks, 130); // nothing is known of the core
     bxSliceSeries shared;

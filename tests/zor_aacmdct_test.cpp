@@ -207,8 +207,9 @@ TEST_P(AacMdct, SaturatesAndRepeatsWithAnyInput) {
                 ASSERT_EQ(zorStsNoErr, zorsMDCTInv_AAC_32s16s(lines.data(), samples.data(), overlap.data(),
                                                               sequence, 0, 1, m_buffer.data()));
             }
-            if (value == 0)
+            if (value == 0) {
                 EXPECT_EQ(std::vector<Zor16s>(frame), samples);
+            }
         }
     // A constant spectrum of the largest magnitude is a pulse far beyond 16 bits.
     Lines lines(frame, most), overlap(frame);

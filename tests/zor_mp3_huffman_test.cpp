@@ -257,8 +257,9 @@ TEST_P(Mp3Huffman, RefusesWhatCannotBeCoded) {
                                               c.countOneLen, c.hufSize),
                   c.encode)
             << c.what;
-        if (c.encode < 0)
+        if (c.encode < 0) {
             EXPECT_EQ(byte, stream.data()) << c.what;
+        }
         const Zor8u ones = 0xFF; // table 1 has 0 0 as "1"
         std::fill(stream.begin(), stream.end(), ones);
         for (int form = 0; form < 3; ++form) {

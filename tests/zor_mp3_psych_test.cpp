@@ -135,8 +135,9 @@ TEST_P(Mp3Psych, AttacksSwitchBlocksInOrder) {
                                                        {true, true, false, false}};
                 EXPECT_TRUE(follows[types[i - 1]][types[i]]) << types[i - 1] << " then " << types[i];
             }
-            if (id == 1) // the run of id 0 ends with the attack
+            if (id == 1) { // the run of id 0 ends with the attack
                 EXPECT_EQ(types.back(), 0);
+            }
             EXPECT_TRUE(
                 std::all_of(r.types[1].begin() + 4, r.types[1].end(), [](int type) { return type == 0; }));
         }

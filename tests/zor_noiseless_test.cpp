@@ -268,8 +268,9 @@ TEST(Noiseless, TheThousandthDecodingEqualsTheFirst) {
     Channel channel(true);
     for (int call = 1; call <= 1000; ++call) {
         ASSERT_EQ(zorStsNoErr, channel.decode(bytes));
-        if (call == 1 || call == 1000)
+        if (call == 1 || call == 1000) {
             EXPECT_EQ(stream.lines, channel.spectrum);
+        }
         channel.spectrum.assign(1024, call);
     }
 }
@@ -420,8 +421,9 @@ TEST(Noiseless, ForbiddenStreamsAreRefused) {
         Channel channel(false);
         channel.info.maxSfb = 1;
         EXPECT_EQ(test.status, channel.decode(test.bits.bytes(), test.profile)) << test.name;
-        if (test.status != zorStsNoErr)
+        if (test.status != zorStsNoErr) {
             EXPECT_EQ(0, channel.used) << test.name;
+        }
     }
     // A scale factor below 0, and pulses of short windows.
     Channel below(false);

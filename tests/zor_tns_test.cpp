@@ -163,8 +163,9 @@ void expectFiltered(const Filters& filters, bool decode, const std::vector<Zor32
         std::fill(touched.begin() + first, touched.begin() + last, true);
     }
     for (std::size_t i = 0; i < before.size(); ++i)
-        if (!touched[i])
+        if (!touched[i]) {
             ASSERT_EQ(before[i], after[i]) << "line outside every region: " << i;
+        }
 }
 
 class Tns : public ZorPathTest {};

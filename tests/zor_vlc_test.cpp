@@ -234,8 +234,9 @@ TEST_P(Vlc, TheThousandthDecodingEqualsTheFirst) {
         const Zor8u* in = bytes.data();
         offset = 0;
         ASSERT_EQ(zorStsNoErr, book.decode(&in, &offset, end, decoded, states.decoder));
-        if (call == 1 || call == 1000)
+        if (call == 1 || call == 1000) {
             EXPECT_EQ(values, decoded);
+        }
     }
 }
 
