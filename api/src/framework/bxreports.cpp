@@ -6,6 +6,7 @@
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
 #include "output/bxpaths.h"
+#include "output/bxtable.h"
 #include "system/bxenvironment.h"
 #include "system/bxhost.h"
 
@@ -32,9 +33,6 @@ bxReportFormat summaryFormat() {
     return bxReportFormat(false, 1, 1, 33, 34, -79, -79, -79);
 }
 
-const char* const summaryHeading =
-    "Function,Class,Control87,Status87,ControlSSX,StatusSSX,Test,Time (sec.),SrcName,Result,ExeName";
-
 /** Pairs of label and value as rows of two cells. */
 void putPairs(bxCStream& out, const bxStringList& pairs) {
     for (auto it = pairs.begin(); it != pairs.end(); ++it) {
@@ -55,13 +53,13 @@ bxReportTitle::bxReportTitle(const bxTestList& tests) {
         push_back(label);
         push_back(value);
     };
-    add("CPU", bxReportFormat::cpuInfo());
-    add("OS", bxOS().text());
-    add("Computer", bxHost().name());
+    add(bxTable::cpu, bxReportFormat::cpuInfo());
+    add(bxTable::os, bxOS().text());
+    add(bxTable::computer, bxHost().name());
     if (g_pLibInfoList)
         for (const bxString& library : *g_pLibInfoList)
-            add("Library", library);
-    add("Start", bxCtimeText(tests.startTime));
+            add(bxTable::library, library);
+    add(bxTable::start, bxCtimeText(tests.startTime));
 }
 
 bxOStream& operator<<(bxOStream& out, const bxReportTitle& report) {
@@ -70,7 +68,7 @@ bxOStream& operator<<(bxOStream& out, const bxReportTitle& report) {
     for (auto it = report.begin(); it != report.end(); ++it) {
         const bxString& label = *it;
         const bxString& value = *++it;
-        if (label == "Start")
+        if (label == bxTable::start)
             out << format.getEntry({"Test", ":"}, "Timing") << format.getEntry({"", ""}, value);
         else
             out << format.getEntry({label, ":"}, value);
@@ -116,7 +114,8 @@ bxCStream& operator<<(bxCStream& out, const bxReportTestTitle& report) {
 
 bxReportTestResult::bxReportTestResult(const bxTest* test) {
     if (!test) {
-        m_row = summaryHeading;
+        for (const char* title : bxTable::summary::columns)
+            m_row << (m_row.empty() ? "" : ",") << title;
         return;
     }
     push_back(bxResultName(test->result));
@@ -128,7 +127,7 @@ bxReportTestResult::bxReportTestResult(const bxTest* test) {
     const char* watchSSX = test->badSSXStatus ? "?" : "-";
     m_row << watch87 << ',' << watch87 << ',' << watchSSX << ',' << watchSSX;
     const auto addCell = [this](const bxString& cell) {
-        m_row << ',' << (cell.empty() ? bxString("-") : cell);
+        m_row << ',' << (cell.empty() ? bxString(bxTable::empty) : cell);
     };
     addCell(test->info.className);
     addCell(bxString() << static_cast<long long>(test->endTime - test->startTime));
@@ -195,8 +194,7 @@ bxOStream& operator<<(bxOStream& out, const bxReportEnd& report) {
 }
 
 bxCStream& operator<<(bxCStream& out, const bxReportEnd& report) {
-    out << "END_DATA"
-        << "\n";
+    out << bxTable::summary::end << "\n";
     putPairs(out, report);
     return out;
 }

@@ -7,6 +7,7 @@
 #include "framework/bxtraced.h"
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
+#include "output/bxtable.h"
 #include "system/bxclock.h"
 
 #include <algorithm>
@@ -78,7 +79,7 @@ void bxTest::setTimingResult(double clocks, bxString comment) {
 
 bxString bxTest::getComment() {
     if (deprecated)
-        return "deprecated";
+        return bxTable::deprecated;
     return cacheIter ? cacheIter->getComment() + " " + tool.info : tool.info;
 }
 
@@ -112,7 +113,7 @@ bxString bxTest::sFormat(long long x, int w) {
 bxString bxTest::testResultString() {
     bxString line;
     if (tool.method == bxTool::methodAuto || tool.method == bxTool::methodBest)
-        line << "  acc=" << sFormat(bxTool::getAccuracyStr(tool.actualAccuracy), -5);
+        line << "  " << bxTable::accuracy << sFormat(bxTool::getAccuracyStr(tool.actualAccuracy), -5);
     line << "  " << sFormat(tool.info, -10) << "  perf=" << sFormat(tool.funcClocks, 9) << "/"
          << sFormat(getDivisor(), 9) << "=" << sFormat(perfString(false), 9) << " clocks";
     return line;
@@ -217,7 +218,7 @@ void bxTest::funcToCstrm() {
 
 void bxTest::resultToCstrm(bxResult) {
     g_cstrm << getComment() << perfString(false) << getUnit() << usecString(tool) << perfString(true)
-            << (isHotLine() ? "Hot" : "");
+            << (isHotLine() ? bxTable::hot : "");
 }
 
 void bxTest::putTableParms() {
@@ -245,7 +246,7 @@ void bxTest::putTableNameLine() {
     bxTraced("funcToCstrm", [this] { funcToCstrm(); });
     bxTraced("parmsNameToCstrm", [this] { parmsNameToCstrm(); });
     g_cstrm.setCellCount(m_numParmsColm);
-    g_cstrm << "parmNames";
+    g_cstrm << bxTable::nameLine;
     g_cstrm.lineOut(m_numResultColm + m_numParmsColm);
 }
 

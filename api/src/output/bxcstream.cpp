@@ -1,6 +1,7 @@
 #include "output/bxcstream.h"
 
 #include "output/bxostream.h"
+#include "output/bxtable.h"
 
 #include <algorithm>
 #include <utility>
@@ -28,7 +29,7 @@ std::string bxCStream::lineText(int n) const {
     for (int i = 0; i < fields; ++i) {
         const bool present = i < m_count && !m_cells[static_cast<std::size_t>(i)].empty();
         line += i ? "," : "";
-        line += present ? m_cells[static_cast<std::size_t>(i)].view() : "-";
+        line += present ? m_cells[static_cast<std::size_t>(i)].view() : bxTable::empty;
     }
     return line += '\n';
 }

@@ -5,14 +5,15 @@
 #define BXPATHS_H
 
 #include "foundation/bxstring.h"
+#include "output/bxtable.h"
 
-inline const bxString extIni = ".ini";       /**< ini file */
-inline const bxString extOut = ".txt";       /**< console listing */
-inline const bxString extCsv = ".csv";       /**< result table */
-inline const bxString extName = "_name.csv"; /**< table of parameter names */
-inline const bxString extSum = "_sum.csv";   /**< summary table */
-inline const bxString extMem = "_mem.csv";   /**< memory table */
-inline const bxString extSgl = ".end";       /**< signal file */
+inline const bxString extIni = ".ini";               /**< ini file */
+inline const bxString extOut = ".txt";               /**< console listing */
+inline const bxString extCsv = ".csv";               /**< result table */
+inline const bxString extName = bxTable::nameFile;   /**< table of parameter names */
+inline const bxString extSum = bxTable::summaryFile; /**< summary table */
+inline const bxString extMem = bxTable::memoryFile;  /**< memory table */
+inline const bxString extSgl = ".end";               /**< signal file */
 
 /** True when the path begins with '/' or '\\', or has ':' as its second character. */
 bool isAbsolutePath(const bxString& path);

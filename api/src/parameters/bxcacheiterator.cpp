@@ -3,6 +3,7 @@
 #include "data/bxalloc.h"
 #include "data/bxobject.h"
 #include "output/bxostream.h"
+#include "output/bxtable.h"
 #include "system/bxenvironment.h"
 
 #include <algorithm>
@@ -165,9 +166,9 @@ int bxCacheIterator::getTotalSize() const {
 bxString bxCacheIterator::getComment() const {
     switch (value()) {
     case inCache:
-        return "inCache";
+        return bxTable::inCache;
     case outOfCache:
-        return "outofCache";
+        return bxTable::outOfCache;
     default:
         return "";
     }

@@ -6,30 +6,25 @@
 #include "framework/bxtestlist.h"
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
+#include "output/bxtable.h"
 #include "session/bxsession.h"
 
 #include <ctime>
 
 void bxSession::funcTitleToCStream() {
-    g_cstrm << "Function"
-            << "Types"
-            << "Descriptor";
+    g_cstrm << bxTable::function << bxTable::types << bxTable::descriptor;
 }
 
 void bxSession::parmsTitleToCStream() {
-    constexpr int numParms = 8;
-    for (int i = 1; i <= numParms; ++i)
-        g_cstrm << (bxString("P") << i);
+    for (int i = 1; i <= bxTable::parameters; ++i)
+        g_cstrm << (bxString(bxTable::parameterLetter) << i);
 }
 
 void bxSession::resultTitleToCStream() {
-    g_cstrm << "Comment"
-            << "Clocks"
-            << "per"
-            << "Time (usec)"
-            << "MFlops";
+    g_cstrm << bxTable::comment << bxTable::clocks << bxTable::unit << bxTable::microseconds
+            << bxTable::mflops;
     if (bxTest::m_hot != 0)
-        g_cstrm << "Interest";
+        g_cstrm << bxTable::interest;
 }
 
 void bxSession::putTableTitle() {

@@ -2,6 +2,7 @@
  * The four methods of the engine: how often to call, and when to believe a figure.
  */
 #include "output/bxostream.h"
+#include "output/bxtable.h"
 #include "system/bxclock.h"
 #include "timing/bxcallwatch.h"
 #include "timing/bxfpwatch.h"
@@ -88,7 +89,7 @@ bxResult bxTool::customLoopTiming() {
         loops = manualLoops;
         traced("runTimFunc", [this] { runTimFunc(manualLoops, &funcClocks); });
         actualAccuracy = 0;
-        info << "nLps=" << manualLoops;
+        info << bxTable::loops << manualLoops;
         write(INFO, "        funcClocks = ", funcClocks, "\n",
               "        result     = ", bxResultString(result), "\n");
     });
@@ -110,7 +111,7 @@ bxResult bxTool::statisticTiming() {
         int calls = statMinCalls;
         traced("runTimFuncStat", [&] { runTimFuncStat(statMaxClocks, &calls, &funcClocks); });
         actualAccuracy = 0;
-        info << "nCalls=" << calls;
+        info << bxTable::calls << calls;
         write(INFO, "        numCalls   = ", calls, "\n", "        funcClocks = ", funcClocks, "\n",
               "        result     = ", bxResultString(result), "\n");
     });
@@ -124,9 +125,9 @@ void bxTool::bestTiming(int start, int max, long long minClocks) {
         write(INFO, "    Auto method: exit\n");
         return;
     }
-    info << "nLps=" << loops;
+    info << bxTable::loops << loops;
     if (actualAccuracy > accuracy) {
-        info << " acc=" << getAccuracyStr(actualAccuracy);
+        info << " " << bxTable::accuracy << getAccuracyStr(actualAccuracy);
         if (result <= OK)
             result = ACCURWRN;
     }

@@ -4,6 +4,7 @@
  * differenced chains of additions of one core clock each, so that the figure is in core clocks even where the
  * core's clock is not the counter's, or drifts.
  */
+#include "output/bxtable.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxtool.h"
 #include "timing/bxtooltext.h"
@@ -44,11 +45,10 @@ int stretched(int base, int slice) {
  * differences. */
 bxString describe(const bxPreciseFigure& figure, int loops) {
     char text[160];
-    std::snprintf(
-        text, sizeof text,
-        "nLps=%d slices=%d dropped=%d clocks=%.6g 95%%=%.6g..%.6g core/counter=%.5f adds/clock=%.3f", loops,
-        figure.slices, figure.dropped, figure.clocks, figure.low, figure.high, figure.coreClocksPerTick,
-        figure.throughput);
+    std::snprintf(text, sizeof text,
+                  "%s%d slices=%d dropped=%d clocks=%.6g 95%%=%.6g..%.6g core/counter=%.5f %s%.3f",
+                  bxTable::loops, loops, figure.slices, figure.dropped, figure.clocks, figure.low,
+                  figure.high, figure.coreClocksPerTick, bxTable::throughput, figure.throughput);
     return text;
 }
 
@@ -114,9 +114,9 @@ void bxTool::preciseTiming() {
         actualAccuracy = std::max({actualAccuracy, preciseFigure.lost, bxOwnCore::costOfCompany});
     info = describe(preciseFigure, loops);
     if (preciseFigure.lost > 0)
-        info << " shared=" << getAccuracyStr(preciseFigure.lost);
+        info << " " << bxTable::shared << getAccuracyStr(preciseFigure.lost);
     if (!preciseFigure.reached) {
-        info << " acc=" << getAccuracyStr(actualAccuracy);
+        info << " " << bxTable::accuracy << getAccuracyStr(actualAccuracy);
         if (result <= OK)
             result = ACCURWRN;
     }

@@ -1,0 +1,67 @@
+/** \file
+ * Titles, marks and labels of the csv tables: the harness writes them, the companion programs read them. Data
+ * only.
+ */
+#ifndef BXTABLE_H
+#define BXTABLE_H
+
+#include <array>
+
+namespace bxTable {
+
+using Text = const char*;
+
+// Columns of the result table.
+inline constexpr Text function = "Function";
+inline constexpr Text types = "Types";
+inline constexpr Text descriptor = "Descriptor";
+inline constexpr char parameterLetter = 'P'; /**< "P1" to "P8" */
+inline constexpr int parameters = 8;
+inline constexpr Text comment = "Comment";
+inline constexpr Text clocks = "Clocks";
+inline constexpr Text unit = "per";
+inline constexpr Text microseconds = "Time (usec)";
+inline constexpr Text mflops = "MFlops";
+inline constexpr Text interest = "Interest";
+
+// Cells.
+inline constexpr Text empty = "-";
+inline constexpr Text hot = "Hot";               /**< in the column "Interest" */
+inline constexpr Text nameLine = "parmNames";    /**< in "Comment": the line holds names of parameters */
+inline constexpr Text deprecated = "deprecated"; /**< in "Comment" */
+inline constexpr Text inCache = "inCache";       /**< "Comment" begins with it */
+inline constexpr Text outOfCache = "outofCache"; /**< "Comment" begins with it */
+inline constexpr Text loops = "nLps=";           /**< in "Comment": timed calls */
+inline constexpr Text calls = "nCalls=";         /**< in "Comment": timed calls of the Statistic method */
+inline constexpr Text accuracy = "acc=";         /**< in "Comment": the wanted accuracy was missed, percent */
+inline constexpr Text shared = "shared="; /**< in "Comment": share of the core that others took, percent */
+inline constexpr Text throughput = "adds/clock="; /**< in "Comment": independent additions in a core clock */
+
+// Labels of the head of every table; "Library" may stand several times.
+inline constexpr Text cpu = "CPU";
+inline constexpr Text os = "OS";
+inline constexpr Text computer = "Computer";
+inline constexpr Text library = "Library";
+inline constexpr Text start = "Start";
+
+/** Columns of the summary table. */
+namespace summary {
+inline constexpr Text kind = "Class";
+inline constexpr Text test = "Test";
+inline constexpr Text seconds = "Time (sec.)";
+inline constexpr Text source = "SrcName";
+inline constexpr Text result = "Result";
+inline constexpr Text program = "ExeName";
+inline constexpr std::array columns{function, kind,    "Control87", "Status87", "ControlSSX", "StatusSSX",
+                                    test,     seconds, source,      result,     program};
+inline constexpr Text end = "END_DATA"; /**< the counts follow */
+} // namespace summary
+
+// What stands behind a title to name the files of a run.
+inline constexpr Text nameFile = "_name.csv";
+inline constexpr Text summaryFile = "_sum.csv";
+inline constexpr Text memoryFile = "_mem.csv";
+
+} // namespace bxTable
+
+#endif
