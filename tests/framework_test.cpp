@@ -434,4 +434,23 @@ TEST_F(FrameworkTest, BlocksAreSpreadAndMisalignedAsSet) {
     bxFreeSince(mark);
 }
 
+TEST_F(FrameworkTest, WithoutALoopTheCallsAreTimedOneByOne) {
+    const std::pair<int, const char*> methods[] = {{bxTool::methodAuto, "Auto"},
+                                                   {bxTool::methodBest, "Iterative"}};
+    for (const auto& [method, name] : methods) {
+        ScriptedTest test;
+        test.funcLoop = nullptr;
+        test.funcCall = nullptr;
+        g_tool.method = method;
+        g_tool.statMaxClocks = 5000;
+        Capture capture(outErr);
+        EXPECT_EQ(test.run(), OK);
+        const std::string message = std::string(" ATTENTION! The test cannot execute ") + name +
+                                    " timing.\n Statistic timing will be run instead.\n";
+        EXPECT_NE(capture.text().find(message), std::string::npos) << capture.text();
+        EXPECT_EQ(test.tool.funcClocks, 1000);
+        EXPECT_STREQ(test.tool.info.c_str(), "nCalls=12");
+    }
+}
+
 } // namespace

@@ -266,6 +266,17 @@ bxResult flagAfterEightCalls(int count, long long* clocks) {
     return r;
 }
 
+/** So little that the calls of a slice, to take some time, cannot be counted. */
+bxResult nearlyNothing(int count, long long* clocks) {
+    *clocks = 1 + count / (1 << 22);
+    return OK;
+}
+
+bxResult sameFigure(bxTool& tool, int) {
+    tool.setFuncTicks(42);
+    return OK;
+}
+
 class Precise : public testing::Test {
   protected:
     Precise() {
@@ -373,6 +384,24 @@ TEST_F(Precise, LeavesTheControlStatusCleanWhereItIsToBeAvoided) {
     tool.ibsMode = false;
     tool.timing(flagAfterEightCalls, nullptr, nullptr, nullptr);
     EXPECT_GT(tool.loops, 8);
+}
+
+TEST_F(Precise, OwnArithmeticRaisesNoFlagOfTheFunction) {
+    for (int i = 0; i < 2; ++i) {
+        bx_set_ssx(0, 0x3F);
+        bx_set_ssx(1, 1); // by the data of the test, before: counts
+        tool.timing(nearlyNothing, nullptr, nullptr, nullptr);
+        EXPECT_EQ(g_ssx.get() & 0x1F, 1);
+        EXPECT_THAT(g_ssx.strExceptionState().c_str(), StartsWith("?Invalid "));
+        bxInitCtrlStatus();
+        tool.timing(nearlyNothing, nullptr, nullptr, nullptr);
+        EXPECT_EQ(g_ssx.get() & 0x1F, 0);
+    }
+}
+
+TEST_F(Precise, TakesAFigureThatTheTestReports) {
+    EXPECT_LE(tool.timing(sameFigure), ACCURWRN);
+    EXPECT_THAT(tool.counterClocks(), DoubleNear(42, 1));
 }
 
 TEST_F(Precise, TimesAsTheSessionDoesWhereNoLoopIsRegistered) {

@@ -285,8 +285,6 @@ TEST_F(Engine, TimingStartsAfresh) {
     EXPECT_TRUE(!tool.funcLoop && !tool.funcStat && !tool.funcCall && !tool.initFunc);
 }
 
-// Bad control status.
-
 /** Leaves the x87 "invalid operation" flag behind. */
 void raiseInvalid87() {
     __asm__ volatile("fld1; fchs; fsqrt; fstp %%st(0)" : : : "st");
@@ -458,9 +456,11 @@ TEST_F(Engine, ToolFunctionsTimeThemselves) {
     EXPECT_EQ(tool.timing(countingTool), OK);
     EXPECT_DOUBLE_EQ(tool.funcClocks, 30);
     EXPECT_STREQ(tool.info.c_str(), "nLps=4");
-    tool.setMethodLoop(10);
-    EXPECT_EQ(tool.timing(figureTool), DATAWRN);
-    EXPECT_DOUBLE_EQ(tool.funcClocks, 42);
+    for (const int method : {bxTool::methodAuto, bxTool::methodLoop, bxTool::methodBest}) {
+        tool.method = method;
+        EXPECT_EQ(tool.timing(figureTool), DATAWRN) << method;
+        EXPECT_DOUBLE_EQ(tool.funcClocks, 42) << method;
+    }
 }
 
 TEST_F(Engine, MethodsAnswerForThemselvesOnly) {

@@ -20,13 +20,6 @@ namespace {
 constexpr char storage[] = "--ZOR. Signal: Illegal storage access. in zorFunctionCalls\n";
 constexpr char arithmetic[] =
     "--ZOR. Signal: FP error, such as overflow, division by zero, invalid operation. in zorFunctionCalls\n";
-#if defined(__x86_64__)
-constexpr char clobbered[] = "-- Registers: rbx r12 not preserved\n";
-constexpr char frameClobbered[] = "-- Registers: rbp not preserved\n";
-#else
-constexpr char clobbered[] = "-- Registers: esi edi not preserved\n";
-constexpr char frameClobbered[] = "-- Registers: ebp not preserved\n";
-#endif
 
 struct Misbehaviour {
     const char* function;
@@ -54,15 +47,33 @@ const Misbehaviour misbehaviours[] = {
     {"zorsDenormalSSX", BADSTSWRN,
      "-- Control   SSX: changed to Near Invalid Denormal Zerodivide Overflow Underflow Inexact NoFlushToZero "
      "\n"},
+    {"zorsDenormalInputSSX", BADSTSWRN,
+     "-- Control   SSX: changed to Near Invalid Denormal Zerodivide Overflow Underflow Inexact FlushToZero "
+     "DenormalsAreZero \n"},
     {"zorsUnmaskSSX", BADSTSWRN,
      "-- Control   SSX: changed to Near Denormal Overflow Underflow Inexact FlushToZero \n"},
     {"zorsLeaveStack87", BADSTSWRN, " of 8 registers left in use\n"},
     {"zorsLeaveMMX", BADSTSWRN, "-- Stack     87: 8 of 8 registers left in use\n"},
     {"zorsRaise87", BADSTSWRN, "-- Status    87: ?Invalid "},
     {"zorsRaiseSSX", BADSTSWRN, "-- Status    SSX: ?Invalid "},
-    {"zorsClobber", BADSTSWRN, clobbered},
-    {"zorsClobberFrame", BADSTSWRN, frameClobbered},
+#if defined(__x86_64__)
+    {"zorsClobberBX", BADSTSWRN, "-- Registers: rbx not preserved\n"},
+    {"zorsClobberBP", BADSTSWRN, "-- Registers: rbp not preserved\n"},
+    {"zorsClobberR12", BADSTSWRN, "-- Registers: r12 not preserved\n"},
+    {"zorsClobberR13", BADSTSWRN, "-- Registers: r13 not preserved\n"},
+    {"zorsClobberR14", BADSTSWRN, "-- Registers: r14 not preserved\n"},
+    {"zorsClobberR15", BADSTSWRN, "-- Registers: r15 not preserved\n"},
+    {"zorsClobberTwo", BADSTSWRN, "-- Registers: rbx r12 not preserved\n"},
+#else
+    {"zorsClobberBX", BADSTSWRN, "-- Registers: ebx not preserved\n"},
+    {"zorsClobberBP", BADSTSWRN, "-- Registers: ebp not preserved\n"},
+    {"zorsClobberSI", BADSTSWRN, "-- Registers: esi not preserved\n"},
+    {"zorsClobberDI", BADSTSWRN, "-- Registers: edi not preserved\n"},
+    {"zorsClobberTwo", BADSTSWRN, "-- Registers: esi edi not preserved\n"},
+#endif
     {"zorsSetDirection", BADSTSWRN, "-- Registers: DF not preserved\n"},
+    {"zorsThrow", EXCPTFAIL, "--ZOR. Exception: the table is empty in zorFunctionCalls\n"},
+    {"zorsThrowNumber", EXCPTFAIL, "--ZOR. Signal: Unknown exception in zorFunctionCalls\n"},
     {"zorsPrint", OK, ""},
 };
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <stdexcept>
 #include <unistd.h>
 
 /** Defines a function of plain assembly, which returns 0 if it returns. */
@@ -33,17 +34,25 @@ ASSEMBLY(zorsLoopForever, "1: pause\n\tjmp 1b")
 ASSEMBLY(zorsRound87, LOAD_WORD("0xF7F", "fldcw"))
 ASSEMBLY(zorsRoundSSX, LOAD_WORD("0xFF80", "ldmxcsr"))
 ASSEMBLY(zorsDenormalSSX, LOAD_WORD("0x1F80", "ldmxcsr"))
+ASSEMBLY(zorsDenormalInputSSX, LOAD_WORD("0x9FC0", "ldmxcsr"))
 ASSEMBLY(zorsUnmaskSSX, LOAD_WORD("0x9D00", "ldmxcsr"))
 ASSEMBLY(zorsLeaveStack87, "fld1")
 ASSEMBLY(zorsLeaveMMX, "pxor %mm0, %mm0")
 ASSEMBLY(zorsRaise87, "fldz\n\tfldz\n\tfdivp\n\tfstp %st(0)")
 ASSEMBLY(zorsRaiseSSX, "xorps %xmm0, %xmm0\n\tdivss %xmm0, %xmm0")
+ASSEMBLY(zorsClobberBX, "xorl %ebx, %ebx")
+ASSEMBLY(zorsClobberBP, "xorl %ebp, %ebp")
 #if defined(__x86_64__)
-ASSEMBLY(zorsClobber, "xorl %ebx, %ebx\n\tmovq $-1, %r12")
+ASSEMBLY(zorsClobberR12, "movq $-1, %r12")
+ASSEMBLY(zorsClobberR13, "movq $-1, %r13")
+ASSEMBLY(zorsClobberR14, "incq %r14")
+ASSEMBLY(zorsClobberR15, "incq %r15")
+ASSEMBLY(zorsClobberTwo, "xorl %ebx, %ebx\n\tmovq $-1, %r12")
 #else
-ASSEMBLY(zorsClobber, "xorl %esi, %esi\n\tmovl $-1, %edi")
+ASSEMBLY(zorsClobberSI, "xorl %esi, %esi")
+ASSEMBLY(zorsClobberDI, "incl %edi")
+ASSEMBLY(zorsClobberTwo, "xorl %esi, %esi\n\tmovl $-1, %edi")
 #endif
-ASSEMBLY(zorsClobberFrame, "xorl %ebp, %ebp")
 ASSEMBLY(zorsSetDirection, "std")
 
 int zorsWritePastEnd(char* end) {
@@ -67,6 +76,14 @@ int zorsCorruptHeap() {
     *header = 0x2A;
     std::free(loneBlock());
     return 0;
+}
+
+int zorsThrow() {
+    throw std::length_error("the table is empty");
+}
+
+int zorsThrowNumber() {
+    throw 3;
 }
 
 int zorsExit() {

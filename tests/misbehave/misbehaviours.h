@@ -20,6 +20,8 @@ int zorsOverflowStack();
 int zorsWritePastEnd(char* end);
 /** Frees a block of the heap whose header it has overwritten: the heap aborts the process. */
 int zorsCorruptHeap();
+int zorsThrow();
+int zorsThrowNumber();
 int zorsExit();
 int zorsExitAtOnce();
 int zorsLoopForever();
@@ -27,17 +29,32 @@ int zorsLoopForever();
 
 /** \name Changed state
  * @{ */
-int zorsRound87();     ///< x87: towards zero, 64 bits, all masked
-int zorsRoundSSX();    ///< SSE: towards zero
-int zorsDenormalSSX(); ///< SSE: no flush-to-zero
-int zorsUnmaskSSX();   ///< SSE: invalid and zero-divide trap
+int zorsRound87();          ///< x87: towards zero, 64 bits, all masked
+int zorsRoundSSX();         ///< SSE: towards zero
+int zorsDenormalSSX();      ///< SSE: no flush-to-zero
+int zorsDenormalInputSSX(); ///< SSE: denormals are zero
+int zorsUnmaskSSX();        ///< SSE: invalid and zero-divide trap
 int zorsLeaveStack87();
 int zorsLeaveMMX();
 int zorsRaise87();  ///< x87: invalid
 int zorsRaiseSSX(); ///< SSE: invalid
-int zorsClobber();  ///< two registers of the caller
-int zorsClobberFrame();
 int zorsSetDirection();
+/** @} */
+
+/** \name Registers of the caller, one each but for the last
+ * @{ */
+int zorsClobberBX();
+int zorsClobberBP();
+#if defined(__x86_64__)
+int zorsClobberR12();
+int zorsClobberR13();
+int zorsClobberR14();
+int zorsClobberR15();
+#else
+int zorsClobberSI();
+int zorsClobberDI();
+#endif
+int zorsClobberTwo();
 /** @} */
 
 /** Writes a line to standard output, which a function may do. */

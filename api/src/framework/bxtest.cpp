@@ -108,23 +108,14 @@ bool bxTest::setIniSection(bxString section) {
     return true;
 }
 
-/** Runs a step; a fault in it comes back as bxException. */
-template <class Body>
-static auto guarded(Body body) {
-    bxFaultGuard guard;
-    if (sigsetjmp(guard.buffer(), 1) != 0)
-        guard.raise();
-    return body();
-}
-
 bxResult bxTest::run() {
     const long long mark = bxMallocMark();
     const int openMessages = g_ostrm.openMessages();
     enter();
     try {
-        if (!guarded([this] { return proceed(); }))
+        if (!bxGuarded([this] { return proceed(); }))
             return UNDEFINED;
-        guarded([mark] { return bxFreeSince(mark); });
+        bxGuarded([mark] { return bxFreeSince(mark); });
     } catch (const bxException& fault) {
         recover(fault.msg(), openMessages);
         discardData(mark);
@@ -204,7 +195,7 @@ void bxTest::recover(const char* message, int openMessages) {
 template <class Body>
 static void attempt(Body body) {
     try {
-        guarded(body);
+        bxGuarded(body);
     } catch (const bxException&) {}
 }
 
@@ -235,7 +226,7 @@ void bxTest::startAndStop() {
     const long long mark = bxMallocMark();
     g_ostrm.setOutLevel(outErr);
     try {
-        guarded([this] {
+        bxGuarded([this] {
             beginTest();
             canStart();
             flushStart();

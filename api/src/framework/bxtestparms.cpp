@@ -172,7 +172,20 @@ bxResult bxTest::checkCtrlStatus() {
 
 // ---- Measurement ----
 
+/** A search for the number of calls needs a loop; without one the calls are timed one by one. */
+static void replaceMethodWithoutLoop(bxTool& tool) {
+    if (tool.method != bxTool::methodAuto && tool.method != bxTool::methodBest)
+        return;
+    g_ostrm << ERR << " ATTENTION! The test cannot execute "
+            << (tool.method == bxTool::methodAuto ? "Auto" : "Iterative")
+            << " timing.\n Statistic timing will be run instead.\n"
+            << endMessage;
+    tool.method = bxTool::methodStat;
+}
+
 bxResult bxTest::runTiming() {
+    if (funcStat && !funcLoop && !funcCall)
+        replaceMethodWithoutLoop(tool);
     if (funcLoop || funcStat)
         return tool.timing(funcLoop, funcStat, funcCall, initFunc);
     if (funcCall)

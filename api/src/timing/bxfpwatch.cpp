@@ -59,6 +59,11 @@ bxString field(int value, int mask, std::span<const BitName> names) {
     return {};
 }
 
+const tsSSXBase& ssx() {
+    static const tsSSXBase base; // asked once: CPUID is slow under a hypervisor
+    return base;
+}
+
 bxString statusText(int status) {
     const bxString text = setBits(status, statusFlags);
     return text.empty() ? bxString("Ok") : text;
@@ -184,6 +189,15 @@ bool bxSSX::badStatus() const {
     return (m_mxcsr & badFlags) != 0;
 }
 
+void bxKeptFlags::keep() {
+    m_flags = static_cast<unsigned int>(ssx().get());
+}
+
+void bxKeptFlags::putBack() const {
+    if (ssx().hasSSX())
+        bx_set_ssx(m_flags, allFlags);
+}
+
 constinit bx87 g_ctrl87;
 
 bxSSX& bxSSXWatch() {
@@ -222,8 +236,7 @@ void bxResetFpState() {
     constexpr unsigned int denormalsAreZero = 0x40;
     __asm__ volatile("fninit");
     ts87Base::setDefault();
-    static const tsSSXBase ssx; // asked once: CPUID is slow under a hypervisor
-    ssx.setDefault();
-    if (ssx.hasSSX())
+    ssx().setDefault();
+    if (ssx().hasSSX())
         bx_set_ssx(0, denormalsAreZero);
 }

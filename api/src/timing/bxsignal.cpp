@@ -107,3 +107,16 @@ void bxFaultGuard::raise() {
     const char* const reason = std::exchange(s_reason, nullptr);
     throw bxException(reason ? reason : tsSignal::getInfo());
 }
+
+void bxRethrow() {
+    bxResetFpState();
+    try {
+        throw;
+    } catch (const bxException&) {
+        throw;
+    } catch (const std::exception& thrown) {
+        throw bxException(bxString(thrown.what()));
+    } catch (...) {
+        throw bxException("Unknown exception");
+    }
+}

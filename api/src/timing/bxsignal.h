@@ -70,4 +70,20 @@ class bxFaultGuard {
     sig_atomic_t m_outerArmed;
 };
 
+/** In a handler: throws the exception that is being handled as a bxException with its text. */
+[[noreturn]] void bxRethrow();
+
+/** Runs what may fault or throw; either comes back as bxException. */
+template <class Body>
+auto bxGuarded(Body body) {
+    bxFaultGuard guard;
+    if (sigsetjmp(guard.buffer(), 1) != 0)
+        guard.raise();
+    try {
+        return body();
+    } catch (...) {
+        bxRethrow();
+    }
+}
+
 #endif

@@ -5,6 +5,7 @@
 #define BXTOOL_H
 
 #include "foundation/bxstring.h"
+#include "timing/bxfpwatch.h"
 #include "timing/bxprecise.h"
 #include "timing/bxresult.h"
 
@@ -105,7 +106,10 @@ class bxTool {
     double counterClocks() const { return funcClocks / preciseFigure.coreClocksPerTick; }
 
     /** A figure that the test computed itself. */
-    void setFuncTicks(double clocksPerCall) { funcClocks = clocksPerCall; }
+    void setFuncTicks(double clocksPerCall) {
+        funcClocks = clocksPerCall;
+        m_figureReported = true;
+    }
 
     /** Times a function that times itself. Not reentrant. */
     bxResult timing(bxFuncTool funcTool);
@@ -166,6 +170,11 @@ class bxTool {
     bxResult timCall_Loop(int count, long long* total, bool restoreData);
     bxResult timCall_Stat(int* calls, long long* total, bool restoreData);
     /** @} */
+
+    static bxResult callFuncTool(int count, long long* total);
+
+    bxKeptFlags m_flags;
+    bool m_figureReported = false; ///< by `setFuncTicks`, since a function that times itself was called
 };
 
 /** Access for the global below. */

@@ -10,6 +10,8 @@
 #include "timing/bxtool.h"
 #include "timing/bxwatchdog.h"
 
+#include <cmath>
+
 namespace {
 
 /** The priority of the measurements for a scope; after a fault the guard of the test restores it. */
@@ -66,17 +68,17 @@ bxResult watchedCalls(const bxTool& tool, Calls calls) {
 bxFuncTool s_funcTool = nullptr;
 bxTool* s_tool = nullptr;
 
+} // namespace
+
 /** Lets a timing function of the whole engine stand as a loop function. */
-bxResult callFuncTool(int count, long long* clocks) {
-    const double figureBefore = s_tool->funcClocks;
+bxResult bxTool::callFuncTool(int count, long long* total) {
+    s_tool->m_figureReported = false;
     const bxResult r = s_funcTool(*s_tool, count);
-    *clocks = s_tool->clocks * bxCpuTicker::getClockFactor();
-    if (*clocks == 0 && s_tool->funcClocks != figureBefore)
-        *clocks = static_cast<long long>(s_tool->funcClocks * count + 0.5); // it reported a figure instead
+    *total = s_tool->clocks * bxCpuTicker::getClockFactor();
+    if (*total == 0 && s_tool->m_figureReported)
+        *total = std::llround(s_tool->funcClocks * count);
     return r;
 }
-
-} // namespace
 
 bxResult bxTool::timing(bxFuncTool funcTool) {
     s_funcTool = funcTool;
@@ -92,7 +94,9 @@ void bxTool::runTimFunc(int count, double* perCall) {
             result = UNDEFINED;
             return;
         }
+        m_flags.putBack();
         updateResult(measureLoop(count));
+        m_flags.keep();
         if (bxIsFailure(result) || clocks > 0)
             break;
     }
@@ -117,7 +121,9 @@ void bxTool::runTimFuncStat(long long minClocks, int* calls, double* perCall) {
         return;
     }
     clocks = minClocks;
+    m_flags.putBack();
     const bxResult r = measureStat(calls);
+    m_flags.keep();
     *perCall = *calls == 0 ? 0.0 : static_cast<double>(clocks) / *calls;
     updateResult(r);
 }

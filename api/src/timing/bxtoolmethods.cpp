@@ -29,6 +29,7 @@ int multiplied(int calls, int factor) {
 
 bxResult bxTool::timing(bxFuncLoop loop, bxFuncStat stat, bxFuncCall call, bxFuncInit init) {
     reset();
+    m_flags.keep();
     if (!loop && !stat && !call) {
         g_ostrm << ERR
                 << " Internal test problem: The test cannot execute standard timing.\n"
@@ -236,6 +237,7 @@ void bxTool::avoidBadControlStatus() {
     write(WARN, "-- Attempting to avoid bad control status\n");
     write(INFO, "    Reduce loops to avoid bad ctrl status.\n", "    Simple Measurements: \n");
     bxClearCtrlStatus();
+    m_flags.keep();
     const bool repeats = repeatTiming(loops, 6) == BADSTSWRN;
     if (!repeats && actualAccuracy <= limit) {
         write(WARN, "-- Attempt is successful\n");

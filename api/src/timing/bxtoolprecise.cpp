@@ -140,11 +140,12 @@ int bxTool::callsOfSlice() {
             return calls;
         if (statusIsBadAndAvoidable() && calls > 1) {
             bxClearCtrlStatus();
+            m_flags.keep();
             return std::max(calls / 4, 1); // 2n calls and the stretch of the slices stay below what was bad
         }
         const double wanted = perCall > 0 ? sliceTicks / perCall : mostCalls;
         if (wanted <= 2.0 * calls || calls == mostCalls)
-            return std::clamp(static_cast<int>(wanted + 0.5), 1, mostCalls);
+            return static_cast<int>(std::clamp(wanted + 0.5, 1.0, static_cast<double>(mostCalls)));
         // Few calls are mostly their fixed cost: not more than ten times as many at once.
         calls = static_cast<int>(std::min({wanted, 10.0 * calls, static_cast<double>(mostCalls)}));
     }
