@@ -1,4 +1,5 @@
 #include "data/bxalloc.h"
+#include "data/bxplacement.h"
 #include "testsupport.h"
 
 #include <gmock/gmock.h>
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -67,7 +69,8 @@ TEST_F(Allocator, RefusesWhatCannotBe) {
     for (const auto& [size, offset] : rows) {
         Capture capture(1);
         EXPECT_EQ(bxMalloc(size, 63, offset, nullptr), nullptr);
-        EXPECT_EQ(capture.text(), "-- Memory error: can't allocate " + std::to_string(size) + " bytes\n");
+        EXPECT_EQ(capture.text(), "-- Data error: no block can hold " + std::to_string(size) +
+                                      " bytes at offset " + std::to_string(offset) + "\n");
     }
     EXPECT_EQ(bx_malloc(-1), nullptr);
     bx_free(nullptr);
@@ -78,6 +81,59 @@ TEST_F(Allocator, SettingsAreKeptModulo64) {
         bxSetVectorAlign(set);
         EXPECT_EQ(bxGetVectorAlign(), kept);
     }
+}
+
+TEST_F(Allocator, SaysMemoryOnlyWhenThereIsNone) {
+    rlimit before{};
+    getrlimit(RLIMIT_AS, &before);
+    const rlimit tight{rlim_t{1} << 30, before.rlim_max};
+    setrlimit(RLIMIT_AS, &tight);
+    g_placement.restart();
+    Capture capture(1);
+    EXPECT_EQ(g_placement.allocate(INT_MAX / 4 * 3, 0, nullptr), nullptr);
+    EXPECT_EQ(capture.text(), "-- Memory error: can't allocate 1610612733 bytes\n");
+    setrlimit(RLIMIT_AS, &before);
+    EXPECT_EQ(g_placement.failures, 1);
+    EXPECT_EQ(g_placement.blocks, 0);
+}
+
+TEST_F(Allocator, BlocksOfACombinationAreSpreadAndMisalignedAsSet) {
+    bxSetVectorAlign(3);
+    g_placement.restart();
+    const auto distance = [](int align) { return addressOf(g_placement.allocate(16, align, nullptr)) % 64; };
+    EXPECT_EQ(distance(-4), 12U) << "3 elements of 4 bytes";
+    EXPECT_EQ(g_placement.shift, 512);
+    EXPECT_EQ(distance(-4), 0U) << "only the first block is misaligned";
+    EXPECT_EQ(distance(5), 5U) << "a distance in bytes holds as given";
+    bxSetAlignSrc(false);
+    EXPECT_EQ(distance(g_placement.ruledAlign(4)), 3U);
+    bxSetAlignByByte(false);
+    EXPECT_EQ(distance(g_placement.ruledAlign(4)), 12U);
+    bxSetAlignByByte(true);
+    bxSetAlignSrc(true);
+    bxSetVectorAlign(0);
+    while (g_placement.blocks < 63)
+        g_placement.allocate(1, 0, nullptr);
+    EXPECT_EQ(g_placement.shift, 32256);
+    g_placement.allocate(1, 0, nullptr);
+    EXPECT_EQ(g_placement.shift, 0) << "starts again below 32768";
+}
+
+TEST_F(Allocator, AnotherLayoutKeepsMisalignments) {
+    bxSetVectorAlign(7);
+    for (const unsigned displacement : {0U, 64U, 4032U}) {
+        g_placement.restart(static_cast<int>(displacement));
+        for (const unsigned further : {7U, 512U}) {
+            Capture log(MEM);
+            void* block = g_placement.allocate(100, -1, nullptr);
+            const std::string base =
+                (bxString() << static_cast<const void*>(static_cast<char*>(block) - further - displacement))
+                    .c_str();
+            EXPECT_NE(log.text().find("address:" + base + " "), std::string::npos)
+                << log.text() << displacement;
+        }
+    }
+    bxSetVectorAlign(0);
 }
 
 TEST_F(Allocator, WalkIsInOrderAndSurvivesFrees) {

@@ -1,5 +1,5 @@
 // The common dialogue: defaults, -d settings, console answers, limits, and the boxes.
-#include "data/bxalloc.h"
+#include "data/bxplacement.h"
 #include "parameters/bxistream.h"
 #include "parameters/bxiterator.h"
 #include "parameters/bxparmlist.h"

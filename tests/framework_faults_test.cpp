@@ -162,11 +162,7 @@ TEST_F(FrameworkFaults, RowsHeldBackBeforeAFaultAreWritten) {
 TEST_F(FrameworkFaults, AThousandFaultsAreCaughtWithoutGrowth) {
     ScriptedTest test;
     void* held = nullptr;
-    // A block that the test frees itself, and one that it has forgotten about.
-    test.onInit = [&] {
-        held = bxTest::allocate(1 << 20, -1);
-        return bxTest::allocate(1 << 20, -1) != nullptr;
-    };
+    test.onInit = [&] { return (held = bxTest::allocate(1 << 20, -1)) != nullptr; };
     test.onFlush = [&] { bxTest::deallocate(held); };
     const bxFuncLoop second = x87Traps() ? divideByZeroOnX87 : illegalInstruction;
     const long long before = bxAllocatedSize();
@@ -178,7 +174,81 @@ TEST_F(FrameworkFaults, AThousandFaultsAreCaughtWithoutGrowth) {
     }
     test.funcLoop = ScriptedTest::loop;
     EXPECT_EQ(test.run(), OK);
-    EXPECT_EQ(bxAllocatedSize(), before) << "what a sound test forgets is freed as well";
+    EXPECT_EQ(bxAllocatedSize(), before);
+}
+
+// A unit may build a table once and keep it for all its tests, whatever becomes of the first of them.
+TEST_F(FrameworkFaults, WhatATestKeepsStays) {
+    const long long mark = bxMallocMark();
+    for (const bxFuncLoop function : {bxFuncLoop{ScriptedTest::loop}, bxFuncLoop{storeToNull}}) {
+        void* table = nullptr;
+        void* data = nullptr;
+        Capture listing(outErr);
+        ScriptedTest first, second;
+        first.onCanStart =
+            second.onCanStart = [&] { return (table = table ? table : bxTest::allocate(100, 0)) != nullptr; };
+        first.onInit = second.onInit = [&] { return (data = bxTest::allocate(100, 0)) != nullptr; };
+        first.onFlush = second.onFlush = [&] { bxTest::deallocate(data); };
+        first.funcLoop = function;
+        first.run();
+        second.run();
+        EXPECT_TRUE(bxMallocInfo(table, nullptr, nullptr));
+        EXPECT_FALSE(bxMallocInfo(data, nullptr, nullptr));
+    }
+    EXPECT_EQ(bxFreeSince(mark), 2);
+}
+
+TEST_F(FrameworkFaults, DataInRuinsAreFreedForTheTest) {
+    ScriptedTest test;
+    test.onInit = [&] { return bxTest::allocate(100, 0) && fault(); };
+    test.onFlush = [&] { fault(); };
+    const long long before = bxAllocatedSize();
+    Capture listing(outErr);
+    EXPECT_EQ(test.run(), EXCPTFAIL);
+    EXPECT_EQ(bxAllocatedSize(), before);
+}
+
+// A combination without data is passed over; the result of its test tells.
+TEST_F(FrameworkFaults, MissingDataShowInTheResult) {
+    bxIterator<int> a(1, "A", "");
+    a.add(1);
+    a.add(-1);
+    a.setNeedsInput(false);
+    ScriptedTest test;
+    test.onCanStart = [&] { return test.regParm(a) != nullptr; };
+    void* data = nullptr;
+    const auto allocate = [&] { return (data = bxTest::allocate(a.value(), 0)) != nullptr; };
+    test.onFlush = [&] { bxTest::deallocate(data); };
+    Capture listing(outWarn);
+    test.onInit = allocate;
+    EXPECT_EQ(test.run(), DATAWRN);
+    test.onInit = [&] { return a.value() > 0 && allocate(); };
+    EXPECT_EQ(test.run(), OK) << "what the test itself passes over is no fault";
+    test.onInit = [&] { return a.value() < 0 && allocate(); };
+    EXPECT_EQ(test.run(), DATAFAIL) << "nothing was measured";
+}
+
+TEST_F(FrameworkFaults, DataThatAreNeverBuiltAreLeftAtTheTimeLimit) {
+    bxSetTimeLimit(1);
+    volatile bool forever = true;
+    const auto inTheTest = [&] {
+        while (forever) {}
+        return true;
+    };
+    const auto inTheAllocator = [&] {
+        while (forever)
+            bxTest::deallocate(bxTest::allocate(16, 0));
+        return true;
+    };
+    for (const std::function<bool()>& endless : {std::function<bool()>(inTheTest), {inTheAllocator}}) {
+        ScriptedTest test;
+        test.onInit = endless;
+        Capture listing(outErr);
+        EXPECT_EQ(test.run(), EXCPTFAIL);
+        EXPECT_NE(listing.text().find("--ZOR. Signal: Time limit of 1 s exceeded. in initData\n"),
+                  std::string::npos);
+    }
+    bxSetTimeLimit(0);
 }
 
 TEST_F(FrameworkFaults, FloatingPointStateIsPutBack) {

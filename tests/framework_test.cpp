@@ -411,29 +411,6 @@ TEST_F(FrameworkTest, ColdLinesAreNotMeasuredInHotMode) {
     EXPECT_NE(listing.text().find("  measuring is omitted: not hot line\n"), std::string::npos);
 }
 
-TEST_F(FrameworkTest, BlocksAreSpreadAndMisalignedAsSet) {
-    const long long mark = bxMallocMark();
-    bxSetVectorAlign(3);
-    bxTest::m_vectorNum = bxTest::m_vectorShift = 0;
-    const auto distance = [](int align) {
-        return static_cast<int>(reinterpret_cast<std::uintptr_t>(bxTest::allocate(16, align)) % 64);
-    };
-    EXPECT_EQ(distance(-4), 12) << "3 elements of 4 bytes";
-    EXPECT_EQ(bxTest::m_vectorShift, bxGetVectorShift());
-    EXPECT_EQ(distance(-4), 0) << "only the first block is misaligned";
-    EXPECT_EQ(distance(5), 5) << "a distance in bytes holds as given";
-    bxSetAlignSrc(false);
-    EXPECT_EQ(distance(-1), 3);
-    bxSetAlignSrc(true);
-    bxSetVectorAlign(0);
-    while (bxTest::m_vectorNum < 63)
-        bxTest::allocate(1, 0);
-    EXPECT_EQ(bxTest::m_vectorShift, 32256);
-    bxTest::allocate(1, 0);
-    EXPECT_EQ(bxTest::m_vectorShift, 0) << "starts again below 32768";
-    bxFreeSince(mark);
-}
-
 TEST_F(FrameworkTest, WithoutALoopTheCallsAreTimedOneByOne) {
     const std::pair<int, const char*> methods[] = {{bxTool::methodAuto, "Auto"},
                                                    {bxTool::methodBest, "Iterative"}};

@@ -6,6 +6,7 @@
 
 #include "data/bxalloc.h"
 #include "data/bxobject.h"
+#include "data/bxplacement.h"
 #include "foundation/bxlist.h"
 #include "foundation/bxnames.h"
 #include "foundation/bxparse.h"

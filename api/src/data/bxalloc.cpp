@@ -2,9 +2,11 @@
 
 #include "data/bxaddresslist.h"
 #include "data/bxguard.h"
+#include "data/bxplacement.h"
 #include "output/bxostream.h"
 
 #include <climits>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 
@@ -15,18 +17,19 @@ constexpr std::size_t headRoom = 3 * lineSize; /**< bytes before a base block, r
 constexpr std::size_t bookkeeping = headRoom + lineSize; /**< bytes around a base block */
 constexpr std::ptrdiff_t startWord = 2 * lineSize;       /**< distance of the word that keeps the start */
 
-struct Settings {
-    int vectorShift = 512;
-    int vectorAlign = 0;
-    bool alignSrc = true;
-    bool alignByByte = true;
-    bool guard = false;
-};
-
-constinit Settings s_settings;
 constinit long long s_allocated = 0;
+volatile std::sig_atomic_t s_busy = 0;
 /** Never destroyed: static objects may free their blocks after all destructors of this unit. */
 constinit AddressList* s_table = nullptr;
+
+/** While one lives, the heap and the table are being changed. */
+class Busy {
+  public:
+    Busy() { s_busy = 1; }
+    ~Busy() { s_busy = 0; }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+};
 
 void*& startOf(void* raw) {
     return *reinterpret_cast<void**>(static_cast<char*>(raw) - startWord);
@@ -35,7 +38,7 @@ void*& startOf(void* raw) {
 /** Gets the memory of a block; its aligned pointer stays null on failure. */
 Address obtain(int size, int misalign, int offset) {
     Address block{.size = size};
-    if (s_settings.guard) {
+    if (g_placement.rules.guard) {
         const bxGuardedBlock guarded = bxMapGuarded(size, misalign % lineSize);
         block.raw = guarded.mapping;
         block.mapped = guarded.mapped;
@@ -78,47 +81,12 @@ int forAllOwners(bool (bxObject::*operation)()) {
     return n;
 }
 
+/** Whether a base block can hold so much; its size is an int. */
+bool fits(int size, int misalign, int offset) {
+    return size >= 0 && offset >= 0 && 0LL + misalign % lineSize + size + offset + lineSize <= INT_MAX;
+}
+
 } // namespace
-
-int bxGetVectorShift() {
-    return s_settings.vectorShift;
-}
-
-void bxSetVectorShift(int bytes) {
-    s_settings.vectorShift = bytes;
-}
-
-int bxGetVectorAlign() {
-    return s_settings.vectorAlign;
-}
-
-void bxSetVectorAlign(int distance) {
-    s_settings.vectorAlign = distance % lineSize;
-}
-
-bool bxGetAlignSrc() {
-    return s_settings.alignSrc;
-}
-
-void bxSetAlignSrc(bool firstOnly) {
-    s_settings.alignSrc = firstOnly;
-}
-
-bool bxGetAlignByByte() {
-    return s_settings.alignByByte;
-}
-
-void bxSetAlignByByte(bool byByte) {
-    s_settings.alignByByte = byByte;
-}
-
-bool bxGetGuard() {
-    return s_settings.guard;
-}
-
-void bxSetGuard(bool guard) {
-    s_settings.guard = guard;
-}
 
 void* bx_malloc(int size) {
     if (size < 0)
@@ -138,9 +106,7 @@ void* bx_malloc(int size) {
  */
 void* bx_malloc(void*& raw, int size, int misalign, int offset) {
     const int m = misalign % lineSize;
-    const long long total = 0LL + m + size + offset + lineSize;
-    const bool sound = size >= 0 && offset >= 0 && total <= INT_MAX;
-    raw = sound ? bx_malloc(static_cast<int>(total)) : nullptr;
+    raw = fits(size, misalign, offset) ? bx_malloc(m + size + offset + lineSize) : nullptr;
     if (!raw)
         return nullptr;
     const auto base = reinterpret_cast<std::uintptr_t>(raw);
@@ -155,6 +121,11 @@ void bx_free(void* raw) {
 }
 
 void* bxMalloc(int size, int misalign, int offset, void* owner) {
+    if (!fits(size, misalign, offset)) {
+        bxDataError(bxString() << size << " bytes at offset " << offset);
+        return nullptr;
+    }
+    const Busy busy;
     Address block = obtain(size, misalign, offset);
     if (!block.aligned) {
         memError(size);
@@ -176,6 +147,7 @@ void* bxMalloc(void*& ptr, int size, int misalign, int offset) {
 void bxFree(void* ptr) {
     if (!s_table || !ptr)
         return;
+    const Busy busy;
     const auto found = s_table->lookup(ptr);
     if (found == s_table->end())
         return log(" - bxFree: ", nullptr);
@@ -183,6 +155,10 @@ void bxFree(void* ptr) {
     const Address block = *found;
     s_table->remove(found);
     giveBack(block);
+}
+
+bool bxAllocatorBusy() {
+    return s_busy != 0;
 }
 
 bool bxMallocInfo(void* ptr, int* size, void** owner) {
@@ -236,6 +212,13 @@ int bxResetAllVectors() {
 }
 
 bool memError(int size) {
+    ++g_placement.failures;
     g_ostrm << ERR << "-- Memory error: can't allocate " << size << " bytes\n" << endMessage;
+    return false;
+}
+
+bool bxDataError(const bxString& what) {
+    ++g_placement.failures;
+    g_ostrm << ERR << "-- Data error: no block can hold " << what << "\n" << endMessage;
     return false;
 }

@@ -1,34 +1,11 @@
 /** \file
  * The allocator of test data: blocks at a chosen distance from a cache line, and the table of all live
- * blocks.
+ * blocks. Which distance a test's block gets is said in bxplacement.h.
  */
 #ifndef BXALLOC_H
 #define BXALLOC_H
 
 #include "data/bxobject.h"
-
-/** \name Settings
- * @{ */
-/** Bytes added to the mutual offset after each block of a test; 512 at start. */
-int bxGetVectorShift();
-void bxSetVectorShift(int bytes);
-/** Misalignment in bytes or elements, kept modulo 64; 0 at start. */
-int bxGetVectorAlign();
-void bxSetVectorAlign(int distance);
-/** True at start: only the first block of a test is misaligned. */
-bool bxGetAlignSrc();
-void bxSetAlignSrc(bool firstOnly);
-/** True at start: the misalignment counts bytes, not elements. */
-bool bxGetAlignByByte();
-void bxSetAlignByByte(bool byByte);
-/**
- * False at start. While true, each new block ends at a page that must not be touched, so that a function that
- * runs over the end of its data faults there. The block then keeps its misalignment modulo 16 only, up to 15
- * bytes may lie between its end and the page, and the mutual offset has no effect.
- */
-bool bxGetGuard();
-void bxSetGuard(bool guard);
-/** @} */
 
 /** \name Base blocks
  * @{ */
@@ -44,12 +21,14 @@ void bx_free(void* raw);
 /** \name Blocks of the table
  * An owner is a bxObject (or null, or one of the two sentinels) as `void*`. Lookups take constant time.
  * @{ */
-/** Null, after an ERR message, when there is no memory. */
+/** Null, after an ERR message, when there is no memory or the block cannot stand there. */
 void* bxMalloc(int size, int misalign, int offset, void* owner);
 /** The same without an owner; the block is also stored into `ptr`. */
 void* bxMalloc(void*& ptr, int size, int misalign, int offset);
 /** Unknown and null pointers free nothing. */
 void bxFree(void* ptr);
+/** Whether a block is just being made or freed: a moment that must not be left by a jump. */
+bool bxAllocatorBusy();
 /** Looks a block up; either output may be null. */
 bool bxMallocInfo(void* ptr, int* size, void** owner);
 /** Walks the blocks in the order of their allocation; null at the end. No block may be freed during a walk.
@@ -74,5 +53,7 @@ int bxResetAllVectors();
 
 /** Writes the message that `size` bytes cannot be had, and returns false. */
 bool memError(int size);
+/** Writes the message that no block, of whatever memory, can hold this, and returns false. */
+bool bxDataError(const bxString& what);
 
 #endif

@@ -108,17 +108,29 @@ bool bxTest::setIniSection(bxString section) {
     return true;
 }
 
+/** A step in which the test builds its data: code of the test, under the time limit like the function. */
+template <class Body>
+static bool buildStep(const char* step, Body body) {
+    bxStartWatchdog();
+    const bool built = bxTraced(step, [&body] {
+        bxEnterCalls();
+        const bool done = body();
+        bxLeaveCalls();
+        return done;
+    });
+    bxStopWatchdog();
+    return built;
+}
+
 bxResult bxTest::run() {
-    const long long mark = bxMallocMark();
     const int openMessages = g_ostrm.openMessages();
     enter();
     try {
         if (!bxGuarded([this] { return proceed(); }))
             return UNDEFINED;
-        bxGuarded([mark] { return bxFreeSince(mark); });
     } catch (const bxException& fault) {
         recover(fault.msg(), openMessages);
-        discardData(mark);
+        discardData();
     }
     report();
     return result;
@@ -141,7 +153,7 @@ bool bxTest::proceed() {
         return false;
     bxTraced("beginTest", [this] { beginTest(); });
     announce();
-    if (!bxTraced("canStart", [this] { return canStart(); })) {
+    if (!buildStep("canStart", [this] { return canStart(); })) {
         g_ostrm << ERR << "-- Can't start timing\n" << endMessage;
         m_currentResult = DATAFAIL;
     } else if (m_cache && !cacheIter) {
@@ -191,20 +203,19 @@ void bxTest::recover(const char* message, int openMessages) {
     g_cstrm.linePostponeOut(m_numResultColm + m_numParmsColm);
 }
 
-/** Runs a step that may fault; what it leaves undone stays undone. */
-template <class Body>
-static void attempt(Body body) {
-    try {
-        bxGuarded(body);
-    } catch (const bxException&) {}
-}
-
-/** Frees what a test that was left in the middle still holds; its data may be in ruins. */
-void bxTest::discardData(long long sinceMark) {
-    if (m_dataLive)
-        attempt([this] { flushData(); });
+/**
+ * Frees the data of a test that was left in the middle of a combination. What `flushData` keeps stays, as it
+ * does in a sound test; when it faults on data in ruins, all blocks of the combination go.
+ */
+void bxTest::discardData() {
+    if (!m_dataLive)
+        return;
     m_dataLive = false;
-    attempt([sinceMark] { bxFreeSince(sinceMark); });
+    try {
+        bxGuarded([this] { flushData(); });
+    } catch (const bxException&) {
+        bxFreeSince(m_dataMark);
+    }
 }
 
 void bxTest::report() {
@@ -223,7 +234,6 @@ void bxTest::report() {
 
 void bxTest::startAndStop() {
     const OutputLevel level = g_ostrm.outLevel();
-    const long long mark = bxMallocMark();
     g_ostrm.setOutLevel(outErr);
     try {
         bxGuarded([this] {
@@ -234,7 +244,6 @@ void bxTest::startAndStop() {
         });
     } catch (const bxException& fault) {
         g_ostrm << ERR << fault.msg() << " in startAndStop of " << name << " test\n" << endMessage;
-        discardData(mark);
     }
     g_ostrm.setOutLevel(level);
 }
@@ -245,10 +254,13 @@ void bxTest::loopData() {
     firstIteration = true;
     m_loopStep = g_trace.getCurName();
     m_constDue = true;
+    m_dataMissing = false;
     g_cstrm.identicalLinesStart(m_numParmsColm);
     while (nextCombination()) {}
     if (m_currentResult == UNDEFINED && !bxInterrupted())
         reportError("-- Error while initialization of function data\n", DATAFAIL);
+    else if (m_dataMissing)
+        raiseResult(counted(DATAWRN));
     g_cstrm.linePostponeOut(m_numResultColm + m_numParmsColm);
     if (g_cstrm.identicalLinesStop()) {
         g_ostrm << WARN << "-- Warning: duplicate lines in performance table (csv-file)\n" << endMessage;
@@ -265,16 +277,19 @@ void bxTest::restoreTraceStep() {
 /** Produces and measures one combination; false at the end of the loop. */
 bool bxTest::nextCombination() {
     restoreTraceStep();
-    m_vectorNum = m_vectorShift = 0;
-    if (!bxTraced("canContinue", [this] { return canContinue(); })) {
+    g_placement.restart();
+    m_dataMark = bxMallocMark();
+    if (!buildStep("canContinue", [this] { return canContinue(); })) {
         if (firstIteration)
             reportError("-- One of argument list for timing is empty\n", DATAFAIL);
         return false;
     }
     firstIteration = false;
     m_dataLive = true;
-    if (bxTraced("initData", [this] { return initData(); }))
+    if (buildStep("initData", [this] { return initData(); }))
         processCombination();
+    else if (g_placement.failures > 0)
+        m_dataMissing = true;
     bxTraced("flushData", [this] { return flushData(); });
     m_dataLive = false;
     return !bxIsFailure(m_currentResult) && !bxInterrupted();

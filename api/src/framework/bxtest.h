@@ -4,6 +4,7 @@
 #ifndef BXTEST_H
 #define BXTEST_H
 
+#include "data/bxplacement.h"
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
 #include "framework/bxtestinfo.h"
@@ -114,10 +115,7 @@ class bxTest {
     bxParameter* regCacheParm(bxIterator<int>& size, bxObject* owner = nullptr,
                               bxCacheSetFunc check = nullptr);
 
-    /**
-     * Allocates test data. A negative alignment -u takes the session's misalignment in units of u bytes,
-     * others are the misalignment in bytes. Null when there is no memory; nothing is thrown.
-     */
+    /** Allocates test data where the placement of the run has it (bxPlacement::allocate). */
     static void* allocate(int size, int align, void* owner = nullptr);
     static void deallocate(void* block);
 
@@ -186,8 +184,10 @@ class bxTest {
     static inline int m_hot = 0;           /**< 1: column "Interest", 2: hot functions only */
     static inline bool m_pressing = false; /**< run only tests that have a section in the ini file */
     static inline bool m_cache = false;    /**< measure in and out of cache */
-    static inline int m_vectorNum = 0;     /**< blocks allocated for the current combination */
-    static inline int m_vectorShift = 0;   /**< mutual offset of the next block, bytes */
+    /** Blocks allocated for the current combination. */
+    static inline int& m_vectorNum = g_placement.blocks;
+    /** Mutual offset of the next block, bytes. */
+    static inline int& m_vectorShift = g_placement.shift;
 
   private:
     bxTest(bxString testName, bxString path, bxString text);
@@ -198,7 +198,7 @@ class bxTest {
     void announce();
     void measureAll();
     void recover(const char* message, int openMessages);
-    void discardData(long long sinceMark);
+    void discardData();
     void report();
 
     // One combination of parameter values.
@@ -215,10 +215,12 @@ class bxTest {
     static void reportError(const bxString& message, bxResult r);
 
     // Members rather than locals of the loop: a fault jumps over destructors.
-    bxString m_loopStep;      /**< trace step that every combination starts from */
-    bool m_announced = false; /**< the title block has been written */
-    bool m_constDue = false;  /**< the constant description has not been written */
-    bool m_dataLive = false;  /**< data of a combination exist */
+    bxString m_loopStep;        /**< trace step that every combination starts from */
+    bool m_announced = false;   /**< the title block has been written */
+    bool m_constDue = false;    /**< the constant description has not been written */
+    bool m_dataLive = false;    /**< data of a combination exist */
+    bool m_dataMissing = false; /**< some combination was passed over because its data could not be had */
+    long long m_dataMark = 0;   /**< of the moment before a combination's data */
 };
 
 #endif

@@ -105,18 +105,7 @@ bool bxTest::flushData() {
 }
 
 void* bxTest::allocate(int size, int align, void* owner) {
-    constexpr int shiftLimit = 32768; // bytes: the mutual offsets start again before they reach this
-    int misalignment = align;
-    if (align < 0)
-        misalignment = bxGetAlignSrc() && m_vectorNum != 0 ? 0 : -align * bxGetVectorAlign();
-    void* const block = bxMalloc(size, misalignment, m_vectorShift, owner ? owner : MEM_OBJECT_IS_BUFFER);
-    if (!block)
-        return nullptr;
-    ++m_vectorNum;
-    m_vectorShift += bxGetVectorShift();
-    if (m_vectorShift >= shiftLimit)
-        m_vectorShift = 0;
-    return block;
+    return g_placement.allocate(size, align, owner);
 }
 
 void bxTest::deallocate(void* block) {

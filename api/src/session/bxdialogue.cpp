@@ -1,6 +1,6 @@
 #include "session/bxdialogue.h"
 
-#include "data/bxalloc.h"
+#include "data/bxplacement.h"
 #include "output/bxostream.h"
 #include "parameters/bxistream.h"
 #include "parameters/bxmap.h"

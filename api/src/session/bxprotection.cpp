@@ -1,6 +1,6 @@
 #include "session/bxprotection.h"
 
-#include "data/bxalloc.h"
+#include "data/bxplacement.h"
 #include "parameters/bxmap.h"
 #include "session/bxgiven.h"
 #include "timing/bxwatchdog.h"

@@ -1,5 +1,6 @@
 #include "timing/bxwatchdog.h"
 
+#include "data/bxalloc.h"
 #include "timing/bxexception.h"
 #include "timing/bxsignal.h"
 
@@ -16,7 +17,7 @@ std::array<char, 64> s_text{};
 
 void expire(int) {
     s_expired = 1;
-    if (s_inCalls && tsSignal::m_armed)
+    if (s_inCalls && !bxAllocatorBusy() && tsSignal::m_armed)
         tsSignal::leave(s_text.data());
 }
 
@@ -29,9 +30,12 @@ void installHandler() {
     sigaction(SIGALRM, &action, nullptr);
 }
 
+/** Once over, the time is over again and again: the first signal may come where nothing can be left. */
 void setTimer(int seconds) {
-    const itimerval once{.it_interval = {}, .it_value = {.tv_sec = seconds, .tv_usec = 0}};
-    setitimer(ITIMER_REAL, &once, nullptr);
+    constexpr int again = 20000; // microseconds
+    const itimerval timer{.it_interval = {.tv_sec = 0, .tv_usec = seconds > 0 ? again : 0},
+                          .it_value = {.tv_sec = seconds, .tv_usec = 0}};
+    setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
 } // namespace
