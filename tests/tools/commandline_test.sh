@@ -44,7 +44,7 @@ expect 1 '10 slower, 0 faster, 8 same, 0 cannot tell' benchex-compare old new
 expect 1 '(3 runs)' benchex-compare --before old/1.csv old/2.csv old/3.csv --after new --all
 expect 1 '^Only after (1 row)' benchex-compare old new
 expect 1 '^only after,,,,,,,,,,,zorsNew_16s_I,$' benchex-compare --csv old new
-expect 1 '"slower": 10' benchex-compare --json old new
+expect 1 '"slower": 10,' benchex-compare --json old new
 expect 1 'microseconds per call' benchex-compare --time old new
 expect 2 'no row of' benchex-compare "$before" other.csv
 expect 2 'no row of' benchex-compare "$before" empty.csv
@@ -54,16 +54,23 @@ expect 2 'foreign.csv: line 1:' benchex-compare "$before" foreign.csv
 expect 2 'missing.csv: cannot be opened' benchex-compare "$before" missing.csv
 expect 2 'no table (\*.csv)' benchex-compare "$before" none
 expect 2 'two tables are needed' benchex-compare "$before"
-expect 2 'unknown option --what' benchex-compare --what "$before" "$after"
-expect 2 'is no percentage' benchex-compare --threshold much "$before" "$after"
+expect 2 'Try .benchex-compare --help' benchex-compare --what "$before" "$after"
+for threshold in much -5 1001 5%% ''; do
+    expect 2 'is no percentage from 0 to 1000' benchex-compare --threshold "$threshold" "$before" "$after"
+done
+expect 0 'allowed is 1.3' benchex-compare "$before" "$after" --threshold='30 %'
+expect 2 'not expected: --all=3\|--all' benchex-compare --all=3 "$before" "$before"
+expect 2 'excludes' benchex-compare --json --csv "$before" "$before"
+expect 2 'stand either alone or behind' benchex-compare --before "$before" --after "$after" --all -- "$after"
 expect 0 '^Usage: benchex-compare' benchex-compare --help
 
 expect 0 '' benchex-report "$before" "$after" -o page.html --chart-library "$before"
-expect 0 '"parameters": {"Len": 16, "Window": "short"}' benchex-report --json -o - "$tables"
+expect 0 '"parameters":{"Len":16,"Window":"short"}' benchex-report --json -o - "$tables"
 expect 0 'no charts' benchex-report "$before" -o bare.html --chart-library nowhere.js
 expect 2 'no row and no tested function' benchex-report empty.csv
 expect 2 'cut off' benchex-report cut.csv
-expect 2 'no table given' benchex-report
+expect 2 'TABLE is required' benchex-report
+expect 0 '^benchex-report [0-9]' benchex-report --version
 expect 2 '/nowhere/page.html: cannot be written' benchex-report "$before" -o /nowhere/page.html
 for text in '<canvas' '#fn-zorsMDCTFwd_32f_I' 'EXCPTFAIL' 'libzorac.so, 2.0' '<small>Len</small>1024'; do
     grep -q -e "$text" "$work/page.html" || { echo "FAILED: page.html lacks $text"; failures=$((failures + 1)); }

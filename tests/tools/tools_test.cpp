@@ -1,8 +1,7 @@
 // Reading tables, comparing them, and what a report makes of them.
-#include "arguments.h"
 #include "cells.h"
 #include "comparison.h"
-#include "jsonwriter.h"
+#include "json.h"
 #include "reportjson.h"
 #include "reportpage.h"
 #include "resulttable.h"
@@ -193,8 +192,7 @@ TEST(Tables, AreReadWithWhatStandsBesideThem) {
 
     const ReportData data = makeReport(tables);
     const std::string json = reportJson(data);
-    EXPECT_THAT(json,
-                HasSubstr("\"parameters\": {\"Len\": 1}, \"comment\": \"nLps=4 acc=9.0%\", \"loops\": 4"));
+    EXPECT_THAT(json, HasSubstr("\"parameters\":{\"Len\":1},\"comment\":\"nLps=4 acc=9.0%\",\"loops\":4,"));
     const std::string page = reportPage(data, "A <b>", {std::nullopt, "gone"});
     EXPECT_THAT(page, HasSubstr("<title>A &lt;b&gt;</title>"));
     EXPECT_THAT(page, HasSubstr("No charts: gone"));
@@ -412,45 +410,11 @@ TEST(Report, ChoosesTheAxisThatRowsGrowAlong) {
 }
 
 TEST(Json, IsValidWhateverTheText) {
-    JsonWriter json;
-    json.beginObject(JsonWriter::Layout::flat);
-    json.member("t", "\"\\\n</script>\xff\xc3\xa4\xed\xa0\x80");
-    json.member("n", 0.1);
-    json.member("i", infinite);
-    json.member("b", true);
-    json.member("none", std::optional<double>());
-    json.key("l");
-    json.beginList(JsonWriter::Layout::flat);
-    json.value(1);
-    json.value(2U);
-    json.endList();
-    json.endObject();
-    EXPECT_EQ(
-        json.text(),
-        "{\"t\": \"\\\"\\\\\\u000a\\u003c/script>\xEF\xBF\xBD\xc3\xa4\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"
-        "\", \"n\": 0.1, \"i\": null, \"b\": true, \"l\": [1, 2]}");
-}
-
-TEST(CommandLine, OptionsTakeValuesInTwoForms) {
-    const char* words[] = {"program", "--t=5", "--t", "7.5 %", "a", "--", "--t"};
-    Arguments arguments(7, words);
-    ASSERT_TRUE(arguments.next());
-    EXPECT_DOUBLE_EQ(arguments.percent(100), 0.05);
-    ASSERT_TRUE(arguments.next());
-    EXPECT_DOUBLE_EQ(arguments.percent(100), 0.075);
-    ASSERT_TRUE(arguments.next());
-    EXPECT_TRUE(arguments.isOperand());
-    ASSERT_TRUE(arguments.next());
-    EXPECT_TRUE(arguments.isOperand());
-    EXPECT_EQ(arguments.word(), "--t");
-    EXPECT_FALSE(arguments.next());
-
-    const char* unwanted[] = {"program", "--all=3"};
-    Arguments flag(2, unwanted);
-    ASSERT_TRUE(flag.next());
-    EXPECT_THROW(flag.next(), UsageError);
-    const char* wrong[] = {"program", "--t", "x"};
-    Arguments bad(3, wrong);
-    ASSERT_TRUE(bad.next());
-    EXPECT_THROW(bad.percent(100), UsageError);
+    JsonText json;
+    json.add("t", "\"\\\n</script>\xff\xc3\xa4\xed\xa0\x80");
+    json.add("i", jsonNumber(infinite));
+    json.addList("l", std::vector<double>{0.1, 2, -3e20, 9007199254740993.0}, jsonNumber);
+    EXPECT_EQ(json.text(),
+              "{\n\"t\": \"\\\"\\\\\\n\\u003c/script>\xEF\xBF\xBD\xc3\xa4\xEF\xBF\xBD\xEF\xBF\xBD\","
+              "\n\"i\": null,\n\"l\": [\n0.1,\n2,\n-3e+20,\n9007199254740992.0]\n}\n");
 }

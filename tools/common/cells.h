@@ -4,6 +4,8 @@
 #ifndef CELLS_H
 #define CELLS_H
 
+#include "output/bxtable.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,7 +30,7 @@ std::string_view trimmed(std::string_view text);
 
 /** Whether a cell was left empty by the writer. */
 inline bool isEmptyCell(std::string_view cell) {
-    return cell.empty() || cell == "-";
+    return cell.empty() || cell == bxTable::empty;
 }
 
 #endif

@@ -10,12 +10,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view summarySuffix = "_sum.csv";
-constexpr std::string_view namesSuffix = "_name.csv";
-
 bool isBesideTable(const fs::path& path) {
     const std::string name = path.filename().string();
-    return name.ends_with(summarySuffix) || name.ends_with(namesSuffix);
+    return name.ends_with(bxTable::summaryFile) || name.ends_with(bxTable::nameFile);
 }
 
 std::vector<fs::path> tablesOf(const fs::path& path) {
@@ -116,12 +113,12 @@ Collection collectTables(const std::vector<fs::path>& paths, bool allowPartial) 
         for (const fs::path& table : tablesOf(path)) {
             TableFile file = readFile(table, allowPartial);
             std::error_code error;
-            if (const fs::path names = beside(table, namesSuffix); fs::exists(names, error)) {
+            if (const fs::path names = beside(table, bxTable::nameFile); fs::exists(names, error)) {
                 TableFile besides = readFile(names, allowPartial);
                 all.names.merge(besides.names);
                 append(all.notes, std::move(besides.notes));
             }
-            if (const fs::path summary = beside(table, summarySuffix); fs::exists(summary, error)) {
+            if (const fs::path summary = beside(table, bxTable::summaryFile); fs::exists(summary, error)) {
                 TableFile besides = readFile(summary, allowPartial);
                 append(all.notes, std::move(besides.notes));
                 std::move(besides.summaries.begin(), besides.summaries.end(),

@@ -1,6 +1,7 @@
 #include "resulttable.h"
 
 #include "cells.h"
+#include "output/bxtable.h"
 
 #include <algorithm>
 #include <array>
@@ -31,19 +32,19 @@ struct ColumnTitle {
 };
 
 constexpr std::array columnTitles{
-    ColumnTitle{"Function", Column::function, true},
-    ColumnTitle{"Types", Column::types, false},
-    ColumnTitle{"Descriptor", Column::descriptor, false},
-    ColumnTitle{"Comment", Column::comment, true},
-    ColumnTitle{"Clocks", Column::clocks, true},
-    ColumnTitle{"per", Column::unit, false},
-    ColumnTitle{"Time (usec)", Column::microseconds, false},
-    ColumnTitle{"MFlops", Column::mflops, false},
-    ColumnTitle{"Interest", Column::interest, false},
+    ColumnTitle{bxTable::function, Column::function, true},
+    ColumnTitle{bxTable::types, Column::types, false},
+    ColumnTitle{bxTable::descriptor, Column::descriptor, false},
+    ColumnTitle{bxTable::comment, Column::comment, true},
+    ColumnTitle{bxTable::clocks, Column::clocks, true},
+    ColumnTitle{bxTable::unit, Column::unit, false},
+    ColumnTitle{bxTable::microseconds, Column::microseconds, false},
+    ColumnTitle{bxTable::mflops, Column::mflops, false},
+    ColumnTitle{bxTable::interest, Column::interest, false},
 };
 
 bool isParameterTitle(std::string_view title) {
-    return title.size() > 1 && title[0] == 'P' &&
+    return title.size() > 1 && title[0] == bxTable::parameterLetter &&
            title.find_first_not_of("0123456789", 1) == std::string_view::npos;
 }
 
@@ -162,15 +163,16 @@ void Reader::cutOff() {
 
 /** Whether a line behind a table begins the head of the next run, appended to the same file. */
 bool Reader::startsHead(std::string_view line) const {
-    constexpr std::array<std::string_view, 5> labels{"CPU", "OS", "Computer", "Library", "Start"};
+    constexpr std::array<std::string_view, 5> labels{bxTable::cpu, bxTable::os, bxTable::computer,
+                                                     bxTable::library, bxTable::start};
     const std::string_view label = line.substr(0, line.find(','));
     return std::find(labels.begin(), labels.end(), label) != labels.end();
 }
 
 void Reader::takeLine(std::string_view line) {
-    if (line.starts_with("Function,")) {
+    if (line.starts_with(bxTable::function + std::string(","))) {
         auto titles = splitCells(line);
-        if (std::find(titles.begin(), titles.end(), "Result") != titles.end())
+        if (std::find(titles.begin(), titles.end(), bxTable::summary::result) != titles.end())
             startSummary(std::move(titles));
         else
             startResults(std::move(titles));
@@ -262,7 +264,7 @@ void Reader::takeResult(std::vector<std::string> cells) {
     ResultRow row;
     row.line = m_line;
     const auto comment = std::find(m_columns.begin(), m_columns.end(), Column::comment) - m_columns.begin();
-    const bool nameLine = cells[static_cast<std::size_t>(comment)] == "parmNames";
+    const bool nameLine = cells[static_cast<std::size_t>(comment)] == bxTable::nameLine;
     fillRow(row, cells);
     if (nameLine)
         m_file.names[row.function] = row.parameters;
@@ -310,7 +312,7 @@ void Reader::fillRow(ResultRow& row, const std::vector<std::string>& cells) cons
             row.mflops = number(cells[i], m_titles[i]);
             break;
         case Column::interest:
-            row.hot = text == "Hot";
+            row.hot = text == bxTable::hot;
             break;
         case Column::other:
             row.other.emplace_back(m_titles[i], text);
@@ -325,7 +327,7 @@ void Reader::fillRow(ResultRow& row, const std::vector<std::string>& cells) cons
 }
 
 void Reader::takeSummary(const std::vector<std::string>& cells) {
-    if (cells.size() == 1 && cells[0] == "END_DATA") {
+    if (cells.size() == 1 && cells[0] == bxTable::summary::end) {
         m_section = Section::counts;
         return;
     }
@@ -333,19 +335,19 @@ void Reader::takeSummary(const std::vector<std::string>& cells) {
     TestOutcome test;
     for (std::size_t i = 0; i < cells.size(); ++i) {
         const std::string& title = m_titles[i];
-        if (title == "Function")
+        if (title == bxTable::function)
             test.function = cells[i];
-        else if (title == "Test")
+        else if (title == bxTable::summary::test)
             test.test = cells[i];
-        else if (title == "SrcName")
+        else if (title == bxTable::summary::source)
             test.source = cells[i];
-        else if (title == "Result")
+        else if (title == bxTable::summary::result)
             test.result = cells[i];
-        else if (title == "ExeName")
+        else if (title == bxTable::summary::program)
             test.program = cells[i];
-        else if (title == "Time (sec.)")
+        else if (title == bxTable::summary::seconds)
             test.seconds = number(cells[i], title);
-        else if (title != "Class")
+        else if (title != bxTable::summary::kind)
             test.watch.emplace_back(title, cells[i]);
     }
     m_file.summaries.back().tests.push_back(std::move(test));
@@ -381,24 +383,24 @@ std::vector<std::string> RunHead::values(std::string_view label) const {
 }
 
 std::optional<double> ResultRow::accuracy() const {
-    return percentAfter(comment, "acc=");
+    return percentAfter(comment, bxTable::accuracy);
 }
 
 std::optional<double> ResultRow::shared() const {
-    return percentAfter(comment, "shared=");
+    return percentAfter(comment, bxTable::shared);
 }
 
 std::optional<double> ResultRow::throughput() const {
-    return numberAfter(comment, "adds/clock=");
+    return numberAfter(comment, bxTable::throughput);
 }
 
 std::optional<double> ResultRow::loops() const {
-    const auto loops = numberAfter(comment, "nLps=");
-    return loops ? loops : numberAfter(comment, "nCalls=");
+    const auto loops = numberAfter(comment, bxTable::loops);
+    return loops ? loops : numberAfter(comment, bxTable::calls);
 }
 
 std::string ResultRow::cacheMode() const {
-    for (const char* mode : {"inCache", "outofCache"})
+    for (const char* mode : {bxTable::inCache, bxTable::outOfCache})
         if (comment.starts_with(mode))
             return mode;
     return {};

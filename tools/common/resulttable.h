@@ -5,6 +5,8 @@
 #ifndef RESULTTABLE_H
 #define RESULTTABLE_H
 
+#include "output/bxtable.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <iosfwd>
@@ -56,7 +58,7 @@ struct ResultRow {
     std::optional<double> throughput() const; /**< independent additions in a core clock, "adds/clock=" */
     std::optional<double> loops() const;      /**< timed calls, "nLps=" or "nCalls=" */
     std::string cacheMode() const;            /**< "inCache", "outofCache" or empty */
-    bool deprecated() const { return comment == "deprecated"; }
+    bool deprecated() const { return comment == bxTable::deprecated; }
 };
 
 /** A tested function in a summary table. */

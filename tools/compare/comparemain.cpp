@@ -1,5 +1,5 @@
 // benchex-compare: did it get slower?
-#include "arguments.h"
+#include "commandline.h"
 #include "comparison.h"
 #include "comparisonoutput.h"
 
@@ -8,106 +8,72 @@
 
 namespace {
 
-constexpr const char* usage =
-    R"(Usage: benchex-compare [options] BEFORE AFTER
-       benchex-compare [options] --before TABLE... --after TABLE...
-Compares two result tables, or two sets of tables of repeated runs. A table is a csv file of benchex -r or -R, or a
-directory of them.
+constexpr const char* description =
+    R"(Compares two result tables, or two sets of tables of repeated runs. A table is a csv file of benchex -r or -R, or a
+directory of them.)";
 
-  --before TABLE...    tables of the first side, up to the next option
-  --after TABLE...     tables of the second side
-  --threshold PERCENT  slowdown allowed (5)
-  --alpha PERCENT      probability of a false alarm where nothing changed (5)
-  --accuracy PERCENT   of a figure without repeated runs that states none (5)
-  --time               compare microseconds per call instead of clocks per unit
-  --all                list rows that are the same, too
-  --csv, --json        write for scripts instead of for people
-  --partial            accept tables whose last line is cut off
-  --help, --version
-
-Exit status: 0 nothing is slower than allowed, 1 some row is, 2 the tables cannot be compared.
-)";
-
-enum class Form { text, csv, json };
+using Paths = std::vector<std::filesystem::path>;
 
 struct Options {
-    std::vector<std::filesystem::path> before, after;
+    Paths loose, before, after;
     ComparisonRules rules;
-    Form form = Form::text;
+    bool csv = false;
+    bool json = false;
     bool allRows = false;
     bool partial = false;
-    bool answered = false; /**< --help or --version: nothing else to do */
+
+    explicit Options(CLI::App& app);
+    /** Tables stand alone, one a side, or behind the words that name the sides. */
+    void takeLoose();
 };
 
-/** Operands go to the side named last; with none named there are exactly two, one a side. */
-void sortOperands(Options& options, std::vector<std::filesystem::path>& loose) {
-    if (!loose.empty() && (!options.before.empty() || !options.after.empty()))
-        throw UsageError("tables stand either alone or behind --before and --after");
-    if (loose.size() == 2) {
-        options.before = {loose[0]};
-        options.after = {loose[1]};
-    } else if (!loose.empty()) {
-        throw UsageError("two tables are needed; several a side stand behind --before and --after");
-    }
-    if (options.before.empty() || options.after.empty())
-        throw UsageError("a table of either side is needed");
+Options::Options(CLI::App& app) {
+    const auto tables = [&](const char* name, Paths& to, const char* help) {
+        app.add_option(name, to, help)->type_name("TABLE");
+    };
+    const auto flag = [&](const char* name, bool& to, const char* help) {
+        return app.add_flag(name, to, help)->disable_flag_override();
+    };
+    app.add_option("BEFORE AFTER", loose, "a table of each side")->type_name("");
+    tables("--before", before, "tables of the first side, up to the next option");
+    tables("--after", after, "tables of the second side");
+    addShare(app, "--threshold", rules.threshold, 1000, "slowdown allowed (5)");
+    addShare(app, "--alpha", rules.alpha, 100, "probability of a false alarm where nothing changed (5)");
+    addShare(app, "--accuracy", rules.accuracy, 100,
+             "of a figure without repeated runs that states none (5)");
+    flag("--time", rules.time, "compare microseconds per call instead of clocks per unit");
+    flag("--all", allRows, "list rows that are the same, too");
+    flag("--json", json, "write JSON")->excludes(flag("--csv", csv, "write csv"));
+    flag("--partial", partial, "accept tables whose last line is cut off");
 }
 
-Options readOptions(Arguments arguments) {
-    Options options;
-    std::vector<std::filesystem::path> loose;
-    auto* side = &loose;
-    while (arguments.next()) {
-        if (arguments.isOperand()) {
-            side->emplace_back(arguments.word());
-        } else if (arguments.is("--before")) {
-            side = &options.before;
-        } else if (arguments.is("--after")) {
-            side = &options.after;
-        } else {
-            side = &loose;
-            if (arguments.is("--threshold")) {
-                options.rules.threshold = arguments.percent(1000);
-            } else if (arguments.is("--alpha")) {
-                options.rules.alpha = arguments.percent(100);
-            } else if (arguments.is("--accuracy")) {
-                options.rules.accuracy = arguments.percent(100);
-            } else if (arguments.is("--time")) {
-                options.rules.time = true;
-            } else if (arguments.is("--all")) {
-                options.allRows = true;
-            } else if (arguments.is("--csv")) {
-                options.form = Form::csv;
-            } else if (arguments.is("--json")) {
-                options.form = Form::json;
-            } else if (arguments.is("--partial")) {
-                options.partial = true;
-            } else if (arguments.is("--help") || arguments.is("-h")) {
-                std::cout << usage;
-                options.answered = true;
-                return options;
-            } else if (arguments.is("--version")) {
-                std::cout << "benchex-compare " BENCHEX_VERSION "\n";
-                options.answered = true;
-                return options;
-            } else {
-                arguments.refuse();
-            }
-        }
+void Options::takeLoose() {
+    const bool sides = !before.empty() || !after.empty();
+    if (!loose.empty() && sides) {
+        throw CLI::ValidationError("tables stand either alone or behind --before and --after",
+                                   CLI::ExitCodes::ValidationError);
     }
-    sortOperands(options, loose);
-    return options;
+    if (loose.size() == 2) {
+        before = {loose[0]};
+        after = {loose[1]};
+    } else if (!sides) {
+        throw CLI::ValidationError("two tables are needed; several a side stand behind --before and --after",
+                                   CLI::ExitCodes::ValidationError);
+    }
+    if (before.empty() || after.empty())
+        throw CLI::ValidationError("a table of either side is needed", CLI::ExitCodes::ValidationError);
 }
 
 /** "before.csv", or "dir (5 runs)". */
-std::string sideName(const std::vector<std::filesystem::path>& paths, std::size_t runs) {
+std::string sideName(const Paths& paths, std::size_t runs) {
     std::string name = paths.front().string();
     if (paths.size() > 1)
         name += " and " + std::to_string(paths.size() - 1) + " more";
     return runs == 1 ? name : name + " (" + std::to_string(runs) + " runs)";
 }
 
-int compare(const Options& options) {
+int compare(Options& options) {
+    options.takeLoose();
     Collection before = collectTables(options.before, options.partial);
     Collection after = collectTables(options.after, options.partial);
     for (const Collection* side : {&before, &after})
@@ -126,33 +92,16 @@ int compare(const Options& options) {
                                   sideName(options.before, before.runs.size()),
                                   sideName(options.after, after.runs.size()),
                                   options.allRows};
-    switch (options.form) {
-    case Form::text:
-        writeText(std::cout, report);
-        break;
-    case Form::csv:
-        writeCsv(std::cout, report);
-        break;
-    case Form::json:
-        writeJson(std::cout, report);
-        break;
-    }
-    return comparison.count(Verdict::slower) > 0 ? ExitStatus::slowerThanAllowed : ExitStatus::done;
+    (options.json ? writeJson : options.csv ? writeCsv : writeText)(std::cout, report);
+    return comparison.count(Verdict::slower) > 0 ? slowerThanAllowed : done;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        const Options options = readOptions(Arguments(argc, argv));
-        const int status = options.answered ? static_cast<int>(ExitStatus::done) : compare(options);
-        if (!std::cout.flush())
-            throw TableError("the result cannot be written");
-        return status;
-    } catch (const UsageError& error) {
-        std::cerr << "benchex-compare: " << error.what() << "\nTry 'benchex-compare --help'.\n";
-    } catch (const std::exception& error) {
-        std::cerr << "benchex-compare: " << error.what() << "\n";
-    }
-    return ExitStatus::cannotDo;
+    CLI::App app(description, "benchex-compare");
+    app.footer(
+        "Exit status: 0 nothing is slower than allowed, 1 some row is, 2 the tables cannot be compared.");
+    Options options(app);
+    return runProgram(app, argc, argv, [&] { return compare(options); });
 }

@@ -29,7 +29,7 @@ Throughputs fullThroughputs(const std::vector<TableRun>& before, const std::vect
     Throughputs full;
     for (const auto* side : {&before, &after}) {
         for (const TableRun& run : *side) {
-            double& most = full[processorName(run.head.value("CPU"))];
+            double& most = full[processorName(run.head.value(bxTable::cpu))];
             for (const ResultRow& row : run.rows)
                 most = std::max(most, row.accuracy() ? 0 : row.throughput().value_or(0));
         }
@@ -73,7 +73,7 @@ Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules, con
     Side side;
     for (const TableRun& run : runs) {
         std::map<RowKey, int> seen;
-        const double full = throughputs.at(processorName(run.head.value("CPU")));
+        const double full = throughputs.at(processorName(run.head.value(bxTable::cpu)));
         for (const ResultRow& row : run.rows) {
             RowKey key{row.function, row.parameters, row.cacheMode(), 0};
             while (!key.parameters.empty() && key.parameters.back().empty())
@@ -200,12 +200,12 @@ std::vector<std::string> machineNotes(const std::vector<TableRun>& before,
         std::set<std::string> found;
         for (const TableRun& run : runs) {
             const std::string value = run.head.value(label);
-            found.insert(label == "CPU" ? processorName(value) : value);
+            found.insert(label == bxTable::cpu ? processorName(value) : value);
         }
         return found;
     };
     std::vector<std::string> notes;
-    for (const char* label : {"CPU", "Computer"}) {
+    for (const char* label : {bxTable::cpu, bxTable::computer}) {
         if (values(before, label) != values(after, label)) {
             notes.push_back(std::string("the sides differ in ") + label +
                             "; their figures may not be comparable");

@@ -1,6 +1,6 @@
 #include "comparisonoutput.h"
 
-#include "jsonwriter.h"
+#include "json.h"
 
 #include <algorithm>
 #include <array>
@@ -78,38 +78,32 @@ void csvOneSided(std::ostream& out, const char* verdict, const std::vector<RowKe
     }
 }
 
-void jsonKey(JsonWriter& json, const RowKey& key, const ParameterNames& names) {
-    json.member("function", key.function);
-    json.member("parameters", describeParameters(key, names));
+Json jsonKey(const RowKey& key, const ParameterNames& names) {
+    return {{"function", key.function}, {"parameters", describeParameters(key, names)}};
 }
 
-void jsonRow(JsonWriter& json, const RowComparison& row, const ParameterNames& names) {
-    json.beginObject(JsonWriter::Layout::flat);
-    jsonKey(json, row.key, names);
-    json.member("per", row.unit);
-    json.member("verdict", verdictName(row.verdict));
-    json.member("ratio", row.ratio);
-    json.member("low", row.low);
-    json.member("high", row.high);
-    json.member("p", row.p);
-    json.member("adjusted", row.adjusted);
-    json.member("before", row.before);
-    json.member("after", row.after);
-    json.member("runsBefore", row.runsBefore);
-    json.member("runsAfter", row.runsAfter);
-    json.endObject();
+Json jsonRow(const RowComparison& row, const ParameterNames& names) {
+    Json object = jsonKey(row.key, names);
+    object["per"] = row.unit;
+    object["verdict"] = verdictName(row.verdict);
+    object["ratio"] = row.ratio;
+    object["low"] = row.low;
+    object["high"] = row.high;
+    object["p"] = row.p;
+    object["adjusted"] = row.adjusted;
+    object["before"] = row.before;
+    object["after"] = row.after;
+    object["runsBefore"] = row.runsBefore;
+    object["runsAfter"] = row.runsAfter;
+    return object;
 }
 
-void jsonOneSided(JsonWriter& json, const char* name, const std::vector<RowKey>& keys,
-                  const ParameterNames& names) {
-    json.key(name);
-    json.beginList();
-    for (const RowKey& key : keys) {
-        json.beginObject(JsonWriter::Layout::flat);
-        jsonKey(json, key, names);
-        json.endObject();
-    }
-    json.endList();
+Json jsonFunction(const FunctionComparison& function) {
+    return {{"function", function.function},
+            {"ratio", function.ratio},
+            {"rows", function.rows},
+            {"slower", function.slower},
+            {"faster", function.faster}};
 }
 
 } // namespace
@@ -150,43 +144,24 @@ void writeCsv(std::ostream& out, const ComparisonReport& report) {
 
 void writeJson(std::ostream& out, const ComparisonReport& report) {
     const Comparison& comparison = report.comparison;
-    JsonWriter json;
-    json.beginObject();
-    json.member("schema", "benchex-compare-1");
-    json.member("before", report.before);
-    json.member("after", report.after);
-    json.member("figure", report.rules.time ? "usec" : "clocks");
-    json.member("threshold", report.rules.threshold);
-    json.member("alpha", report.rules.alpha);
-    json.member("ratio", comparison.ratio);
+    const auto keyOf = [&](const RowKey& key) { return jsonKey(key, report.names); };
+    JsonText json;
+    json.add("schema", "benchex-compare-1");
+    json.add("before", report.before);
+    json.add("after", report.after);
+    json.add("figure", report.rules.time ? "usec" : "clocks");
+    json.add("threshold", report.rules.threshold);
+    json.add("alpha", report.rules.alpha);
+    json.add("ratio", comparison.ratio);
     for (const Verdict verdict : {Verdict::slower, Verdict::faster, Verdict::same, Verdict::cannotTell}) {
-        json.member(verdict == Verdict::cannotTell ? "cannotTell" : verdictName(verdict),
-                    comparison.count(verdict));
+        json.add(verdict == Verdict::cannotTell ? "cannotTell" : verdictName(verdict),
+                 comparison.count(verdict));
     }
-    json.key("notes");
-    json.beginList();
-    for (const std::string& note : comparison.notes)
-        json.value(note);
-    json.endList();
-    json.key("functions");
-    json.beginList();
-    for (const FunctionComparison& function : comparison.functions) {
-        json.beginObject(JsonWriter::Layout::flat);
-        json.member("function", function.function);
-        json.member("ratio", function.ratio);
-        json.member("rows", function.rows);
-        json.member("slower", function.slower);
-        json.member("faster", function.faster);
-        json.endObject();
-    }
-    json.endList();
-    json.key("rows");
-    json.beginList();
-    for (const RowComparison& row : comparison.rows)
-        jsonRow(json, row, report.names);
-    json.endList();
-    jsonOneSided(json, "onlyBefore", comparison.onlyBefore, report.names);
-    jsonOneSided(json, "onlyAfter", comparison.onlyAfter, report.names);
-    json.endObject();
-    out << json.text() << "\n";
+    json.add("notes", comparison.notes);
+    json.addList("functions", comparison.functions, jsonFunction);
+    json.addList("rows", comparison.rows,
+                 [&](const RowComparison& row) { return jsonRow(row, report.names); });
+    json.addList("onlyBefore", comparison.onlyBefore, keyOf);
+    json.addList("onlyAfter", comparison.onlyAfter, keyOf);
+    out << json.text();
 }

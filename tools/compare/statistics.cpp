@@ -1,47 +1,10 @@
 #include "statistics.h"
 
 #include <algorithm>
+#include <boost/math/distributions/students_t.hpp>
 #include <cmath>
 #include <limits>
 #include <numeric>
-
-namespace {
-
-/** Modified Lentz evaluation of the continued fraction of the incomplete beta function (DLMF 8.17.22). */
-double betaFraction(double a, double b, double x) {
-    constexpr double tiny = 1e-300;
-    constexpr int steps = 500;
-    const auto kept = [](double v) { return std::abs(v) < tiny ? tiny : v; };
-    double c = 1;
-    double d = 1 / kept(1 - (a + b) * x / (a + 1));
-    double fraction = d;
-    for (int m = 1; m <= steps; ++m) {
-        const double even = m * (b - m) * x / ((a + 2 * m - 1) * (a + 2 * m));
-        d = 1 / kept(1 + even * d);
-        c = kept(1 + even / c);
-        fraction *= c * d;
-        const double odd = -(a + m) * (a + b + m) * x / ((a + 2 * m) * (a + 2 * m + 1));
-        d = 1 / kept(1 + odd * d);
-        c = kept(1 + odd / c);
-        fraction *= c * d;
-        if (std::abs(c * d - 1) < std::numeric_limits<double>::epsilon())
-            break;
-    }
-    return fraction;
-}
-
-/** Regularised incomplete beta function I_x(a, b). */
-double incompleteBeta(double a, double b, double x) {
-    if (x <= 0 || x >= 1)
-        return x <= 0 ? 0 : 1;
-    const double front =
-        std::exp(std::lgamma(a + b) - std::lgamma(a) - std::lgamma(b) + a * std::log(x) + b * std::log1p(-x));
-    // The fraction converges fast below the distribution's mean; the symmetry serves the other side.
-    return x < (a + 1) / (a + b + 2) ? front * betaFraction(a, b, x) / a
-                                     : 1 - front * betaFraction(b, a, 1 - x) / b;
-}
-
-} // namespace
 
 Estimate lowerMean(std::span<const double> values) {
     std::vector<double> sorted(values.begin(), values.end());
@@ -61,24 +24,11 @@ Estimate lowerMean(std::span<const double> values) {
 }
 
 double studentCdf(double t, double freedom) {
-    const double upper = std::isinf(freedom)
-                             ? 0.5 * std::erfc(std::abs(t) / std::sqrt(2.0))
-                             : 0.5 * incompleteBeta(freedom / 2, 0.5, freedom / (freedom + t * t));
-    return t < 0 ? upper : 1 - upper;
+    return boost::math::cdf(boost::math::students_t(freedom), t);
 }
 
 double studentQuantile(double p, double freedom) {
-    if (p < 0.5)
-        return -studentQuantile(1 - p, freedom);
-    double low = 0;
-    double high = 1;
-    while (studentCdf(high, freedom) < p && high < 1e12)
-        high *= 2;
-    for (int i = 0; i < 200 && high - low > 1e-12 * high; ++i) {
-        const double middle = (low + high) / 2;
-        (studentCdf(middle, freedom) < p ? low : high) = middle;
-    }
-    return (low + high) / 2;
+    return boost::math::quantile(boost::math::students_t(freedom), p);
 }
 
 Estimate difference(const Estimate& first, const Estimate& second) {

@@ -235,25 +235,26 @@ std::vector<PageColumn> pageColumns(const ReportData& data) {
                                return parameterCell(function, ref, i);
                            }});
     }
-    columns.push_back({"Clocks", true, [](const FunctionView&, const RowRef& ref) {
+    columns.push_back({bxTable::clocks, true, [](const FunctionView&, const RowRef& ref) {
                            return numberCell(ref.row->clocks, ref.row->clocksText);
                        }});
-    columns.push_back(text("per", [](const RowRef& ref) { return ref.row->unit; }));
-    columns.push_back({"Time (usec)", true, [](const FunctionView&, const RowRef& ref) {
+    columns.push_back(text(bxTable::unit, [](const RowRef& ref) { return ref.row->unit; }));
+    columns.push_back({bxTable::microseconds, true, [](const FunctionView&, const RowRef& ref) {
                            return numberCell(ref.row->microseconds, ref.row->microsecondsText);
                        }});
-    columns.push_back({"MFlops", true, [](const FunctionView&, const RowRef& ref) {
+    columns.push_back({bxTable::mflops, true, [](const FunctionView&, const RowRef& ref) {
                            return numberCell(ref.row->mflops, asText(ref.row->mflops));
                        }});
     columns.push_back({"Result", false, [&runs](const FunctionView&, const RowRef& ref) {
                            return "<td class=\"result\">" + escaped(rowResult(runs[ref.run], *ref.row)) +
                                   "</td>";
                        }});
-    columns.push_back({"Comment", false, [](const FunctionView&, const RowRef& ref) {
+    columns.push_back({bxTable::comment, false, [](const FunctionView&, const RowRef& ref) {
                            return "<td class=\"comment\">" + escaped(ref.row->comment) + "</td>";
                        }});
     if (data.hasInterest)
-        columns.push_back(text("Interest", [](const RowRef& ref) { return ref.row->hot ? "Hot" : ""; }));
+        columns.push_back(
+            text(bxTable::interest, [](const RowRef& ref) { return ref.row->hot ? "Hot" : ""; }));
     return columns;
 }
 
