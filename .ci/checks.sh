@@ -46,6 +46,15 @@ cppcheck_finds_nothing() {
         -I api/src -I binding -I zor/include --suppressions-list=.ci/cppcheck.txt api binding tools
 }
 
+# Without the libraries of the companion programs these are left out and named; the harness is built.
+without_companion_libraries() {
+    local dir="$work/bare"
+    rm -rf "$dir"
+    cmake -S . -B "$dir" -G Ninja -DBENCHEX_TESTS=ON -DCMAKE_IGNORE_PATH=/usr/include >"$dir.log" &&
+        grep 'left out; not found: CLI/CLI.hpp.*nlohmann/json.hpp.*boost' "$dir.log" && cmake --build "$dir" --target benchex &&
+        ! cmake --build "$dir" --target benchex-report
+}
+
 # A project outside of the tree, built against what `cmake --install` puts in place. Its test has three lengths.
 example_against_the_installed_package() {
     local prefix="$work/installed" example="$work/example"
@@ -61,5 +70,5 @@ report_in_a_browser() { ctest --test-dir build --output-on-failure -R '^tools\.(
 
 checks=(rules_of_the_tree tables_match_their_sources formatted report_in_a_browser x86_tests
     x86_tns_under_the_emulator clang_with_sanitizers_tests
-    fuzz_targets_find_nothing example_against_the_installed_package
+    fuzz_targets_find_nothing without_companion_libraries example_against_the_installed_package
     valgrind_finds_nothing clang_tidy cppcheck_finds_nothing)

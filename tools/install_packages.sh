@@ -7,13 +7,14 @@
 #   tools/install_packages.sh coverage   for the line coverage
 # What cannot be installed is named; the job goes on and fails only where it cannot do without.
 set -u
+companions="libcli11-dev nlohmann-json3-dev libboost-math-dev" # without them the companion programs are left out
 declare -A needs=(
-    [build]="g++ cmake ninja-build"
-    [test]="g++ cmake ninja-build libgtest-dev libgmock-dev python3 parallel"
+    [build]="g++ cmake ninja-build $companions"
+    [test]="g++ cmake ninja-build $companions libgtest-dev libgmock-dev python3 parallel"
     [check]="clang clang-format clang-tidy cppcheck valgrind g++-multilib qemu-user googletest libclang-rt-14-dev
         chromium chromium-driver libjs-chart.js python3-jsonschema"
     [bench]="g++ cmake ninja-build python3 libbenchmark-dev libfftw3-dev python3-matplotlib"
-    [coverage]="g++ cmake ninja-build libgtest-dev libgmock-dev python3 gcovr"
+    [coverage]="g++ cmake ninja-build $companions libgtest-dev libgmock-dev python3 gcovr"
 )
 job=${1:-build}
 missing=()
@@ -25,9 +26,13 @@ done
 if command -v apt-get >/dev/null && [ "$(id -u)" = 0 ]; then
     echo "Installing: ${missing[*]}"
     export DEBIAN_FRONTEND=noninteractive
-    apt-get install -y -qq "${missing[@]}" >/dev/null 2>&1 ||
-        { apt-get update -qq && apt-get install -y -qq "${missing[@]}" >/dev/null; } ||
-        echo "Could not install all of: ${missing[*]}"
+    install() { apt-get install -y -qq "$@" >/dev/null 2>&1; }
+    if ! install "${missing[@]}" && ! { apt-get update -qq && install "${missing[@]}"; }; then
+        # One that cannot be had does not keep the others away.
+        for package in "${missing[@]}"; do
+            install "$package" || echo "Could not install $package"
+        done
+    fi
 else
     echo "Not installed, and no right to install: ${missing[*]}"
 fi
