@@ -414,7 +414,6 @@ TEST(Json, IsValidWhateverTheText) {
     json.add("t", "\"\\\n</script>\xff\xc3\xa4");
     json.add("i", jsonNumber(infinite));
     json.addList("l", std::vector<double>{0.1, 2, -3e20, 9007199254740993.0}, jsonNumber);
-    EXPECT_EQ(json.text(),
-              "{\n\"t\": \"\\\"\\\\\\n\\u003c/script>\xEF\xBF\xBD\xc3\xa4\","
-              "\n\"i\": null,\n\"l\": [\n0.1,\n2,\n-3e+20,\n9.007199254740992e+15]\n}\n");
+    EXPECT_EQ(json.text(), "{\n\"t\": \"\\\"\\\\\\n\\u003c/script>\xEF\xBF\xBD\xc3\xa4\","
+                           "\n\"i\": null,\n\"l\": [\n0.1,\n2,\n-3e+20,\n9.007199254740992e+15]\n}\n");
 }
