@@ -85,6 +85,14 @@ TEST_F(FrameworkTest, CombinationsThatCannotBeMeasured) {
          "-- Error while initialization of function data\n"},
         {"no result", [](ScriptedTest& t) { t.onTiming = [] { return UNDEFINED; }; }, FAIL,
          "-- Internal test problem: runTiming() function returns undefined result\n"},
+        {"no cache size",
+         [](ScriptedTest& t) {
+             static bxIterator<int> size(0, "Len", "");
+             zor_GetMaxCacheSizeB = [](int*) { return ZorStatus(zorStsUnknownCacheSize); };
+             bxTest::m_cache = true;
+             t.onCanStart = [&t] { return t.regCacheParm(size) == t.cacheIter; };
+         },
+         UNDEFINED, "-- Can't run In-Outof-Cache timing: the size of the cache is not known\n"},
         {"no cache mode", [](ScriptedTest&) { bxTest::m_cache = true; }, UNDEFINED,
          "-- Can't run In-Outof-Cache timing: no program support for function zorsScripted_32f\n"
          "--No measurements have been done\n"},
@@ -98,6 +106,7 @@ TEST_F(FrameworkTest, CombinationsThatCannotBeMeasured) {
         EXPECT_NE(text.find(c.message), std::string::npos) << c.what << ": " << text;
         EXPECT_EQ(test.stopped, 1) << c.what;
         bxTest::m_cache = false;
+        zor_GetMaxCacheSizeB = nullptr;
     }
 }
 

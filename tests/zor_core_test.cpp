@@ -87,9 +87,13 @@ TEST(ZorCacheSize, EnvironmentGoesFirst) {
         EXPECT_EQ(zorGetMaxCacheSizeB(&size), zorStsNoErr);
         EXPECT_EQ(size, 3 * 1024 * 1024);
     }
-    const Environment wrong("ZOR_MAX_CACHE_SIZE", "much");
+    for (const char* text : {"much", "0", "4G", "-1M"}) {
+        const Environment wrong("ZOR_MAX_CACHE_SIZE", text);
+        EXPECT_EQ(zorGetMaxCacheSizeB(&size), plain > 0 ? zorStsCacheSizeIgnored : plainStatus) << text;
+        EXPECT_EQ(size, plain);
+    }
+    const Environment empty("ZOR_MAX_CACHE_SIZE", "");
     EXPECT_EQ(zorGetMaxCacheSizeB(&size), plainStatus);
-    EXPECT_EQ(size, plain);
 }
 
 /** A processor with every feature bit set. */
@@ -160,11 +164,22 @@ TEST(ZorCpuType, TheCompilerSeesTheSameProcessor) {
 
 TEST(ZorCore, StatusTextsDiffer) {
     std::set<std::string> texts;
-    const ZorStatus statuses[] = {zorStsNoErr,         zorStsBadArgErr,           zorStsSizeErr,
-                                  zorStsNullPtrErr,    zorStsMemAllocErr,         zorStsCpuNotSupportedErr,
-                                  zorStsStreamEndErr,  zorStsBadStreamErr,        zorStsContextErr,
-                                  zorStsScaleRangeErr, zorStsUnknownCacheSize,    zorStsNoOperation,
-                                  zorStsOverflow,      -9999 /* unknown error */, 9999 /* unknown warning */};
+    const ZorStatus statuses[] = {zorStsNoErr,
+                                  zorStsBadArgErr,
+                                  zorStsSizeErr,
+                                  zorStsNullPtrErr,
+                                  zorStsMemAllocErr,
+                                  zorStsCpuNotSupportedErr,
+                                  zorStsStreamEndErr,
+                                  zorStsBadStreamErr,
+                                  zorStsContextErr,
+                                  zorStsScaleRangeErr,
+                                  zorStsUnknownCacheSize,
+                                  zorStsCacheSizeIgnored,
+                                  zorStsNoOperation,
+                                  zorStsOverflow,
+                                  -9999 /* unknown error */,
+                                  9999 /* unknown warning */};
     for (ZorStatus status : statuses)
         EXPECT_TRUE(texts.insert(zorGetStatusString(status)).second) << status;
 }

@@ -58,7 +58,8 @@ ZOR_API int zorGetNumCoresOnDie(void);
  * Taken from the environment variable ZOR_MAX_CACHE_SIZE (bytes, or with K or M) where it is set, since
  * virtual machines often report the cache of their host; else from CPUID leaf 4, leaf 0x8000001D,
  * leaves 0x80000005 and 0x80000006, and the C library's system configuration, in this order.
- * \return zorStsNullPtrErr; zorStsUnknownCacheSize with size 0 where no source knows it.
+ * \return zorStsNullPtrErr; zorStsUnknownCacheSize with size 0 where no source knows it;
+ * zorStsCacheSizeIgnored with the size of another source where the variable holds none.
  */
 ZOR_API ZorStatus zorGetMaxCacheSizeB(int* sizeByte);
 

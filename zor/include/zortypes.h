@@ -28,6 +28,7 @@ enum {
     zorStsContextErr = -13,         /**< a state was not set up, or for another function */
     zorStsScaleRangeErr = -14,      /**< a scale factor is out of its range */
     zorStsUnknownCacheSize = 37,    /**< the size of the caches cannot be told */
+    zorStsCacheSizeIgnored = 38,    /**< ZOR_MAX_CACHE_SIZE holds no size */
     zorStsNoOperation = 1,          /**< nothing had to be done */
     zorStsOverflow = 12             /**< a value did not fit and was saturated */
 };

@@ -11,6 +11,7 @@
 #include "output/bxostream.h"
 #include "parameters/bxinifile.h"
 #include "parameters/bxistream.h"
+#include "system/bxenvironment.h"
 #include "system/bxpriority.h"
 #include "timing/bxcallwatch.h"
 #include "timing/bxexception.h"
@@ -160,6 +161,9 @@ bool bxTest::proceed() {
         g_ostrm << ERR << "-- Can't run "
                 << "In-Outof-Cache"
                 << " timing: no program support for function " << name << "\n"
+                << endMessage;
+    } else if (m_cache && bxLibraryCacheSizeB() == 0) {
+        g_ostrm << ERR << "-- Can't run In-Outof-Cache timing: the size of the cache is not known\n"
                 << endMessage;
     } else {
         measureAll();

@@ -142,9 +142,7 @@ void bxCacheIterator::noteMisfit(bool tooSmall, bool tooBig) {
 }
 
 int bxCacheIterator::cacheSize() const {
-    int size = 0;
-    const auto query = zor_GetMaxCacheSizeB ? zor_GetMaxCacheSizeB : bx_zorGetMaxCacheSizeB;
-    return query(&size) == zorStsNoErr ? size : 0;
+    return bxLibraryCacheSizeB();
 }
 
 int bxCacheIterator::lowSize() const {

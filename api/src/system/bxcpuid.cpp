@@ -106,8 +106,6 @@ int getMaxCacheSizeB() {
 }
 
 int bxGetMaxCacheSizeB() {
-    int size = 0;
-    if (zor_GetMaxCacheSizeB && zor_GetMaxCacheSizeB(&size) == zorStsNoErr && size > 0)
-        return size;
-    return getMaxCacheSizeB();
+    const int size = bxLibraryCacheSizeB();
+    return size > 0 ? size : getMaxCacheSizeB();
 }

@@ -75,7 +75,7 @@ int getCacheSizeB(unsigned int level);
  * available. */
 int getMaxCacheSizeB();
 
-/** The largest cache by the library's query (or its fallback) where that succeeds, else by leaf 4. */
+/** The largest cache by `bxLibraryCacheSizeB` where that knows it, else by leaf 4. */
 int bxGetMaxCacheSizeB();
 
 #endif

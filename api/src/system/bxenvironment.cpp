@@ -118,6 +118,33 @@ void setNumThreads() {
     g_ostrm << endMessage;
 }
 
+namespace {
+
+/** The library's answer: a status and a size that counts only with some of them. */
+ZorStatus queryCacheSize(int& size) {
+    const auto query = zor_GetMaxCacheSizeB ? zor_GetMaxCacheSizeB : bx_zorGetMaxCacheSizeB;
+    const ZorStatus status = query(&size);
+    if (status != zorStsNoErr && status != zorStsCacheSizeIgnored)
+        size = 0;
+    return status;
+}
+
+} // namespace
+
+int bxLibraryCacheSizeB() {
+    int size = 0;
+    queryCacheSize(size);
+    return size;
+}
+
+bxString bxCacheSizeProblem() {
+    int size = 0;
+    const ZorStatus status = queryCacheSize(size);
+    if (!zorEnvironment || status == zorStsNoErr)
+        return "";
+    return zor_GetStatusString(status);
+}
+
 void setZorLibInfo() {
     if (!zorVersionList)
         return;

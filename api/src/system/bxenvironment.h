@@ -56,6 +56,15 @@ void setNumThreads();
 /** Collects the texts of the registered version hooks. */
 void setZorLibInfo();
 
+/**
+ * Size in bytes of the largest cache by the library's query or, before one is bound, its fallback; 0 where it
+ * does not know. A setting that was ignored does not make the size unknown.
+ */
+int bxLibraryCacheSizeB();
+/** What the library's query says beside a size, or in place of one; empty where all is well or without a
+ * library. */
+bxString bxCacheSizeProblem();
+
 /** \name Fallbacks for a library without core functions */
 /** @{ */
 int bx_zorGetCpuType();

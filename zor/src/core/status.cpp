@@ -24,6 +24,7 @@ constexpr std::array statusRows = {
     StatusRow{zorStsNoOperation, "Nothing had to be done"},
     StatusRow{zorStsOverflow, "Value did not fit and was saturated"},
     StatusRow{zorStsUnknownCacheSize, "Size of the caches is not known"},
+    StatusRow{zorStsCacheSizeIgnored, "ZOR_MAX_CACHE_SIZE holds no size in bytes, K or M and is ignored"},
 };
 
 } // namespace

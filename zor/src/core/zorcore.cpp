@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
+#include <optional>
 #include <unistd.h>
 
 int zor_code_path = static_cast<int>(zor::CodePath::portable);
@@ -26,10 +28,13 @@ zor::CacheBytes systemCacheSize() {
     return largest;
 }
 
-zor::CacheBytes maxCacheSize() {
+/** The size that the user gives; empty without one, 0 where the text is none. */
+std::optional<zor::CacheBytes> givenCacheSize() {
     const char* const given = std::getenv("ZOR_MAX_CACHE_SIZE");
-    if (const zor::CacheBytes size = given ? zor::parseCacheSize(given) : 0; size > 0)
-        return size;
+    return given && *given ? std::optional(zor::parseCacheSize(given)) : std::nullopt;
+}
+
+zor::CacheBytes detectedCacheSize() {
     if (const zor::CacheBytes size = zor::cpuidCacheSize(zor::cpuid); size > 0)
         return size;
     return systemCacheSize();
@@ -61,8 +66,13 @@ int zorGetNumCoresOnDie() {
 ZorStatus zorGetMaxCacheSizeB(int* sizeByte) {
     if (!sizeByte)
         return zorStsNullPtrErr;
-    *sizeByte = static_cast<int>(std::min<zor::CacheBytes>(maxCacheSize(), std::numeric_limits<int>::max()));
-    return *sizeByte > 0 ? zorStsNoErr : zorStsUnknownCacheSize;
+    const std::optional<zor::CacheBytes> given = givenCacheSize();
+    const bool ignored = given && *given <= 0;
+    const zor::CacheBytes size = given && !ignored ? *given : detectedCacheSize();
+    *sizeByte = static_cast<int>(std::min<zor::CacheBytes>(size, std::numeric_limits<int>::max()));
+    if (*sizeByte <= 0)
+        return zorStsUnknownCacheSize;
+    return ignored ? zorStsCacheSizeIgnored : zorStsNoErr;
 }
 
 ZorStatus zorInit() {
