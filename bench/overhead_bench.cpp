@@ -108,7 +108,7 @@ int runSession(const fs::path& directory, const std::vector<std::string>& keys) 
     std::vector<char*> pointers;
     for (std::string& word : words)
         pointers.push_back(word.data());
-    bxCpuTicker::m_freqMHz = 1000; // its estimate, of a second or two, is not what is measured here
+    bxCpuTicker::m_freqMHz = 1000; // its measurement, of 40 ms, is not what is measured here
     return bxSession().run(static_cast<int>(pointers.size()), pointers.data());
 }
 

@@ -62,6 +62,13 @@ TEST_F(FiguresTest, FiguresOfAMeasurement) {
     test.flops = 0;
     EXPECT_STREQ(test.perfString(true).c_str(), "") << "no float function";
 
+    test.flops = 2048;
+    bxCpuTicker::m_freqMHz = -1;
+    EXPECT_STREQ(test.perfString(true).c_str(), "-") << "the frequency is not known";
+    EXPECT_STREQ(bxTest::usecString(test.tool).c_str(), "-");
+    EXPECT_STREQ(test.perfString(false).c_str(), "4.00");
+    bxCpuTicker::m_freqMHz = 1000;
+
     // Where the x87 traps a division by zero, none may happen.
     test.tool.funcClocks = 0;
     test.flops = 2048;

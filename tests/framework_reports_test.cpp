@@ -133,8 +133,11 @@ TEST(ReportFormat, ProcessorLine) {
     for (const Case& c : {Case{1, 800, 512 << 10, "Cpu, 800 MHz, Max cache size 512 K"},
                           {4, 2500, (1 << 20) + 1023, "Cpu, 4x2.5 GHz, Max cache size 1024 K"},
                           {1, 999, 0, "Cpu, 999 MHz, "},
-                          {2, 1000, -1, "Cpu, 2x1 GHz, "}})
+                          {2, 1000, -1, "Cpu, 2x1 GHz, "},
+                          {1, 0, 1024, "Cpu, frequency not known, Max cache size 1 K"}})
         EXPECT_EQ(str(bxReportFormat::cpuInfo("Cpu", c.processors, c.freq, c.cache)), c.line);
+    EXPECT_EQ(str(bxReportFormat::cpuInfo("Cpu", 1, 993, 0, 1000)), "Cpu, 993 MHz (nominal 1 GHz), ");
+    EXPECT_EQ(str(bxReportFormat::cpuInfo("Cpu", 1, 1996, 0, 2000)), "Cpu, 2 GHz, ") << "the same text";
     EXPECT_EQ(str(bxReportFormat::getTimeStr(0)), "00:00:00");
     EXPECT_EQ(str(bxReportFormat::getTimeStr(100 * 3600 + 61)), "100:01:01");
 }

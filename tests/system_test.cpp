@@ -1,18 +1,15 @@
 #include "zorcore.h"
 
-#include "system/bxclock.h"
 #include "system/bxcpuid.h"
 #include "system/bxcputype.h"
 #include "system/bxenvironment.h"
 #include "system/bxhost.h"
-#include "system/bxostimer.h"
 #include "system/bxpriority.h"
 #include "system/bxprobes.h"
 #include "testsupport.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <map>
 #include <sched.h>
 #include <set>
@@ -20,62 +17,8 @@
 #include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace {
-
-TEST(Clock, MeasuredFrequenciesSnapToNominalOnes) {
-    const std::pair<int, int> cases[] = {{1996, 2000}, {1250, 1250}, {2230, 2200}, {2231, 2260},
-                                         {60, 60},     {1, 1},       {1030, 1000}, {1031, 1031},
-                                         {3152, 3060}, {3155, 3155}, {5000, 5000}};
-    for (const auto& [measured, reported] : cases)
-        EXPECT_EQ(bxSnapCpuMHz(measured), reported) << measured;
-    std::vector<int> nominal;
-    for (int measured = 50; measured <= 3060; ++measured)
-        if (bxSnapCpuMHz(measured - 1) == measured && bxSnapCpuMHz(measured + 1) == measured)
-            nominal.push_back(measured);
-    EXPECT_EQ(nominal,
-              (std::vector{60,   66,   75,   90,   100,  120,  133,  150,  166,  185,  200,  220,  240,
-                           266,  300,  333,  400,  450,  500,  530,  550,  600,  800,  1000, 1400, 1700,
-                           1800, 1900, 2000, 2200, 2260, 2400, 2500, 2530, 2600, 2660, 2800, 3060}));
-}
-
-TEST(Clock, FrequencyIsEstimatedOnce) {
-    const int saved = std::exchange(bxCpuTicker::m_freqMHz, 1234);
-    EXPECT_EQ(bxCpuTicker::getFreq(), 1234);
-    bxCpuTicker::m_freqMHz = saved;
-}
-
-TEST(Clock, EstimateAgreesWithTheSystemsClock) {
-    using Clock = std::chrono::steady_clock;
-    const Clock::time_point begin = Clock::now();
-    const int estimated = bxCpuTicker::getFreq();
-    const Clock::time_point start = Clock::now();
-    EXPECT_LT(start - begin, std::chrono::seconds(4)) << "a run waits for it";
-    const unsigned long long first = zor_get_cpu_counter();
-    std::chrono::duration<double, std::micro> passed{};
-    while (passed.count() < 200000)
-        passed = Clock::now() - start;
-    const double mhz = static_cast<double>(zor_get_cpu_counter() - first) / passed.count();
-    // Processor time runs slower than real time on a machine with other work, so the estimate may be high.
-    EXPECT_GT(estimated, 0.95 * mhz);
-}
-
-TEST(Clock, TimerCountsProcessorTimeWithoutTheDevice) {
-    if (g_rtc.isOpen())
-        GTEST_SKIP() << "a clock device is open";
-    EXPECT_EQ(OSTimer::getOSFreq(), 1000000);
-    OSTimer timer;
-    timer.start();
-    long long now, begin;
-    OSTimer::GetCounter(&begin);
-    do
-        OSTimer::GetCounter(&now);
-    while (now - begin < 20000);
-    timer.stop();
-    EXPECT_NEAR(timer.getSec(), 0.02F, 0.005F);
-    EXPECT_FLOAT_EQ(timer.getUSec(), timer.getSec() * 1e6F);
-}
 
 TEST(Priority, IsRestored) {
     const auto niceValue = [] { return getpriority(PRIO_PROCESS, 0); };
@@ -457,8 +400,17 @@ TEST_F(LibraryEnvironment, LargestCacheAsksTheBoundFunctionFirst) {
     EXPECT_EQ(bxGetMaxCacheSizeB(), 12345);
     zor_GetMaxCacheSizeB = [](int* size) -> ZorStatus { return *size = 12345, 37; };
     EXPECT_EQ(bxGetMaxCacheSizeB(), getMaxCacheSizeB());
+    EXPECT_EQ(bxLibraryCacheSizeB(), 0);
     zor_GetMaxCacheSizeB = [](int* size) -> ZorStatus { return *size = 0, 0; };
     EXPECT_EQ(bxGetMaxCacheSizeB(), getMaxCacheSizeB());
+    zor_GetMaxCacheSizeB = [](int* size) -> ZorStatus { return *size = 12345, zorStsCacheSizeIgnored; };
+    EXPECT_EQ(bxGetMaxCacheSizeB(), 12345) << "the setting is ignored, not the size";
+    EXPECT_STREQ(bxCacheSizeProblem().c_str(), "") << "no library";
+    bxRegZorEnvironment(bindTestCore);
+    setZorEnvironment();
+    EXPECT_STREQ(bxCacheSizeProblem().c_str(), "text");
+    zor_GetMaxCacheSizeB = [](int* size) -> ZorStatus { return *size = 12345, 0; };
+    EXPECT_STREQ(bxCacheSizeProblem().c_str(), "");
 }
 
 TEST(Host, HasANameAndASystem) {

@@ -167,21 +167,29 @@ bxString bxReportFormat::cutoffNL(const bxString& text) {
     return end < 0 ? text : text.substr(0, end);
 }
 
-bxString bxReportFormat::cpuInfo() {
-    const int type = zor_GetCpuType ? zor_GetCpuType() : bx_zorGetCpuType();
-    return cpuInfo(bxCpuType::cpuName(type), bxGetNumOfProcessors(), bxCpuTicker::getFreq(),
-                   bxGetMaxCacheSizeB());
+/** In GHz from 1000 MHz on. */
+static bxString frequency(int mhz) {
+    return mhz > 999 ? bxString() << mhz / 1000.0 << " GHz" : bxString() << mhz << " MHz";
 }
 
-bxString bxReportFormat::cpuInfo(const bxString& name, int processors, int freqMHz, int cacheBytes) {
+bxString bxReportFormat::cpuInfo() {
+    const int type = zor_GetCpuType ? zor_GetCpuType() : bx_zorGetCpuType();
+    const int freqMHz = bxCpuTicker::getFreq();
+    const bxString text = cpuInfo(bxCpuType::cpuName(type), bxGetNumOfProcessors(), freqMHz,
+                                  bxGetMaxCacheSizeB(), bxNominalCpuMHz(freqMHz));
+    const bxString problem = bxCacheSizeProblem();
+    return problem.empty() ? text : text + " (library: " + problem + ")";
+}
+
+bxString bxReportFormat::cpuInfo(const bxString& name, int processors, int freqMHz, int cacheBytes,
+                                 int nominalMHz) {
     bxString text = name;
     text << ", ";
     if (processors > 1)
         text << processors << 'x';
-    if (freqMHz > 999)
-        text << freqMHz / 1000.0 << " GHz";
-    else
-        text << freqMHz << " MHz";
+    text << (freqMHz > 0 ? frequency(freqMHz) : "frequency not known");
+    if (nominalMHz > 0 && !(frequency(nominalMHz) == frequency(freqMHz)))
+        text << " (nominal " << frequency(nominalMHz) << ")";
     text << ", ";
     if (cacheBytes > 0)
         text << "Max cache size " << cacheBytes / 1024 << " K";

@@ -59,8 +59,12 @@ class bxReportFormat {
     static bxString cutoffNL(const bxString& text);
     /** Processor name, count and frequency, largest cache size. */
     static bxString cpuInfo();
-    /** The same line from its values: MHz, and bytes of cache (0 or less: unknown). */
-    static bxString cpuInfo(const bxString& name, int processors, int freqMHz, int cacheBytes);
+    /**
+     * The same line from its values: MHz measured and nominal (0: unknown), and bytes of cache (0 or less:
+     * unknown).
+     */
+    static bxString cpuInfo(const bxString& name, int processors, int freqMHz, int cacheBytes,
+                            int nominalMHz = 0);
 
   private:
     bxString startLine() const;

@@ -42,10 +42,13 @@ static double ratio(double dividend, double divisor) {
     return divisor != 0 ? dividend / divisor : 0;
 }
 
+/** For figures that need the frequency of the counter where it is not known. */
+static const char* const notKnown = "-";
+
 double bxTest::performance(bool flops) {
     if (!flops)
         return ratio(tool.funcClocks, getDivisor());
-    return isFloatFunction() ? ratio(getFlops() * bxCpuTicker::getFreq(), tool.counterClocks()) : 0;
+    return isFloatFunction() ? ratio(getFlops() * bxCpuTicker::getMHz(), tool.counterClocks()) : 0;
 }
 
 bxString bxTest::formatClocks(double x) {
@@ -65,11 +68,14 @@ bxString bxTest::formatClocks(double x) {
 }
 
 bxString bxTest::perfString(bool flops) {
+    if (flops && isFloatFunction() && bxCpuTicker::getMHz() <= 0)
+        return notKnown;
     return formatClocks(performance(flops));
 }
 
 bxString bxTest::usecString(bxTool& engine) {
-    return bxString() << ratio(engine.counterClocks(), bxCpuTicker::getFreq());
+    const double mhz = bxCpuTicker::getMHz();
+    return mhz > 0 ? bxString() << ratio(engine.counterClocks(), mhz) : notKnown;
 }
 
 void bxTest::setTimingResult(double clocks, bxString comment) {

@@ -1,11 +1,14 @@
 #include "system/bxclock.h"
 
+#include "output/bxostream.h"
+#include "system/bxclockrate.h"
 #include "system/bxostimer.h"
 #include "system/bxpriority.h"
 #include "system/bxprobes.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
-#include <ctime>
 
 namespace {
 
@@ -17,17 +20,50 @@ constexpr int knownCpuMHz[] = {60,   66,   75,   90,   100,  120,  133,  150,  1
 /** A measured frequency this close to a nominal one, relative, is taken for it. */
 constexpr double snapTolerance = 0.03;
 
-/** Real time of the estimate; the wall clock counts whole seconds, so one to two seconds pass. */
-constexpr double waitSeconds = 2.0;
+/** A nominal frequency this close to the measured one, relative, is shown beside it. */
+constexpr double nominalTolerance = 0.01;
+
+bxClockRate& counterRate() {
+    static bxClockRate rate = bxMeasureClockRate();
+    return rate;
+}
+
+/** What the estimate gave; another `m_freqMHz` comes from outside. */
+int s_estimatedMHz = 0;
 
 } // namespace
 
 int bxCpuTicker::m_freqMHz = 0;
 
 int bxCpuTicker::getFreq() {
-    if (m_freqMHz == 0)
-        m_freqMHz = estimateCpuFreqMHz();
-    return m_freqMHz;
+    constexpr int unknown = -1;
+    if (m_freqMHz == 0) {
+        const int estimated = estimateCpuFreqMHz();
+        m_freqMHz = s_estimatedMHz = estimated > 0 ? estimated : unknown;
+    }
+    return std::max(m_freqMHz, 0);
+}
+
+double bxCpuTicker::getMHz() {
+    const int wholeMHz = getFreq();
+    return wholeMHz == 0 || wholeMHz != s_estimatedMHz ? wholeMHz : counterRate().mhz() * getClockFactor();
+}
+
+bxClockRate bxMeasureClockRate() {
+    OSTimer device;
+    if (!g_rtc.isOpen())
+        return bxClockRate();
+    bxSetPriority(1); // who reads the device late sees a wrong time
+    device.start();
+    device.start(); // the first reading counts from the opening on
+    const long long start = bxReadClocks().nanoseconds;
+    bxClockRate rate;
+    device.stop();
+    const long long stop = bxReadClocks().nanoseconds;
+    bxResetPriority();
+    if (g_rtc.isOpen() && !device.agreesWith(1e-9 * static_cast<double>(stop - start)))
+        g_rtc.drop("it disagrees with the monotonic clock by more than 1 %");
+    return rate;
 }
 
 int bxSnapCpuMHz(int measuredMHz) {
@@ -43,19 +79,20 @@ int bxSnapCpuMHz(int measuredMHz) {
     return least < snapTolerance * measuredMHz ? nearest : measuredMHz;
 }
 
+int bxNominalCpuMHz(int measuredMHz) {
+    for (int known : knownCpuMHz)
+        if (known == bxSnapCpuMHz(measuredMHz) &&
+            std::abs(known - measuredMHz) <= nominalTolerance * measuredMHz)
+            return known;
+    return 0;
+}
+
 int estimateCpuFreqMHz() {
     if (!zor_has_rdtsc())
         return 0;
-    OSTimer timer;
-    bxSetPriority(1);
-    timer.start();
-    const unsigned long long firstClock = zor_get_cpu_counter();
-    const std::time_t firstTime = std::time(nullptr);
-    while (std::difftime(std::time(nullptr), firstTime) < waitSeconds) {}
-    const unsigned long long lastClock = zor_get_cpu_counter();
-    timer.stop();
-    bxResetPriority();
-    const float clocks =
-        static_cast<float>((lastClock - firstClock) * static_cast<unsigned>(bxCpuTicker::getClockFactor()));
-    return bxSnapCpuMHz(static_cast<int>(clocks / timer.getUSec() + 0.5F));
+    const int mhz = static_cast<int>(std::lround(counterRate().mhz() * bxCpuTicker::getClockFactor()));
+    if (*g_rtc.problem())
+        g_ostrm << WARN << "-- The real-time clock device is not used: " << g_rtc.problem() << "\n"
+                << endMessage;
+    return mhz;
 }

@@ -1,61 +1,56 @@
 #include "system/bxostimer.h"
 
-#include <cerrno>
+#include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <linux/rtc.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-namespace {
-
-/** The device is set up or the program ends: a figure from a half-set timer would be wrong. */
-void endIfFailed(bool failed, const char* message) {
-    if (failed) {
-        const int error = errno;
-        std::perror(message);
-        std::exit(error);
-    }
-}
-
-} // namespace
-
 LinuxRTClock::LinuxRTClock() {
-    if (getuid() != 0)
-        return;
-    m_fd = open("/dev/rtc", O_RDONLY | O_CLOEXEC);
-    if (!isOpen())
-        return;
-    endIfFailed(ioctl(m_fd, RTC_IRQP_SET, static_cast<unsigned long>(INT_PER_SEC)) == -1,
-                "\n-- bxCpuTicker. ioctl: Setting of IRQ rate fails\n");
-    endIfFailed(ioctl(m_fd, RTC_PIE_ON, 0) == -1,
-                "\n-- bxCpuTicker. ioctl: Enabling of periodic interrupts fails\n");
-    m_interrupts = true;
+    if (getuid() == 0)
+        use(open("/dev/rtc", O_RDONLY | O_CLOEXEC));
 }
 
 LinuxRTClock::~LinuxRTClock() {
-    if (!isOpen())
-        return;
-    m_interrupts = false;
-    if (ioctl(m_fd, RTC_PIE_OFF, 0) == -1) {
-        // During static destruction `exit` would come back to here.
-        const int error = errno;
-        std::perror("\n-- bxCpuTicker. ioctl: Disabling of periodic interrupts fails\n");
-        _exit(error);
-    }
-    close(m_fd);
+    drop("");
 }
 
-long long LinuxRTClock::waitInterrupts() const {
+void LinuxRTClock::use(int fd) {
+    m_fd = fd;
+    if (!isOpen())
+        return;
+    if (ioctl(m_fd, RTC_IRQP_SET, static_cast<unsigned long>(INT_PER_SEC)) == -1)
+        drop("setting of IRQ rate fails");
+    else if (ioctl(m_fd, RTC_PIE_ON, 0) == -1)
+        drop("enabling of periodic interrupts fails");
+    else
+        m_interrupts = true;
+}
+
+void LinuxRTClock::drop(const char* problem) {
+    if (!isOpen())
+        return;
+    m_problem = problem;
+    if (m_interrupts)
+        ioctl(m_fd, RTC_PIE_OFF, 0);
+    m_interrupts = false;
+    close(m_fd);
+    m_fd = -1;
+}
+
+long long LinuxRTClock::waitInterrupts() {
     if (!m_interrupts)
         return 0;
+    constexpr int patience = 100; // ms, for what should come every 0.12 ms
+    pollfd device{.fd = m_fd, .events = POLLIN, .revents = 0};
     std::uint32_t value = 0; // the low byte holds the kind of the interrupt
-    endIfFailed(read(m_fd, &value, sizeof value) != sizeof value,
-                "\n-- OSTimer. read: Reading of TRC data fails\n");
-    return value >> 8;
+    if (poll(&device, 1, patience) == 1 && read(m_fd, &value, sizeof value) == sizeof value)
+        return value >> 8;
+    drop("reading of RTC data fails");
+    return 0;
 }
 
 LinuxRTClock& bxRTClock() {
@@ -69,6 +64,12 @@ void OSTimer::GetCounter(long long* counter) {
 
 long long OSTimer::getOSFreq() {
     return g_rtc.isOpen() ? LinuxRTClock::INT_PER_SEC : CLOCKS_PER_SEC;
+}
+
+bool OSTimer::agreesWith(double seconds) const {
+    constexpr double tolerance = 0.01;
+    const double oneCount = 1.0 / static_cast<double>(getOSFreq());
+    return std::abs(getSec() - seconds) <= tolerance * seconds + oneCount;
 }
 
 float OSTimer::getSec() const {

@@ -4,7 +4,10 @@
 #ifndef BXOSTIMER_H
 #define BXOSTIMER_H
 
-/** The real-time clock device; opened only by root, since only root may set its interrupt rate. */
+/**
+ * The real-time clock device; opened only by root, since only root may set its interrupt rate. One that
+ * refuses what is asked of it is closed; the program goes on without it.
+ */
 class LinuxRTClock {
   public:
     /** Interrupts per second that the device is asked for. */
@@ -16,11 +19,23 @@ class LinuxRTClock {
     LinuxRTClock& operator=(const LinuxRTClock&) = delete;
 
     bool isOpen() const { return m_fd != -1; }
-    /** Interrupts since the previous call, waiting for the next one; 0 while they are not enabled. */
-    long long waitInterrupts() const;
+    /** Enables the periodic interrupts of an open device, which is closed again where it refuses. */
+    void use(int fd);
+    /** Closes the device. \param problem why; for a message */
+    void drop(const char* problem);
+    /** Why the device was closed, empty where it is in use or there is none. */
+    const char* problem() const { return m_problem; }
+    /**
+     * Interrupts since the previous call, waiting for the next one; 0 while they are not enabled. A device
+     * from which none comes is closed.
+     */
+    long long waitInterrupts();
 
     int m_fd = -1;             ///< descriptor of "/dev/rtc", -1 while not open
     bool m_interrupts = false; ///< periodic interrupts are enabled
+
+  private:
+    const char* m_problem = "";
 };
 
 /** Access for the global below. */
@@ -44,6 +59,9 @@ class OSTimer {
     float getSec() const;
     /** The same in microseconds. */
     float getUSec() const { return getSec() * 1000000.0F; }
+
+    /** Whether another clock that passed `seconds` meanwhile differs by at most 1 % and one count. */
+    bool agreesWith(double seconds) const;
 
   private:
     long long m_start = 0;
