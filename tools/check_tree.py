@@ -14,8 +14,8 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 FLOORS = {"foundation": 0, "output": 1, "system": 1, "data": 1, "timing": 2, "parameters": 2, "framework": 3,
           "session": 4}
-PUBLIC_LIBRARY_HEADERS = {"zortypes.h", "zorcore.h", "zors.h", "zorac.h", "zordc.h"}
-LIBRARY_FOLDERS = {"ac", "s", "dc", "core", "common", "tables"}
+PUBLIC_LIBRARY_HEADERS = {path.relative_to(ROOT / "zor/include").as_posix() for path in (ROOT / "zor/include").rglob("*.h")}
+LIBRARY_FOLDERS = {path.name for path in (ROOT / "zor/src").iterdir() if path.is_dir()}
 HARNESS_HEADER = re.compile(r"(bx|kv)[a-z]*\.h$")
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
 MAX_LINES = 500

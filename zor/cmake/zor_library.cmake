@@ -1,5 +1,5 @@
-# zor_library(<target> <domain> [TRANSFORMS]): a shared library of the sources in src/<domain>/ and of the kernels
-# in src/<domain>/kernels/ (compiled once per code path); with TRANSFORMS also of those in src/common/.
+# zor_library(<target> <domain>...): a shared library of the sources in src/<domain>/, of the kernels in
+# src/<domain>/kernels/ (compiled once per code path), and of its version record.
 #
 # Kernel sources find the path in ZOR_PATH (an enumerator of zor::CodePath). The portable objects come first
 # in the link, so that a function template instantiated by several paths is taken from them.
@@ -11,17 +11,19 @@ set(zor_flags_sse2 -msse2)
 set(zor_flags_avx -mavx)
 set(zor_flags_avx2 -mavx2 -mfma)
 
-function(zor_library target domain)
-  file(GLOB sources CONFIGURE_DEPENDS "src/${domain}/*.cpp")
-  file(GLOB kernels CONFIGURE_DEPENDS "src/${domain}/kernels/*.cpp")
-  if("TRANSFORMS" IN_LIST ARGN)
-    file(GLOB common CONFIGURE_DEPENDS "src/common/*.cpp")
-    file(GLOB common_kernels CONFIGURE_DEPENDS "src/common/kernels/*.cpp")
-  endif()
+function(zor_library target)
+  set(sources "src/version/${target}.cpp")
+  set(kernels)
+  foreach(domain ${ARGN})
+    file(GLOB domain_sources CONFIGURE_DEPENDS "src/${domain}/*.cpp")
+    file(GLOB domain_kernels CONFIGURE_DEPENDS "src/${domain}/kernels/*.cpp")
+    list(APPEND sources ${domain_sources})
+    list(APPEND kernels ${domain_kernels})
+  endforeach()
   set(objects)
   foreach(path portable sse2 avx avx2)
-    if(kernels OR common_kernels)
-      add_library(${target}_${path} OBJECT ${kernels} ${common_kernels})
+    if(kernels)
+      add_library(${target}_${path} OBJECT ${kernels})
       benchex_target(${target}_${path})
       target_compile_definitions(${target}_${path} PRIVATE ZOR_PATH=zor::CodePath::${path} ZOR_BUILD)
       target_compile_options(${target}_${path} PRIVATE -O3 -fno-math-errno -fno-trapping-math
@@ -31,13 +33,13 @@ function(zor_library target domain)
       list(APPEND objects $<TARGET_OBJECTS:${target}_${path}>)
     endif()
   endforeach()
-  add_library(${target} SHARED ${sources} ${common} ${objects})
+  add_library(${target} SHARED ${sources} ${objects})
   benchex_target(${target})
   target_compile_definitions(${target} PRIVATE ZOR_BUILD)
   target_compile_options(${target} PRIVATE -O2 -fvisibility=hidden -fvisibility-inlines-hidden)
   target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/zor/src")
   target_link_libraries(${target} PUBLIC zortypes)
-  if(NOT domain STREQUAL "core")
+  if(NOT target STREQUAL "zorcore")
     target_link_libraries(${target} PUBLIC zorcore)
   endif()
   add_library(benchex::${target} ALIAS ${target})

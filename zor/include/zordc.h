@@ -35,10 +35,10 @@ typedef struct ZorVLCDecodeState_32s ZorVLCDecodeState_32s;
  * \return zorStsNullPtrErr, zorStsSizeErr (tableSize below 1), zorStsBadArgErr (a value or a length out of
  * its range, a value given twice), zorStsMemAllocErr
  */
-ZOR_API ZorStatus zorsVLCEncodeInitAlloc_32s(const ZorVLCTable_32s* pTable, int tableSize,
-                                             ZorVLCEncodeState_32s** ppState);
+ZOR_API ZorStatus zorsVLCEncodeInitAlloc_32s(const ZorVLCTable_32s* table, int tableSize,
+                                             ZorVLCEncodeState_32s** state);
 /** Frees an encoder. \return zorStsNullPtrErr, zorStsContextErr */
-ZOR_API ZorStatus zorsVLCEncodeFree_32s(ZorVLCEncodeState_32s* pState);
+ZOR_API ZorStatus zorsVLCEncodeFree_32s(ZorVLCEncodeState_32s* state);
 
 /**
  * Builds a decoder. The values may be any numbers. A table in which a code word is, or begins, another one is
@@ -46,10 +46,10 @@ ZOR_API ZorStatus zorsVLCEncodeFree_32s(ZorVLCEncodeState_32s* pState);
  * \return zorStsNullPtrErr, zorStsSizeErr (tableSize below 1), zorStsBadArgErr (a length out of its range, no
  *         prefix code), zorStsMemAllocErr
  */
-ZOR_API ZorStatus zorsVLCDecodeInitAlloc_32s(const ZorVLCTable_32s* pTable, int tableSize,
-                                             ZorVLCDecodeState_32s** ppState);
+ZOR_API ZorStatus zorsVLCDecodeInitAlloc_32s(const ZorVLCTable_32s* table, int tableSize,
+                                             ZorVLCDecodeState_32s** state);
 /** Frees a decoder. \return zorStsNullPtrErr, zorStsContextErr */
-ZOR_API ZorStatus zorsVLCDecodeFree_32s(ZorVLCDecodeState_32s* pState);
+ZOR_API ZorStatus zorsVLCDecodeFree_32s(ZorVLCDecodeState_32s* state);
 
 /*
  * The escape-block functions code pairs of signed values with the escape books of AAC (spectrum codebook 11,
@@ -65,36 +65,36 @@ ZOR_API ZorStatus zorsVLCDecodeFree_32s(ZorVLCDecodeState_32s* pState);
  * MP3: with linBits above 0, a magnitude of 15 stands for 15 and more; its excess over 15 follows in linBits
  * bits, ahead of that value's sign bit. With linBits 0 it stands for itself.
  *
- * len is the number of values, even. ppBitStream and pBitOffset (0 to 7, from the most significant bit) are
- * the position in the stream; they advance. pBitStreamEnd is one past the last byte of the stream. Bits
+ * length is the number of values, even. bitStream and bitOffset (0 to 7, from the most significant bit) are
+ * the position in the stream; they advance. bitStreamEnd is one past the last byte of the stream. Bits
  * beside those written stay as they were. A call that fails leaves position, stream and destination
  * unchanged, but a decoder may have written values.
  *
- * All return zorStsNullPtrErr, zorStsSizeErr (len), zorStsBadArgErr (bit offset, linBits, a value too large
- * for the escape), zorStsContextErr (the state is of another code), zorStsStreamEndErr, and the decoders
- * zorStsBadStreamErr (an escape too long, or a word that is no code).
+ * All return zorStsNullPtrErr, zorStsSizeErr (length), zorStsBadArgErr (bit offset, linBits, a value too
+ * large for the escape), zorStsContextErr (the state is of another code), zorStsStreamEndErr, and the
+ * decoders zorStsBadStreamErr (an escape too long, or a word that is no code).
  */
-ZOR_API ZorStatus zorsVLCEncodeEscBlock_AAC_16s1u(const Zor16s* pSrc, int len, Zor8u** ppBitStream,
-                                                  int* pBitOffset, const Zor8u* pBitStreamEnd,
-                                                  const ZorVLCEncodeState_32s* pState);
+ZOR_API ZorStatus zorsVLCEncodeEscBlock_AAC_16s1u(const Zor16s* src, int length, Zor8u** bitStream,
+                                                  int* bitOffset, const Zor8u* bitStreamEnd,
+                                                  const ZorVLCEncodeState_32s* state);
 /** Counts the bits that zorsVLCEncodeEscBlock_AAC_16s1u would write. */
-ZOR_API ZorStatus zorsVLCCountEscBits_AAC_16s32s(const Zor16s* pSrc, int len, Zor32s* pCountBits,
-                                                 const ZorVLCEncodeState_32s* pState);
-ZOR_API ZorStatus zorsVLCDecodeEscBlock_AAC_1u16s(const Zor8u** ppBitStream, int* pBitOffset,
-                                                  const Zor8u* pBitStreamEnd, Zor16s* pDst, int len,
-                                                  const ZorVLCDecodeState_32s* pState);
+ZOR_API ZorStatus zorsVLCCountEscBits_AAC_16s32s(const Zor16s* src, int length, Zor32s* countBits,
+                                                 const ZorVLCEncodeState_32s* state);
+ZOR_API ZorStatus zorsVLCDecodeEscBlock_AAC_1u16s(const Zor8u** bitStream, int* bitOffset,
+                                                  const Zor8u* bitStreamEnd, Zor16s* dst, int length,
+                                                  const ZorVLCDecodeState_32s* state);
 
 /** \param linBits 0 to 13 */
-ZOR_API ZorStatus zorsVLCEncodeEscBlock_MP3_16s1u(const Zor16s* pSrc, int len, int linBits,
-                                                  Zor8u** ppBitStream, int* pBitOffset,
-                                                  const Zor8u* pBitStreamEnd,
-                                                  const ZorVLCEncodeState_32s* pState);
+ZOR_API ZorStatus zorsVLCEncodeEscBlock_MP3_16s1u(const Zor16s* src, int length, int linBits,
+                                                  Zor8u** bitStream, int* bitOffset,
+                                                  const Zor8u* bitStreamEnd,
+                                                  const ZorVLCEncodeState_32s* state);
 /** Counts the bits that zorsVLCEncodeEscBlock_MP3_16s1u would write. */
-ZOR_API ZorStatus zorsVLCCountEscBits_MP3_16s32s(const Zor16s* pSrc, int len, int linBits, Zor32s* pCountBits,
-                                                 const ZorVLCEncodeState_32s* pState);
-ZOR_API ZorStatus zorsVLCDecodeEscBlock_MP3_1u16s(const Zor8u** ppBitStream, int* pBitOffset,
-                                                  const Zor8u* pBitStreamEnd, Zor16s* pDst, int len,
-                                                  int linBits, const ZorVLCDecodeState_32s* pState);
+ZOR_API ZorStatus zorsVLCCountEscBits_MP3_16s32s(const Zor16s* src, int length, int linBits,
+                                                 Zor32s* countBits, const ZorVLCEncodeState_32s* state);
+ZOR_API ZorStatus zorsVLCDecodeEscBlock_MP3_1u16s(const Zor8u** bitStream, int* bitOffset,
+                                                  const Zor8u* bitStreamEnd, Zor16s* dst, int length,
+                                                  int linBits, const ZorVLCDecodeState_32s* state);
 
 #ifdef __cplusplus
 }

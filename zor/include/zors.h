@@ -27,33 +27,34 @@ ZOR_API ZorStatus zorsScale_32f_I(Zor32f* srcDst, const Zor32f* factor, const in
 
 /**
  * Gains of scale factors: dst = 2^((src - offset) / 4); 0 below the range of normal floats, infinite above
- * it. \return zorStsNullPtrErr; zorStsSizeErr for len below 1.
+ * it. \return zorStsNullPtrErr; zorStsSizeErr for length below 1.
  */
-ZOR_API ZorStatus zorsCalcSF_16s32f(const Zor16s* src, int offset, Zor32f* dst, int len);
+ZOR_API ZorStatus zorsCalcSF_16s32f(const Zor16s* src, int offset, Zor32f* dst, int length);
 
 /**
- * Takes interleaved channels apart: dst[channel][i] = src[i * numChannels + channel], for len samples a
- * channel. \return zorStsNullPtrErr, also for a null channel; zorStsSizeErr for numChannels or len below 1.
+ * Takes interleaved channels apart: dst[channel][i] = src[i * numChannels + channel], for length samples a
+ * channel. \return zorStsNullPtrErr, also for a null channel; zorStsSizeErr for numChannels or length
+ * below 1.
  */
-ZOR_API ZorStatus zorsDeinterleave_16s(const Zor16s* src, int numChannels, int len, Zor16s* const dst[]);
-ZOR_API ZorStatus zorsDeinterleave_32f(const Zor32f* src, int numChannels, int len, Zor32f* const dst[]);
+ZOR_API ZorStatus zorsDeinterleave_16s(const Zor16s* src, int numChannels, int length, Zor16s* const dst[]);
+ZOR_API ZorStatus zorsDeinterleave_32f(const Zor32f* src, int numChannels, int length, Zor32f* const dst[]);
 
 /** Puts channels together: dst[i * numChannels + channel] = src[channel][i]. Statuses as above. */
-ZOR_API ZorStatus zorsInterleave_16s(const Zor16s* const src[], int numChannels, int len, Zor16s* dst);
-ZOR_API ZorStatus zorsInterleave_32f(const Zor32f* const src[], int numChannels, int len, Zor32f* dst);
+ZOR_API ZorStatus zorsInterleave_16s(const Zor16s* const src[], int numChannels, int length, Zor16s* dst);
+ZOR_API ZorStatus zorsInterleave_32f(const Zor32f* const src[], int numChannels, int length, Zor32f* dst);
 
-/** Converts to float, value for value. \return zorStsNullPtrErr; zorStsSizeErr for len below 1. */
-ZOR_API ZorStatus zorsMakeFloat_16s32f(const Zor16s* src, Zor32f* dst, int len);
+/** Converts to float, value for value. \return zorStsNullPtrErr; zorStsSizeErr for length below 1. */
+ZOR_API ZorStatus zorsMakeFloat_16s32f(const Zor16s* src, Zor32f* dst, int length);
 
 /**
  * The power law of the AAC and MP3 quantisers (ISO/IEC 14496-3, 4.6.1; ISO/IEC 11172-3, 2.4.3.4), sign kept:
  * Pow34_32f |x|^(3/4); Pow34_32f16s the same plus 0.4054, cut to an integer, saturated at 32767; Pow43_16s32f
  * its inverse |x|^(4/3). Floats are right to 4 units in the last place. \return zorStsNullPtrErr;
- * zorStsSizeErr for len below 1.
+ * zorStsSizeErr for length below 1.
  */
-ZOR_API ZorStatus zorsPow34_32f(const Zor32f* src, Zor32f* dst, int len);
-ZOR_API ZorStatus zorsPow34_32f16s(const Zor32f* src, Zor16s* dst, int len);
-ZOR_API ZorStatus zorsPow43_16s32f(const Zor16s* src, Zor32f* dst, int len);
+ZOR_API ZorStatus zorsPow34_32f(const Zor32f* src, Zor32f* dst, int length);
+ZOR_API ZorStatus zorsPow34_32f16s(const Zor32f* src, Zor16s* dst, int length);
+ZOR_API ZorStatus zorsPow43_16s32f(const Zor16s* src, Zor32f* dst, int length);
 
 /** Taps and delay line of a block FIR filter. */
 typedef struct ZorsFIRBlockState_32f ZorsFIRBlockState_32f;
@@ -70,9 +71,10 @@ ZOR_API ZorStatus zorsFIRBlockFree_32f(ZorsFIRBlockState_32f* state);
 /**
  * Filters one block and keeps its end for the next: dst[n] = sum over k of taps[k] src[n - k].
  * dst must not overlap src.
- * \return zorStsNullPtrErr; zorStsSizeErr for len below 1; zorStsContextErr.
+ * \return zorStsNullPtrErr; zorStsSizeErr for length below 1; zorStsContextErr.
  */
-ZOR_API ZorStatus zorsFIRBlockOne_32f(const Zor32f* src, Zor32f* dst, int len, ZorsFIRBlockState_32f* state);
+ZOR_API ZorStatus zorsFIRBlockOne_32f(const Zor32f* src, Zor32f* dst, int length,
+                                      ZorsFIRBlockState_32f* state);
 
 #ifdef __cplusplus
 }

@@ -1,6 +1,11 @@
 /** \file
  * Types that the four libraries share: status codes, element types, sizes and the version record.
  * Plain C, usable from C and C++.
+ *
+ * Parameters speak one language in all headers: src, dst and srcDst (in place), with L and R for channels;
+ * length counts elements and sizeByte bytes; bitStream, bitOffset and bitStreamEnd are a position in a
+ * stream; state is what lives from call to call, memory where a caller has a state put, buffer work space of
+ * one call. No name tells its type.
  */
 #ifndef ZORTYPES_H
 #define ZORTYPES_H

@@ -1,5 +1,8 @@
 /** \file
  * CPUID leaves taken apart, and the cache sizes they tell.
+ *
+ * A library under test reads the same instructions by code of its own, on purpose: the harness runs without
+ * any library, and its reports must not repeat what the measured library believes of the processor.
  */
 #ifndef BXCPUID_H
 #define BXCPUID_H

@@ -22,10 +22,10 @@ constexpr bool anyNullIn(const Pointer* list, int count) {
     return false;
 }
 
-/** The status of a call on `len` elements at the pointers given. */
+/** The status of a call on `length` elements at the pointers given. */
 template <class... Pointers>
-constexpr ZorStatus checkVectors(int len, const Pointers*... pointers) {
-    return anyNull(pointers...) ? zorStsNullPtrErr : len < 1 ? zorStsSizeErr : zorStsNoErr;
+constexpr ZorStatus checkVectors(int length, const Pointers*... pointers) {
+    return anyNull(pointers...) ? zorStsNullPtrErr : length < 1 ? zorStsSizeErr : zorStsNoErr;
 }
 
 /** The status of a call with this state. */

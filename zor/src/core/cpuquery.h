@@ -1,5 +1,9 @@
 /** \file
  * CPUID as data: what the processor answers, and the functions below that only take answers apart.
+ *
+ * The harness reads CPUID, XGETBV and cache sizes by code of its own, on purpose: the library must stand
+ * alone beside any program, and a harness that asked the library would believe the very thing that it
+ * measures.
  */
 #ifndef ZOR_CPUQUERY_H
 #define ZOR_CPUQUERY_H

@@ -133,10 +133,10 @@ Word wordOf(const ZorVLCEncodeState_32s& state, const Pair& pair) {
 }
 
 template <class Book, class State>
-ZorStatus check(const Book& book, const void* values, int len, const State* state) {
+ZorStatus check(const Book& book, const void* values, int length, const State* state) {
     if (!values || !state)
         return zorStsNullPtrErr;
-    if (len < 2 || len % 2 != 0)
+    if (length < 2 || length % 2 != 0)
         return zorStsSizeErr;
     if (!book.valid())
         return zorStsBadArgErr;
@@ -149,11 +149,11 @@ ZorStatus check(const Book& book, const void* values, int len, const State* stat
 
 /** The bits of a block; false when a value is too large. */
 template <class Book>
-bool countBits(const Book& book, const Zor16s* values, int len, const ZorVLCEncodeState_32s& state,
+bool countBits(const Book& book, const Zor16s* values, int length, const ZorVLCEncodeState_32s& state,
                Zor64s& bits) {
     int largest = 0;
     Zor64s total = 0;
-    for (const Zor16s* end = values + len; values < end; values += 2) {
+    for (const Zor16s* end = values + length; values < end; values += 2) {
         const Pair pair(values);
         largest = std::max({largest, pair.ax, pair.ay});
         total += wordOf<Book>(state, pair).length() + book.escapeBits(pair.ax) + book.escapeBits(pair.ay);
@@ -163,14 +163,14 @@ bool countBits(const Book& book, const Zor16s* values, int len, const ZorVLCEnco
 }
 
 template <class Book>
-ZorStatus count(const Book& book, const Zor16s* values, int len, Zor32s* bits,
+ZorStatus count(const Book& book, const Zor16s* values, int length, Zor32s* bits,
                 const ZorVLCEncodeState_32s* state) {
     if (!bits)
         return zorStsNullPtrErr;
-    if (const ZorStatus status = check(book, values, len, state); status != zorStsNoErr)
+    if (const ZorStatus status = check(book, values, length, state); status != zorStsNoErr)
         return status;
     Zor64s total = 0;
-    if (!countBits(book, values, len, *state, total))
+    if (!countBits(book, values, length, *state, total))
         return zorStsBadArgErr;
     if (total > 0x7FFFFFFF)
         return zorStsSizeErr;
@@ -189,19 +189,19 @@ ZorStatus checkStream(Byte** stream, const int* offset, const Zor8u* end) {
 }
 
 template <class Book>
-ZorStatus encode(const Book& book, const Zor16s* values, int len, Zor8u** stream, int* offset,
+ZorStatus encode(const Book& book, const Zor16s* values, int length, Zor8u** stream, int* offset,
                  const Zor8u* end, const ZorVLCEncodeState_32s* state) {
     if (const ZorStatus status = checkStream(stream, offset, end); status != zorStsNoErr)
         return status;
-    if (const ZorStatus status = check(book, values, len, state); status != zorStsNoErr)
+    if (const ZorStatus status = check(book, values, length, state); status != zorStsNoErr)
         return status;
     Zor64s bits = 0;
-    if (!countBits(book, values, len, *state, bits))
+    if (!countBits(book, values, length, *state, bits))
         return zorStsBadArgErr;
     if (*offset + bits > static_cast<Zor64s>(end - *stream) * 8)
         return zorStsStreamEndErr;
     BitWriter out(*stream, *offset);
-    for (const Zor16s* last = values + len; values < last; values += 2) {
+    for (const Zor16s* last = values + length; values < last; values += 2) {
         const Pair pair(values);
         book.write(out, wordOf<Book>(*state, pair), pair);
     }
@@ -211,13 +211,13 @@ ZorStatus encode(const Book& book, const Zor16s* values, int len, Zor8u** stream
 
 template <class Book>
 ZorStatus decode(const Book& book, const Zor8u** stream, int* offset, const Zor8u* end, Zor16s* values,
-                 int len, const ZorVLCDecodeState_32s* state) {
+                 int length, const ZorVLCDecodeState_32s* state) {
     if (const ZorStatus status = checkStream(stream, offset, end); status != zorStsNoErr)
         return status;
-    if (const ZorStatus status = check(book, values, len, state); status != zorStsNoErr)
+    if (const ZorStatus status = check(book, values, length, state); status != zorStsNoErr)
         return status;
     BitReader in(*stream, *offset, end);
-    for (const Zor16s* last = values + len; values < last; values += 2) {
+    for (const Zor16s* last = values + length; values < last; values += 2) {
         // A pair takes at most 14 + 2 * 21 bits (AAC) or 14 + 2 * 13 (MP3): one refill is enough.
         in.refill();
         const PrefixEntry& entry = state->find(in.window());
@@ -240,37 +240,37 @@ ZorStatus decode(const Book& book, const Zor8u** stream, int* offset, const Zor8
 
 using namespace zor::vlc;
 
-extern "C" ZorStatus zorsVLCEncodeEscBlock_AAC_16s1u(const Zor16s* pSrc, int len, Zor8u** ppBitStream,
-                                                     int* pBitOffset, const Zor8u* pBitStreamEnd,
-                                                     const ZorVLCEncodeState_32s* pState) {
-    return encode(AacBook{}, pSrc, len, ppBitStream, pBitOffset, pBitStreamEnd, pState);
+extern "C" ZorStatus zorsVLCEncodeEscBlock_AAC_16s1u(const Zor16s* src, int length, Zor8u** bitStream,
+                                                     int* bitOffset, const Zor8u* bitStreamEnd,
+                                                     const ZorVLCEncodeState_32s* state) {
+    return encode(AacBook{}, src, length, bitStream, bitOffset, bitStreamEnd, state);
 }
 
-extern "C" ZorStatus zorsVLCCountEscBits_AAC_16s32s(const Zor16s* pSrc, int len, Zor32s* pCountBits,
-                                                    const ZorVLCEncodeState_32s* pState) {
-    return count(AacBook{}, pSrc, len, pCountBits, pState);
+extern "C" ZorStatus zorsVLCCountEscBits_AAC_16s32s(const Zor16s* src, int length, Zor32s* countBits,
+                                                    const ZorVLCEncodeState_32s* state) {
+    return count(AacBook{}, src, length, countBits, state);
 }
 
-extern "C" ZorStatus zorsVLCDecodeEscBlock_AAC_1u16s(const Zor8u** ppBitStream, int* pBitOffset,
-                                                     const Zor8u* pBitStreamEnd, Zor16s* pDst, int len,
-                                                     const ZorVLCDecodeState_32s* pState) {
-    return decode(AacBook{}, ppBitStream, pBitOffset, pBitStreamEnd, pDst, len, pState);
+extern "C" ZorStatus zorsVLCDecodeEscBlock_AAC_1u16s(const Zor8u** bitStream, int* bitOffset,
+                                                     const Zor8u* bitStreamEnd, Zor16s* dst, int length,
+                                                     const ZorVLCDecodeState_32s* state) {
+    return decode(AacBook{}, bitStream, bitOffset, bitStreamEnd, dst, length, state);
 }
 
-extern "C" ZorStatus zorsVLCEncodeEscBlock_MP3_16s1u(const Zor16s* pSrc, int len, int linBits,
-                                                     Zor8u** ppBitStream, int* pBitOffset,
-                                                     const Zor8u* pBitStreamEnd,
-                                                     const ZorVLCEncodeState_32s* pState) {
-    return encode(Mp3Book{linBits}, pSrc, len, ppBitStream, pBitOffset, pBitStreamEnd, pState);
+extern "C" ZorStatus zorsVLCEncodeEscBlock_MP3_16s1u(const Zor16s* src, int length, int linBits,
+                                                     Zor8u** bitStream, int* bitOffset,
+                                                     const Zor8u* bitStreamEnd,
+                                                     const ZorVLCEncodeState_32s* state) {
+    return encode(Mp3Book{linBits}, src, length, bitStream, bitOffset, bitStreamEnd, state);
 }
 
-extern "C" ZorStatus zorsVLCCountEscBits_MP3_16s32s(const Zor16s* pSrc, int len, int linBits,
-                                                    Zor32s* pCountBits, const ZorVLCEncodeState_32s* pState) {
-    return count(Mp3Book{linBits}, pSrc, len, pCountBits, pState);
+extern "C" ZorStatus zorsVLCCountEscBits_MP3_16s32s(const Zor16s* src, int length, int linBits,
+                                                    Zor32s* countBits, const ZorVLCEncodeState_32s* state) {
+    return count(Mp3Book{linBits}, src, length, countBits, state);
 }
 
-extern "C" ZorStatus zorsVLCDecodeEscBlock_MP3_1u16s(const Zor8u** ppBitStream, int* pBitOffset,
-                                                     const Zor8u* pBitStreamEnd, Zor16s* pDst, int len,
-                                                     int linBits, const ZorVLCDecodeState_32s* pState) {
-    return decode(Mp3Book{linBits}, ppBitStream, pBitOffset, pBitStreamEnd, pDst, len, pState);
+extern "C" ZorStatus zorsVLCDecodeEscBlock_MP3_1u16s(const Zor8u** bitStream, int* bitOffset,
+                                                     const Zor8u* bitStreamEnd, Zor16s* dst, int length,
+                                                     int linBits, const ZorVLCDecodeState_32s* state) {
+    return decode(Mp3Book{linBits}, bitStream, bitOffset, bitStreamEnd, dst, length, state);
 }

@@ -65,44 +65,44 @@ bool fillWords(Records records, Word* words) {
 
 } // namespace
 
-extern "C" ZorStatus zorsVLCEncodeInitAlloc_32s(const ZorVLCTable_32s* pTable, int tableSize,
-                                                ZorVLCEncodeState_32s** ppState) {
-    if (const ZorStatus status = checkTable(pTable, tableSize, ppState); status != zorStsNoErr)
+extern "C" ZorStatus zorsVLCEncodeInitAlloc_32s(const ZorVLCTable_32s* table, int tableSize,
+                                                ZorVLCEncodeState_32s** state) {
+    if (const ZorStatus status = checkTable(table, tableSize, state); status != zorStsNoErr)
         return status;
-    const Records records{pTable, static_cast<std::size_t>(tableSize)};
-    auto* state = allocateState<ZorVLCEncodeState_32s>(tableSize, lengthRange(records));
-    if (!state)
+    const Records records{table, static_cast<std::size_t>(tableSize)};
+    auto* built = allocateState<ZorVLCEncodeState_32s>(tableSize, lengthRange(records));
+    if (!built)
         return zorStsMemAllocErr;
-    if (!fillWords(records, state->words)) {
-        freeState(state);
+    if (!fillWords(records, built->words)) {
+        freeState(built);
         return zorStsBadArgErr;
     }
-    *ppState = state;
+    *state = built;
     return zorStsNoErr;
 }
 
-extern "C" ZorStatus zorsVLCDecodeInitAlloc_32s(const ZorVLCTable_32s* pTable, int tableSize,
-                                                ZorVLCDecodeState_32s** ppState) {
-    if (const ZorStatus status = checkTable(pTable, tableSize, ppState); status != zorStsNoErr)
+extern "C" ZorStatus zorsVLCDecodeInitAlloc_32s(const ZorVLCTable_32s* table, int tableSize,
+                                                ZorVLCDecodeState_32s** state) {
+    if (const ZorStatus status = checkTable(table, tableSize, state); status != zorStsNoErr)
         return status;
-    const Records records{pTable, static_cast<std::size_t>(tableSize)};
+    const Records records{table, static_cast<std::size_t>(tableSize)};
     Table::PrefixBits bits;
     const std::size_t total = Table::measure(records, bits);
-    auto* state = allocateState<ZorVLCDecodeState_32s>(tableSize, lengthRange(records), total);
-    if (!state)
+    auto* built = allocateState<ZorVLCDecodeState_32s>(tableSize, lengthRange(records), total);
+    if (!built)
         return zorStsMemAllocErr;
-    if (!Table::build(records, bits, {state->entries, total})) {
-        freeState(state);
+    if (!Table::build(records, bits, {built->entries, total})) {
+        freeState(built);
         return zorStsBadArgErr;
     }
-    *ppState = state;
+    *state = built;
     return zorStsNoErr;
 }
 
-extern "C" ZorStatus zorsVLCEncodeFree_32s(ZorVLCEncodeState_32s* pState) {
-    return freeState(pState);
+extern "C" ZorStatus zorsVLCEncodeFree_32s(ZorVLCEncodeState_32s* state) {
+    return freeState(state);
 }
 
-extern "C" ZorStatus zorsVLCDecodeFree_32s(ZorVLCDecodeState_32s* pState) {
-    return freeState(pState);
+extern "C" ZorStatus zorsVLCDecodeFree_32s(ZorVLCDecodeState_32s* state) {
+    return freeState(state);
 }

@@ -1,0 +1,164 @@
+// M/S and intensity stereo, perceptual noise substitution and the order of lines in AAC.
+#include "aac/bands.h"
+#include "aac/quarterpower.h"
+#include "aac/spectrum_kernels.h"
+#include "common/check.h"
+#include "zorac/aac.h"
+
+#include <algorithm>
+
+namespace zor::aac {
+
+namespace {
+
+constexpr int maxBands = 51;
+
+bool isCoded(Zor8u book) {
+    return book < zorAacNoiseBook;
+}
+
+/** Calls visit(window, group) for every window, which is numbered through the frame. */
+template <class Visit>
+void forEachWindow(const Grouping& groups, Visit visit) {
+    int window = 0;
+    for (std::size_t group = 0; group < groups.groupLen.size(); ++group)
+        for (const int end = window + groups.groupLen[group]; window < end; ++window)
+            visit(window, static_cast<int>(group));
+}
+
+ZorStatus checkMask(int msMaskPresent, const Zor8u* msUsed) {
+    if (msMaskPresent < 0 || msMaskPresent > 2)
+        return zorStsBadArgErr;
+    return msMaskPresent == 1 && msUsed == nullptr ? zorStsNullPtrErr : zorStsNoErr;
+}
+
+} // namespace
+
+} // namespace zor::aac
+
+using namespace zor;
+using namespace zor::aac;
+
+extern "C" ZorStatus zorsDecodeMsStereo_AAC_32s_I(Zor32s* srcDstL, Zor32s* srcDstR, int msMaskPresent,
+                                                  const Zor8u* msUsed, const Zor8u* sfbCb, int numWinGrp,
+                                                  const int* winGrpLen, int maxSfb, int samplingRateIndex,
+                                                  int winLen) {
+    if (anyNull(srcDstL, srcDstR, sfbCb))
+        return zorStsNullPtrErr;
+    if (const ZorStatus status = checkMask(msMaskPresent, msUsed); status != zorStsNoErr)
+        return status;
+    Grouping groups;
+    if (const ZorStatus status = grouping(numWinGrp, winGrpLen, maxSfb, samplingRateIndex, winLen, groups);
+        status != zorStsNoErr)
+        return status;
+    if (msMaskPresent == 0)
+        return zorStsNoErr;
+    const AacKernels& kernel = kernels<AacKernels>();
+    forEachWindow(groups, [&](int window, int group) {
+        const int table = group * maxSfb;
+        const auto use = [&](int band) {
+            return isCoded(sfbCb[table + band]) && (msMaskPresent == 2 || msUsed[table + band] != 0);
+        };
+        forEachRun(maxSfb, use, [&](int first, int end) {
+            const int line = window * winLen + groups.bands.offset[first];
+            kernel.midSide(srcDstL + line, srcDstR + line,
+                           groups.bands.offset[end] - groups.bands.offset[first]);
+        });
+    });
+    return zorStsNoErr;
+}
+
+extern "C" ZorStatus zorsDecodeIsStereo_AAC_32s(const Zor32s* srcL, Zor32s* dstR, const Zor16s* scaleFactor,
+                                                int msMaskPresent, const Zor8u* msUsed, const Zor8u* sfbCb,
+                                                int numWinGrp, const int* winGrpLen, int maxSfb,
+                                                int samplingRateIndex, int winLen) {
+    if (anyNull(srcL, dstR, scaleFactor, sfbCb))
+        return zorStsNullPtrErr;
+    if (const ZorStatus status = checkMask(msMaskPresent, msUsed); status != zorStsNoErr)
+        return status;
+    Grouping groups;
+    if (const ZorStatus status = grouping(numWinGrp, winGrpLen, maxSfb, samplingRateIndex, winLen, groups);
+        status != zorStsNoErr)
+        return status;
+    const AacKernels& kernel = kernels<AacKernels>();
+    double gains[maxBands];
+    int gainsOf = -1; // the group whose gains these are
+    forEachWindow(groups, [&](int window, int group) {
+        if (group != gainsOf) {
+            for (int band = 0, i = group * maxSfb; band < maxSfb; ++band, ++i) {
+                const bool intensity =
+                    sfbCb[i] == zorAacIntensityInPhase || sfbCb[i] == zorAacIntensityOutOfPhase;
+                const bool turned = msMaskPresent == 1 && msUsed[i] != 0;
+                const bool negative = (sfbCb[i] == zorAacIntensityOutOfPhase) != turned;
+                gains[band] = intensity ? (negative ? -1 : 1) * quarterPower(-scaleFactor[i]) : 0;
+            }
+            gainsOf = group;
+        }
+        kernel.intensity(srcL + window * winLen, dstR + window * winLen, {groups.bands.offset, maxSfb, 1},
+                         gains);
+    });
+    return zorStsNoErr;
+}
+
+extern "C" ZorStatus zorsDecodePNS_AAC_32s(Zor32s* srcDst, const Zor16s* scaleFactor, const Zor8u* sfbCb,
+                                           Zor32u* randomState, Zor32s* bandState, int second,
+                                           const Zor8u* msUsed, int numWinGrp, const int* winGrpLen,
+                                           int maxSfb, int samplingRateIndex, int winLen) {
+    if (anyNull(srcDst, scaleFactor, sfbCb, randomState, bandState) || (second == 1 && msUsed == nullptr))
+        return zorStsNullPtrErr;
+    if (second < 0 || second > 1)
+        return zorStsBadArgErr;
+    Grouping groups;
+    if (const ZorStatus status = grouping(numWinGrp, winGrpLen, maxSfb, samplingRateIndex, winLen, groups);
+        status != zorStsNoErr)
+        return status;
+    const AacKernels& kernel = kernels<AacKernels>();
+    Zor32u state = *randomState;
+    Zor32s* window = srcDst;
+    for (int group = 0, i = 0; group < numWinGrp; window += winGrpLen[group++] * winLen)
+        for (int band = 0; band < maxSfb; ++band, ++i) {
+            if (sfbCb[i] != zorAacNoiseBook)
+                continue;
+            const bool repeats = second == 1 && msUsed[i] != 0;
+            if (second == 0)
+                bandState[i] = static_cast<Zor32s>(state);
+            Zor32u noiseState = repeats ? static_cast<Zor32u>(bandState[i]) : state;
+            const int first = groups.bands.offset[band];
+            const int width = groups.bands.offset[band + 1] - first;
+            const double root = quarterPower(scaleFactor[i]);
+            for (int w = 0; w < winGrpLen[group]; ++w)
+                noiseState = kernel.noise(window + w * winLen + first, width, noiseState, root);
+            if (!repeats)
+                state = noiseState;
+        }
+    *randomState = state;
+    return zorStsNoErr;
+}
+
+extern "C" ZorStatus zorsDeinterleaveSpectrum_AAC_32s(const Zor32s* src, Zor32s* dst, int numWinGrp,
+                                                      const int* winGrpLen, int maxSfb, int samplingRateIndex,
+                                                      int winLen) {
+    if (anyNull(src, dst))
+        return zorStsNullPtrErr;
+    Grouping groups;
+    if (const ZorStatus status = grouping(numWinGrp, winGrpLen, maxSfb, samplingRateIndex, winLen, groups);
+        status != zorStsNoErr)
+        return status;
+    const std::uint16_t* offset = groups.bands.offset;
+    for (const int windows : groups.groupLen) {
+        const Zor32s* source = src;
+        for (int band = 0; band < maxSfb && windows > 1; ++band)
+            for (int w = 0; w < windows; ++w) {
+                const int width = offset[band + 1] - offset[band];
+                std::copy_n(source, width, dst + w * winLen + offset[band]);
+                source += width;
+            }
+        if (windows == 1)
+            std::copy_n(source, offset[maxSfb], dst);
+        for (int w = 0; w < windows; ++w)
+            std::fill(dst + w * winLen + offset[maxSfb], dst + (w + 1) * winLen, 0);
+        src += windows * winLen;
+        dst += windows * winLen;
+    }
+    return zorStsNoErr;
+}

@@ -1,0 +1,164 @@
+/** \file
+ * The 32-band polyphase bank: the window of ISO/IEC 11172-3 table B.3 around a 32-point cosine transform.
+ *
+ * Synthesis keeps the 32 values of a type II transform instead of the 64 that the standard matrixes: with
+ * c[j] = sum of s[k] cos(pi/64 (2k+1) j) its vector is v[i] = c[16+i] for i below 17, -c[48-i] up to 48 and
+ * -c[i-48] from there. Each value of a row so has two places in the output, which mirror one another.
+ */
+#include "common/cosine.h"
+#include "common/simd.h"
+#include "mp3/convert.h"
+#include "mp3/kernel_tables.h"
+#include "tables/mp3_pqmf_window.h"
+
+namespace zor::mp3 {
+namespace {
+
+constexpr int rows = 16;
+constexpr int half = subbands / 2;
+
+/** The window's weights by the age of a row, in the order in which the row's values meet them. */
+struct SynthesisWindow {
+    float direct[rows][half];   ///< even age: c[16+t] to output t; odd: c[t] to output 16+t
+    float mirrored[rows][half]; ///< even age: c[16+t] to output 32-t; odd: c[t] to output 16-t
+    float toFirst[rows];        ///< odd age: c[16] to output 0
+};
+
+constexpr SynthesisWindow makeSynthesisWindow() {
+    SynthesisWindow window{};
+    for (int age = 0; age < rows; ++age) {
+        const auto weight = [age](int output) {
+            return static_cast<float>(tables::mp3_pqmf_window::d_x65536[32 * age + output]) / 65536.f;
+        };
+        const bool even = age % 2 == 0;
+        for (int t = 0; t < half; ++t) {
+            window.direct[age][t] = even ? weight(t) : -weight(half + t);
+            window.mirrored[age][t] = t == 0 ? 0 : -weight((even ? subbands : half) - t);
+        }
+        window.toFirst[age] = even ? 0 : -weight(0);
+    }
+    return window;
+}
+
+alignas(32) constexpr SynthesisWindow synthesisWindow = makeSynthesisWindow();
+
+struct AnalysisWindow {
+    float c[512];
+};
+
+alignas(32) constexpr AnalysisWindow analysisWindow = [] {
+    AnalysisWindow window{};
+    for (int i = 0; i < 512; ++i)
+        window.c[i] = static_cast<float>(tables::mp3_pqmf_window::d_x65536[i]) / (32 * 65536.f);
+    return window;
+}();
+
+template <class V, class T>
+[[gnu::always_inline]] inline V loadRow(const T* from) {
+    if constexpr (std::is_same_v<T, float>)
+        return load<V>(from);
+    else
+        return loadInts<V>(from);
+}
+
+/** The windowed sum over the 16 rows of the ring, the newest at `row`. */
+template <class T>
+[[gnu::always_inline]] inline void windowRows(const T* ring, int row, float* dst) {
+    using V = Lanes<maxLanes>;
+    float direct[2][half], mirrored[2][half];
+    for (int t = 0; t < half; t += maxLanes) {
+        V sum[2][2]{};
+        for (int age = 0; age < rows; age += 2) {
+            const T* even = ring + ((row - age) & (rows - 1)) * subbands + half + t;
+            const T* odd = ring + ((row - age - 1) & (rows - 1)) * subbands + t;
+            const V a = loadRow<V>(even), b = loadRow<V>(odd);
+            sum[0][0] += a * load<V>(synthesisWindow.direct[age] + t);
+            sum[0][1] += a * load<V>(synthesisWindow.mirrored[age] + t);
+            sum[1][0] += b * load<V>(synthesisWindow.direct[age + 1] + t);
+            sum[1][1] += b * load<V>(synthesisWindow.mirrored[age + 1] + t);
+        }
+        for (int parity = 0; parity < 2; ++parity) {
+            store(direct[parity] + t, sum[parity][0]);
+            store(mirrored[parity] + t, sum[parity][1]);
+        }
+    }
+    float first = direct[0][0];
+    for (int age = 1; age < rows; age += 2)
+        first += static_cast<float>(ring[((row - age) & (rows - 1)) * subbands + half]) *
+                 synthesisWindow.toFirst[age];
+    dst[0] = first;
+    dst[half] = direct[1][0];
+    for (int t = 1; t < half; ++t) {
+        dst[t] = direct[0][t] + mirrored[1][half - t];
+        dst[half + t] = direct[1][t] + mirrored[0][half - t];
+    }
+}
+
+void synthesis(float* ring, int row, const float* src, float* dst) {
+    float samples[subbands], cosines[subbands];
+    std::memcpy(samples, src, sizeof samples);
+    dct2(samples, cosines);
+    std::memcpy(ring + row * subbands, cosines, sizeof cosines);
+    windowRows(ring, row, dst);
+}
+
+void synthesisFixed(Zor32s* ring, int row, Zor16s* dst, int step) {
+    using V = Lanes<maxLanes>;
+    Zor32s* newest = ring + row * subbands;
+    float samples[subbands], cosines[subbands];
+    for (int k = 0; k < subbands; k += maxLanes)
+        store(samples + k, loadInts<V>(newest + k));
+    dct2(samples, cosines);
+    for (int k = 0; k < subbands; k += maxLanes)
+        storeRounded(newest + k, load<V>(cosines + k));
+    windowRows(ring, row, samples);
+    constexpr float toPcm = 32768.f / (1 << fractionBits);
+    for (int i = 0; i < subbands; ++i) {
+        float pcm = samples[i] * toPcm;
+        pcm = pcm < 32767.f ? pcm : 32767.f;
+        pcm = pcm > -32768.f ? pcm : -32768.f;
+        dst[i * step] = static_cast<Zor16s>(static_cast<int>(pcm + (pcm < 0 ? -0.5f : 0.5f)));
+    }
+}
+
+/** Window, fold to 32 values by the symmetry of the cosines, transform. */
+template <class T>
+[[gnu::always_inline]] inline void analyse(const T* history, float (&bands)[subbands]) {
+    float y[64], folded[subbands];
+    for (int i = 0; i < 64; ++i)
+        y[i] = static_cast<float>(history[i]) * analysisWindow.c[i];
+    for (int j = 64; j < 512; j += 64)
+        for (int i = 0; i < 64; ++i)
+            y[i] += static_cast<float>(history[j + i]) * analysisWindow.c[j + i];
+    folded[0] = y[16];
+    for (int n = 1; n <= 16; ++n)
+        folded[n] = y[16 + n] + y[16 - n];
+    for (int n = 17; n < subbands; ++n)
+        folded[n] = y[16 + n] - y[80 - n];
+    dct3(folded, bands);
+}
+
+void analysis(const float* history, float* dst) {
+    float bands[subbands];
+    analyse(history, bands);
+    std::memcpy(dst, bands, sizeof bands);
+}
+
+void analysisFixed(const Zor16s* history, Zor32s* dst) {
+    using V = Lanes<maxLanes>;
+    float bands[subbands];
+    analyse(history, bands);
+    const V fromPcm = splat<V>(static_cast<float>(1 << fractionBits) / 32768.f);
+    for (int k = 0; k < subbands; k += maxLanes)
+        storeRounded(dst + k, load<V>(bands + k) * fromPcm);
+}
+
+} // namespace
+} // namespace zor::mp3
+
+template <>
+const zor::mp3::PqmfKernels& zor::kernelTable<zor::mp3::PqmfKernels, ZOR_PATH>() {
+    static constexpr mp3::PqmfKernels table{mp3::synthesis, mp3::synthesisFixed, mp3::analysis,
+                                            mp3::analysisFixed};
+    return table;
+}

@@ -1,0 +1,354 @@
+/** \file
+ * The quantiser of a layer III encoder: two loops, as in the informative annex of 11172-3.
+ *
+ * The inner one finds the finest global gain whose code fits the bits of the granule. The outer one measures
+ * the noise of every band and raises the scale factors of those where it exceeds what the model allows, until
+ * none does or a limit is met; the best of the attempts is kept.
+ */
+#include "common/check.h"
+#include "mp3/huffman_choice.h"
+#include "mp3/kernel_tables.h"
+#include "mp3/powers.h"
+#include "mp3/scalefactor.h"
+#include "tables/mp3_bitrate.h"
+#include "tables/mp3_samplerate.h"
+
+#include <bit>
+#include <cmath>
+
+namespace zor::mp3 {
+namespace {
+
+constexpr int mostPart23Length = 4095;
+constexpr int mostGain = 255;
+constexpr int gainOfOne = 210;    ///< a step of 1.0
+constexpr int stepsPerFactor = 2; ///< scalefac_scale 0
+constexpr int mostAttempts = 16;
+
+/** One granule of one channel: its bands with the noise that they may have, in units of the lines' square. */
+struct Band {
+    int begin, end, factor;
+    double allowed;
+};
+
+struct BandList {
+    int count = 0;
+    Band band[maxRuns];
+};
+
+BandList listBands(const BandLayout& layout, const Zor32s* xr, const ZorMP3PsychInfo& info) {
+    BandList list;
+    layout.forBands(lines, [&](int begin, int end, int factor, int band, int window) {
+        double energy = 0;
+        for (int i = begin; i < end; ++i)
+            energy += static_cast<double>(xr[i]) * xr[i];
+        const double ratio = window < 0 ? info.ratioLong[band] : info.ratioShort[band][window];
+        list.band[list.count++] = {begin, end, factor, energy * ratio};
+    });
+    return list;
+}
+
+/** Short bands from line, window to window, line: the inverse of the decoder's reordering. */
+void toStreamOrder(const BandLayout& layout, Zor32s* spectrum, Zor32s* buffer) {
+    const int begin = layout.shortStart();
+    for (int band = layout.firstShort; band < shortBands; ++band) {
+        const int width = layout.shortWidth(band), start = 3 * layout.shortBoundary[band];
+        for (int window = 0; window < 3; ++window)
+            for (int i = 0; i < width; ++i)
+                buffer[start + window * width + i] = spectrum[start + 3 * i + window];
+    }
+    std::copy(buffer + begin, buffer + lines, spectrum + begin);
+}
+
+/** How scale factors are sent: bits in all, and the field that says so. */
+struct FactorCode {
+    int bits = 0;
+    int compress = 0;
+};
+
+/** Bits that the largest factor of each run of a partition needs. */
+FactorPartition lengthsNeeded(FactorPartition partition, const Zor8s* factors) {
+    for (int group = 0, at = 0; group < 4; at += partition.count[group++]) {
+        int largest = 0;
+        for (int i = at; i < at + partition.count[group]; ++i)
+            largest = std::max<int>(largest, factors[i]);
+        partition.length[group] = std::bit_width(static_cast<unsigned>(largest));
+    }
+    return partition;
+}
+
+int bitsOf(const FactorPartition& partition) {
+    int bits = 0;
+    for (int group = 0; group < 4; ++group)
+        bits += partition.count[group] * partition.length[group];
+    return bits;
+}
+
+/** Of id 0: the run lengths are fields of their own, so each takes what it needs. False if one is too long.
+ */
+bool codeLsf(const ZorMP3SideInfo& side, const Zor8s* factors, bool intensityRight, FactorCode& code) {
+    ZorMP3SideInfo probe = side;
+    probe.scalefacCompress = side.scalefacCompress & intensityRight; // keeps the intensity scale
+    const FactorPartition need = lengthsNeeded(lsfPartition(probe, intensityRight), factors);
+    const int* const n = need.length;
+    const int limits[2][4] = {{4, 4, 3, 3}, {4, 5, 5, 0}};
+    for (int group = 0; group < 4; ++group)
+        if (n[group] > limits[intensityRight][group])
+            return false;
+    code.compress = intensityRight ? 2 * (36 * n[0] + 6 * n[1] + n[2]) + probe.scalefacCompress
+                                   : (5 * n[0] + n[1]) * 16 + n[2] * 4 + n[3];
+    code.bits = bitsOf(need);
+    return true;
+}
+
+/** Of id 1: the cheapest of the sixteen pairs of lengths that suffices. */
+bool codeMpeg1(const ZorMP3SideInfo& side, const Zor8s* factors, FactorCode& code) {
+    bool found = false;
+    for (int compress = 0; compress < 16; ++compress) {
+        ZorMP3SideInfo probe = side;
+        probe.scalefacCompress = compress;
+        const FactorPartition partition = mpeg1Partition(probe), need = lengthsNeeded(partition, factors);
+        if (!std::equal(need.length, need.length + 4, partition.length,
+                        [](int n, int have) { return n <= have; }))
+            continue;
+        if (const int bits = bitsOf(partition); !found || bits < code.bits)
+            code = {bits, compress};
+        found = true;
+    }
+    return found;
+}
+
+/** One attempt at a granule: the fields it sets and what comes of them. */
+struct Attempt {
+    ZorMP3SideInfo side;
+    Zor8s factors[codedFactors];
+    FactorCode factorCode;
+    HuffmanCost cost;
+    double excess; ///< noise above what is allowed, relative to it, summed over the bands
+};
+
+class GranuleQuantiser {
+  public:
+    /** `work` holds four times 576 values. */
+    GranuleQuantiser(const ZorMP3FrameHeader& header, const BandList& bands, const Zor32s* xr,
+                     bool intensityRight, Zor32s* work)
+        : m_header(header), m_bands(bands), m_xr(xr), m_intensityRight(intensityRight), m_values(work),
+          m_power(reinterpret_cast<float*>(work + lines)) {
+        m_kernel.power34(xr, m_power, lines);
+    }
+
+    /** The best attempt within `bits`; its values are left in `best`. */
+    Attempt run(const ZorMP3SideInfo& side, const Zor8s* factors, int bits, Zor32s* best) {
+        Attempt current{side, {}, {}, {}, 0};
+        Attempt kept{side, {}, {}, {}, -1}; // silence, where even that does not fit
+        std::fill(best, best + lines, 0);
+        std::copy(factors, factors + codedFactors, current.factors);
+        for (int i = 0; i < mostAttempts && codeFactors(current) && fit(current, bits); ++i) {
+            bool over[maxRuns]{};
+            const bool audible = measure(current, over);
+            if (kept.excess < 0 || current.excess < kept.excess) {
+                kept = current;
+                std::copy(m_values, m_values + lines, best);
+            }
+            if (!audible || !amplify(current, over))
+                break;
+        }
+        return kept;
+    }
+
+  private:
+    bool codeFactors(Attempt& attempt) const {
+        return m_header.id == 1
+                   ? codeMpeg1(attempt.side, attempt.factors, attempt.factorCode)
+                   : codeLsf(attempt.side, attempt.factors, m_intensityRight, attempt.factorCode);
+    }
+
+    int stepsOf(const Attempt& attempt, const Band& band) const {
+        const int factor = band.factor < 0 ? 0 : attempt.factors[band.factor];
+        return attempt.side.globalGain - gainOfOne - stepsPerFactor * factor;
+    }
+
+    /** Quantises with the attempt's gain. False if a value is too large or the code takes more than `bits`.
+     */
+    bool quantise(Attempt& attempt, int bits) {
+        ScaledRuns runs{};
+        for (int i = 0; i < m_bands.count; ++i) {
+            runs.end[i] = m_bands.band[i].end;
+            runs.scale[i] = quantiserScale(stepsOf(attempt, m_bands.band[i]));
+        }
+        runs.count = m_bands.count;
+        if (m_kernel.quantise(m_power, m_values, runs) >= largestQuantised)
+            return false;
+        attempt.cost = chooseHuffman(m_values, m_header, attempt.side);
+        return attempt.cost.bits <= bits;
+    }
+
+    /** The least gain that fits, by bisection; the last quantisation made is the one that counts. */
+    bool fit(Attempt& attempt, int bits) {
+        bits -= attempt.factorCode.bits;
+        if (bits < 0)
+            return false;
+        int low = 0, high = mostGain;
+        while (low < high) {
+            attempt.side.globalGain = (low + high) / 2;
+            if (quantise(attempt, bits))
+                high = attempt.side.globalGain;
+            else
+                low = attempt.side.globalGain + 1;
+        }
+        attempt.side.globalGain = low;
+        return quantise(attempt, bits);
+    }
+
+    /** Marks the bands whose noise is above what is allowed. */
+    bool measure(Attempt& attempt, bool* over) const {
+        bool any = false;
+        attempt.excess = 0;
+        for (int i = 0; i < m_bands.count; ++i) {
+            const Band& band = m_bands.band[i];
+            const float step = quarterPower(stepsOf(attempt, band) + 4 * fractionBits);
+            double noise = 0;
+            for (int line = band.begin; line < band.end; ++line) {
+                const double error = std::abs(static_cast<float>(m_xr[line])) -
+                                     fourThirds()[static_cast<std::size_t>(m_values[line])] * step;
+                noise += error * error;
+            }
+            over[i] = noise > band.allowed;
+            if (over[i]) {
+                attempt.excess += std::log2(noise / std::max(band.allowed, 1.0));
+                any = true;
+            }
+        }
+        return any;
+    }
+
+    /** Raises the factors of marked bands. False where none or every band would be raised. */
+    bool amplify(Attempt& attempt, const bool* over) const {
+        int raised = 0, raisable = 0;
+        for (int i = 0; i < m_bands.count; ++i) {
+            const int factor = m_bands.band[i].factor;
+            if (factor < 0)
+                continue;
+            ++raisable;
+            if (over[i]) {
+                ++attempt.factors[factor];
+                ++raised;
+            }
+        }
+        return raised > 0 && raised < raisable;
+    }
+
+    const ZorMP3FrameHeader& m_header;
+    const BandList& m_bands;
+    const Zor32s* m_xr;
+    bool m_intensityRight;
+    Zor32s* m_values;
+    float* m_power;
+    const QuantKernels& m_kernel = kernels<QuantKernels>();
+};
+
+/** Bits that a frame of this header has for the main data of one granule; 0 for a free or forbidden bit rate.
+ */
+int granuleBits(const ZorMP3FrameHeader& header) {
+    const int version = header.id == 1 ? 1 : 2;
+    int kbps = 0, hz = 1;
+    for (int row = 0; row < tables::mp3_bitrate::rows; ++row)
+        if (tables::mp3_bitrate::version_id[row] == version && tables::mp3_bitrate::layer[row] == 3 &&
+            tables::mp3_bitrate::index[row] == header.bitrateIndex)
+            kbps = tables::mp3_bitrate::kbps[row];
+    for (int row = 0; row < tables::mp3_samplerate::rows; ++row)
+        if (tables::mp3_samplerate::version_id[row] == version &&
+            tables::mp3_samplerate::index[row] == header.samplingFrequency)
+            hz = tables::mp3_samplerate::hz[row];
+    if (kbps == 0)
+        return 0;
+    const bool mono = header.mode == modeMono;
+    const int sideInfo = header.id == 1 ? (mono ? 17 : 32) : (mono ? 9 : 17);
+    const int overhead = 32 + (header.protectionBit == 0 ? 16 : 0) + 8 * sideInfo;
+    return static_cast<int>(kbps * 1000LL * lines / hz) - overhead / granulesOf(header);
+}
+
+/** The most bits that main_data_begin can reach back. */
+constexpr int reservoirLimit(int id) {
+    return id == 1 ? 511 * 8 : 255 * 8;
+}
+
+/**
+ * Bits for one channel: what the model asks for, but not below half of the even share, and above it only what
+ * leaves the channels still to come their share and part of the reservoir.
+ */
+int channelBits(int share, int left, int channelsLeft, double entropy) {
+    const int spare = std::max(left - share * channelsLeft, 0);
+    const int most = std::min({share + spare * 3 / 5, left, mostPart23Length});
+    return std::clamp(entropy > 0 ? static_cast<int>(std::min(entropy * 1.1, 1e6)) : 0,
+                      std::min(share / 2, most), most);
+}
+
+bool isQuantisable(const ZorMP3FrameHeader& header, const ZorMP3SideInfo* side, int reservoir) {
+    if (!isHeader(header) || header.bitrateIndex < 1 || header.bitrateIndex > 14 ||
+        granuleBits(header) <= 0 || reservoir < 0 || reservoir > reservoirLimit(header.id))
+        return false;
+    for (int granule = 0; granule < granulesOf(header); ++granule)
+        for (int channel = 0; channel < channelsOf(header); ++channel)
+            if (const int type = side[2 * granule + channel].blockType; type < 0 || type > 3)
+                return false;
+    return true;
+}
+
+/** The fields that say nothing, with the block fields of `side`. */
+ZorMP3SideInfo clearedSide(const ZorMP3SideInfo& side) {
+    ZorMP3SideInfo cleared{};
+    cleared.windowSwitching = side.windowSwitching;
+    cleared.blockType = side.blockType;
+    cleared.mixedBlock = side.mixedBlock;
+    cleared.scalefacCompress = side.scalefacCompress & 1;
+    return cleared;
+}
+
+} // namespace
+} // namespace zor::mp3
+
+extern "C" ZorStatus zorsQuantize_MP3_32s_I(Zor32s* srcDst, Zor8s* scaleFactor, int* countOneLen,
+                                            int* hufSize, const ZorMP3PsychInfo* psychInfo,
+                                            ZorMP3SideInfo* sideInfo, const ZorMP3FrameHeader* frameHeader,
+                                            int* reservoir, Zor32s* buffer) {
+    using namespace zor::mp3;
+    if (zor::anyNull(srcDst, buffer) || zor::anyNull(scaleFactor) || zor::anyNull(psychInfo) ||
+        zor::anyNull(sideInfo) || zor::anyNull(frameHeader) || zor::anyNull(countOneLen, hufSize, reservoir))
+        return zorStsNullPtrErr;
+    const ZorMP3FrameHeader& header = *frameHeader;
+    if (!isQuantisable(header, sideInfo, *reservoir))
+        return zorStsBadArgErr;
+    const int channels = channelsOf(header), mean = granuleBits(header);
+    for (int granule = 0; granule < granulesOf(header); ++granule) {
+        int left = mean + *reservoir;
+        for (int channel = 0; channel < channels; ++channel) {
+            const int at = 2 * granule + channel;
+            Zor32s* const xr = srcDst + at * lines;
+            Zor8s* const factors = scaleFactor + at * zorMP3ScaleFactors;
+            const bool intensityRight = channel == 1 && usesIntensity(header);
+            if (!intensityRight)
+                std::fill(factors, factors + codedFactors, Zor8s{0});
+            const ZorMP3SideInfo side = clearedSide(sideInfo[at]);
+            const BandLayout layout(BandTables{}, header, side);
+            toStreamOrder(layout, xr, buffer);
+            const BandList bands = listBands(layout, xr, psychInfo[at]);
+            GranuleQuantiser quantiser(header, bands, xr, intensityRight, buffer);
+            const int bits =
+                channelBits(mean / channels, left, channels - channel, psychInfo[at].perceptualEntropy);
+            Zor32s* const best = buffer + 2 * lines;
+            const Attempt result = quantiser.run(side, factors, bits, best);
+            for (int i = 0; i < lines; ++i)
+                xr[i] = xr[i] < 0 ? -best[i] : best[i];
+            std::copy(result.factors, result.factors + codedFactors, factors);
+            sideInfo[at] = result.side;
+            sideInfo[at].scalefacCompress = result.factorCode.compress;
+            sideInfo[at].part23Length = result.factorCode.bits + result.cost.bits;
+            countOneLen[at] = result.cost.countOneLen;
+            hufSize[at] = result.cost.bits;
+            left -= sideInfo[at].part23Length;
+        }
+        *reservoir = std::min(left, reservoirLimit(header.id));
+    }
+    return zorStsNoErr;
+}
