@@ -8,6 +8,7 @@
 #include "parameters/bxcacheiterator.h"
 #include "system/bxenvironment.h"
 #include "timing/bxtool.h"
+#include "timing/bxturns.h"
 
 #include <algorithm>
 
@@ -25,6 +26,7 @@ bxResult checkStatusOfCurrentTest(int status) {
 
 const bool s_statusCheckInstalled = [] {
     bxTool::m_pCheckStatus = checkStatusOfCurrentTest;
+    bxTurns::m_reseed = [] { kvVector::m_seed = firstSeed; };
     return true;
 }();
 

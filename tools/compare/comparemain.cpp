@@ -2,6 +2,7 @@
 #include "commandline.h"
 #include "comparison.h"
 #include "comparisonoutput.h"
+#include "pairmain.h"
 
 #include <filesystem>
 #include <iostream>
@@ -99,6 +100,8 @@ int compare(Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
+    if (asksForPair(argc, argv))
+        return runPair(argc, argv);
     CLI::App app(description, "benchex-compare");
     app.footer(
         "Exit status: 0 nothing is slower than allowed, 1 some row is, 2 the tables cannot be compared.");

@@ -17,6 +17,7 @@
 #include "timing/bxexception.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxsignal.h"
+#include "timing/bxturns.h"
 #include "timing/bxwatchdog.h"
 
 #include <algorithm>
@@ -203,6 +204,8 @@ void bxTest::recover(const char* message, int openMessages) {
     g_cstrm.tableFlush();
     if (!m_announced)
         announce();
+    if (bxTurns* const side = bxTurns::side())
+        side->fault(message);
     g_ostrm << ERR << message << " in " << step << "\n" << endMessage;
     g_cstrm.linePostponeOut(m_numResultColm + m_numParmsColm);
 }
@@ -289,6 +292,9 @@ bool bxTest::nextCombination() {
         return false;
     }
     firstIteration = false;
+    // A cache iterator learns from the data of every size.
+    if (bxTurns* const side = bxTurns::side(); side && !side->nextCombination() && !cacheIter)
+        return true;
     m_dataLive = true;
     if (buildStep("initData", [this] { return initData(); }))
         processCombination();
@@ -323,20 +329,26 @@ void bxTest::processCombination() {
  * could not survive. Where there is no such loop, the engine sees to it in its own untimed call.
  */
 void bxTest::checkRegisters() {
-    if (!funcCall || (!funcLoop && !funcStat))
-        return;
-    bxTraced("zorFunctionCalls", [this] {
+    if (funcCall && (funcLoop || funcStat))
+        callOnce();
+}
+
+int bxTest::callOnce() {
+    return bxTraced("zorFunctionCalls", [this] {
         g_callWatch.start();
         bxEnterCalls();
         if (initFunc)
             initFunc();
-        g_callWatch.call(funcCall);
+        const int status = g_callWatch.call(funcCall);
         bxLeaveCalls();
         g_callWatch.stop();
+        return status;
     });
 }
 
 void bxTest::timeCombination() {
+    if (bxTurns* const side = bxTurns::side())
+        return compareCombination(*side);
     printAllMemoryBlocks("before function calls");
     OldOutLevel = g_ostrm.outLevel();
     initCtrlStatus();
@@ -357,4 +369,27 @@ void bxTest::timeCombination() {
     r = std::max(r, checkCtrlStatus());
     raiseResult(counted(r));
     outputResult(r);
+}
+
+/** The present combination as one side of a comparison; the figures are those of who compares. */
+void bxTest::compareCombination(bxTurns& side) {
+    if (!side.wanted())
+        return;
+    initCtrlStatus();
+    g_callWatch.init();
+    bxString parameters;
+    for (const bxParameter* parm : parms)
+        parameters << (parameters.empty() ? "" : " ") << parm->name() << "=" << parm->valueString();
+    if (cacheIter)
+        parameters << " " << cacheIter->getComment();
+    side.beginCombination(parameters);
+    bxStartWatchdog();
+    int status = 0;
+    if (funcCall)
+        status = callOnce();
+    side.calledOnce(status);
+    const bxResult r = bxTraced("runTiming", [this] { return runTiming(); });
+    bxStopWatchdog();
+    bxResetFpState();
+    raiseResult(std::max(r, OK));
 }

@@ -19,6 +19,7 @@
 
 class bxConditions;
 class bxObject;
+class bxTurns;
 
 /**
  * One test. `run` is its whole life in a session: it announces the test, lets it register its parameters,
@@ -206,7 +207,10 @@ class bxTest {
     bool nextCombination();
     void processCombination();
     void checkRegisters();
+    /** Outside what is timed; returns the function's status. */
+    int callOnce();
     void timeCombination();
+    void compareCombination(bxTurns& side);
     bool repeatWithNewSize();
 
     /** Raises the running result. */

@@ -5,6 +5,7 @@
 #include "framework/bxprogress.h"
 #include "framework/bxtest.h"
 #include "output/bxostream.h"
+#include "timing/bxturns.h"
 
 #include <algorithm>
 #include <string_view>
@@ -51,11 +52,16 @@ bool bxTestList::runTests(bxConditions& conditions) {
         if (!test->tobeRun(conditions) || test->name.find(m_startFunc, 0) < 0)
             continue;
         m_startFunc = "";
+        bxTurns* const side = bxTurns::side();
+        if (side && !side->beginTest(test->name))
+            continue;
         m_pCurrentTest = test;
         progress.beforeTest(test->name);
         beforeTest();
         const bxResult r = test->run();
         afterTest(test);
+        if (side)
+            side->endTest(r);
         progress.afterTest();
         // A test that stopped before it measured still holds the mark of its entry.
         if (r != UNDEFINED || test->result != OK)

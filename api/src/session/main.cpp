@@ -2,6 +2,7 @@
 #include "output/bxtrace.h"
 #include "session/bxregister.h"
 #include "session/bxsession.h"
+#include "timing/bxturns.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -24,6 +25,7 @@ int main(int argc, char** argv) {
     keepStandardStreams();
     // A reader that has left ends neither the measurements nor the signal file.
     std::signal(SIGPIPE, SIG_IGN);
+    bxTurns::start();
 
     g_trace.traceIn("main");
     std::optional<bxSession> defaultSession;

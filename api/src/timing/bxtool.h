@@ -153,6 +153,8 @@ class bxTool {
     bxResult continueIterations(int n, int max);
     bxResult repeatTiming(int n, int count);
     void preciseTiming();
+    /** As one side of a comparison, whatever the method. */
+    void timingInTurns();
     int callsOfSlice();
     bxSliceSeries measureSlices(int calls);
     bool statusIsBadAndAvoidable() const;

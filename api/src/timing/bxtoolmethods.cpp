@@ -9,6 +9,7 @@
 #include "timing/bxinternalerror.h"
 #include "timing/bxtool.h"
 #include "timing/bxtooltext.h"
+#include "timing/bxturns.h"
 
 #include <algorithm>
 #include <climits>
@@ -46,6 +47,10 @@ bxResult bxTool::timing(bxFuncLoop loop, bxFuncStat stat, bxFuncCall call, bxFun
         funcStat = nullptr;
         funcCall = bxCallWatch::shield(call);
     }
+    if (bxTurns::side()) {
+        traced("timingInTurns", [this] { timingInTurns(); });
+        return result;
+    }
     if (precise && (funcLoop || funcCall)) {
         traced("preciseTiming", [this] { preciseTiming(); });
         return result;
@@ -74,6 +79,19 @@ bxResult bxTool::timing(bxFuncLoop loop, bxFuncStat stat, bxFuncCall call, bxFun
     default:
         return result = bxInternalError();
     }
+}
+
+void bxTool::timingInTurns() {
+    const auto sampler = [this](int calls) {
+        double perCall = 0;
+        if (funcLoop || funcCall)
+            runTimFunc(calls, &perCall);
+        else
+            runTimFuncStat(0, &calls, &perCall);
+        return bxIsFailure(result) ? 0 : perCall;
+    };
+    if (!bxTurns::side()->measure(sampler))
+        updateResult(FAIL);
 }
 
 bxResult bxTool::customLoopTiming() {

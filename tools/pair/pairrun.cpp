@@ -1,0 +1,252 @@
+#include "pairrun.h"
+
+#include "examination.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <fcntl.h>
+#include <memory>
+#include <sched.h>
+#include <unistd.h>
+
+using namespace bxTurnsForm;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+/** Clocks of a stretch: some 15 microseconds. A change of process costs about a third of that. */
+constexpr double stretchClocks = 33'000;
+/** Stretches of each side in a round, with the one that warms up. */
+constexpr int fewestTurns = 5;
+constexpr int usualTurns = 21;
+constexpr int mostTurns = 121;
+/** Clocks that the stretches of a round should take, so that the start of its processes is not most of it. */
+constexpr double worthwhile = 30e6;
+/** Rounds in a row that may give nothing before a row is given up. */
+constexpr int mostMissed = 3;
+constexpr int mostCalls = 1 << 20;
+/** Rows on which the sides differ by more have stretches of the same time, others of the same calls. */
+constexpr double similar = 1.5;
+
+double secondsSince(Moment start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+int callsFor(double clocks) {
+    return std::clamp(static_cast<int>(stretchClocks / clocks + 0.5), 1, mostCalls);
+}
+
+/** Two pipe ends. */
+struct Pipe {
+    Pipe() {
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0)
+            throw PairError("no pipe for the two sides");
+        in = Descriptor(ends[0]);
+        out = Descriptor(ends[1]);
+    }
+    Descriptor in, out;
+};
+
+/** The last core that this process may use; it keeps to the others itself, if there are any. */
+int coreForSides() {
+    cpu_set_t cores;
+    if (sched_getaffinity(0, sizeof cores, &cores) != 0)
+        return -1;
+    int last = -1;
+    for (int core = 0; core < CPU_SETSIZE; ++core)
+        if (CPU_ISSET(static_cast<unsigned>(core), &cores))
+            last = core;
+    if (CPU_COUNT(&cores) > 1) {
+        CPU_CLR(static_cast<unsigned>(last), &cores);
+        sched_setaffinity(0, sizeof cores, &cores);
+    }
+    return last;
+}
+
+/** Rounds over the rows that are still open. */
+class Rounds {
+  public:
+    Rounds(const Sides& sides, const PairRules& rules, Moment start, PairResult& result)
+        : m_sides(sides), m_rules(rules), m_start(start), m_result(result), m_random(rules.seed),
+          m_looks(rules.alpha, result.rows.size()), m_core(coreForSides()) {}
+
+    bool open() const {
+        return !interrupted() && secondsSince(m_start) < m_rules.seconds &&
+               std::any_of(m_result.rows.begin(), m_result.rows.end(),
+                           [](const RowProgress& row) { return row.open(); });
+    }
+
+    void round() {
+        m_open.clear();
+        for (RowProgress& row : m_result.rows)
+            if (row.open())
+                m_open.push_back(&row);
+        makePlan();
+        const int starter = static_cast<int>(m_random() % 2);
+        const bool complete = run(starter);
+        ++m_result.rounds;
+        collect(complete);
+    }
+
+    /** What is known when no more rounds come. */
+    void conclude() {
+        for (RowProgress& row : m_result.rows)
+            if (row.judgement.centre.low == row.judgement.centre.high || row.open())
+                judge(row);
+    }
+
+  private:
+    int turnsOf(const RowProgress& row) const {
+        const double stretch =
+            std::max(stretchClocks, std::max(row.row.before().clocks, row.row.after().clocks));
+        const double each = worthwhile / static_cast<double>(m_open.size()) / 2 / stretch;
+        // Calls of a millisecond make a round long by themselves.
+        const double fewer = std::min(1.0 * usualTurns, usualTurns * std::sqrt(stretchClocks / stretch));
+        return std::clamp(static_cast<int>(std::max(each, fewer)), fewestTurns, mostTurns);
+    }
+
+    void makePlan() {
+        std::size_t stretches = 0;
+        for (const RowProgress* row : m_open)
+            stretches += 2 * static_cast<std::size_t>(turnsOf(*row));
+        m_plan.emplace(takeTurns, m_open.size(), stretches);
+        m_plan->head().core = m_core;
+        m_plan->head().timeLimit = m_rules.timeLimit;
+        m_plan->head().heapOffset = static_cast<int>(m_random() % 4096) * 16;
+        int next = 0;
+        for (std::size_t i = 0; i < m_open.size(); ++i) {
+            Row& row = m_plan->rows()[i];
+            const auto& sides = m_open[i]->row.sides;
+            const double clocks[2] = {sides[0]->clocks, sides[1]->clocks};
+            const bool alike = std::max(clocks[0], clocks[1]) < similar * std::min(clocks[0], clocks[1]);
+            for (std::size_t side = 0; side < 2; ++side) {
+                row.place[side] = sides[side]->place;
+                row.calls[side] = callsFor(alike ? (clocks[0] + clocks[1]) / 2 : clocks[side]);
+            }
+            row.turns = turnsOf(*m_open[i]);
+            row.first = next;
+            next += 2 * row.turns;
+        }
+    }
+
+    /** One pair of processes; false when it did not come to its end. */
+    bool run(int starter) {
+        const Placement placement{0, static_cast<int>(m_random() % 256) * 16};
+        std::array<Pipe, 2> tokens; // to each side
+        const Descriptor log(temporaryFile());
+        const Descriptor listing(temporaryFile());
+        std::vector<std::unique_ptr<SideProcess>> processes;
+        const Moment begin = Clock::now();
+        for (std::size_t side = 0; side < 2; ++side) {
+            SideChannels channels;
+            channels.plan = m_plan->descriptor();
+            channels.log = log.number();
+            channels.listing = listing.number();
+            channels.tokenIn = tokens[side].in.number();
+            channels.tokenOut = tokens[1 - side].out.number();
+            processes.push_back(
+                std::make_unique<SideProcess>(m_sides, static_cast<int>(side), channels, placement));
+        }
+        const char token = 1;
+        const auto given = write(tokens[static_cast<std::size_t>(starter)].out.number(), &token, 1);
+        for (Pipe& pipe : tokens) { // the end of a side is to be seen by the other one
+            pipe.in.reset();
+            pipe.out.reset();
+        }
+        const bool complete = given == 1 && wait(processes);
+        account(processes, secondsSince(begin));
+        m_messages = {};
+        const MappedFile entries(log.number());
+        readLog(entries.bytes(), m_messages);
+        return complete;
+    }
+
+    bool wait(std::vector<std::unique_ptr<SideProcess>>& processes) {
+        long long progress = 0;
+        Moment last = Clock::now();
+        bool hangs = false;
+        waitFor(processes, [&] {
+            const long long now = m_plan->progress();
+            if (now != progress)
+                last = Clock::now();
+            progress = now;
+            hangs = secondsSince(last) > 2 * m_rules.timeLimit + 2;
+            return !hangs && secondsSince(m_start) < m_rules.seconds;
+        });
+        return !hangs;
+    }
+
+    void account(const std::vector<std::unique_ptr<SideProcess>>& processes, double seconds) {
+        m_processorTime += processes[0]->processorTime() + processes[1]->processorTime();
+        m_result.seconds += seconds;
+        m_result.ownShare = std::min(1.0, m_processorTime / m_result.seconds);
+    }
+
+    void collect(bool complete) {
+        const int reached = std::min(m_plan->head().position[0], m_plan->head().position[1]);
+        for (std::size_t i = 0; i < m_open.size(); ++i) {
+            RowProgress& progress = *m_open[i];
+            const Row& row = m_plan->rows()[i];
+            const bool whole = row.taken[0] == row.turns && row.taken[1] == row.turns;
+            const auto value = whole ? ratioOfRound(m_plan->clocks(row, row.starter),
+                                                    m_plan->clocks(row, 1 - row.starter), row.starter == 0)
+                                     : std::nullopt;
+            if (value) {
+                progress.missed = 0;
+                progress.rounds.push_back(*value);
+                if (static_cast<int>(progress.rounds.size()) >= progress.nextLook)
+                    judge(progress);
+            } else if (!complete && static_cast<int>(i) == reached) {
+                progress.trouble = "a side did not return within the time limit";
+            } else if (complete && ++progress.missed >= mostMissed) {
+                progress.trouble = "one side does not come to it";
+            }
+        }
+    }
+
+    void judge(RowProgress& row) {
+        const int rounds = static_cast<int>(row.rounds.size());
+        row.judgement =
+            judgeRounds(row.rounds, m_looks.alphaAt(rounds), m_rules.threshold, row.judgement.verdict);
+        row.nextLook = Looks::next(rounds);
+    }
+
+    const Sides& m_sides;
+    const PairRules& m_rules;
+    Moment m_start;
+    PairResult& m_result;
+    std::mt19937 m_random;
+    Looks m_looks;
+    int m_core;
+    std::vector<RowProgress*> m_open;
+    std::optional<SidePlan> m_plan;
+    Examination m_messages;
+    double m_processorTime = 0;
+};
+
+} // namespace
+
+PairResult runRounds(const Sides& sides, const PairRows& rows, const PairRules& rules, Moment start,
+                     const PairObserver& observer) {
+    PairResult result;
+    for (const PairRow& row : rows.both) {
+        RowProgress progress;
+        progress.row = row;
+        for (std::size_t side = 0; side < 2; ++side)
+            if (!(row.sides[side]->clocks > 0))
+                progress.trouble =
+                    std::string(sideNames[side]) + ": " +
+                    (row.sides[side]->trouble.empty() ? "not timed" : row.sides[side]->trouble);
+        result.rows.push_back(std::move(progress));
+    }
+    Rounds rounds(sides, rules, start, result);
+    while (rounds.open()) {
+        rounds.round();
+        observer(result);
+    }
+    rounds.conclude();
+    result.interrupted = interrupted();
+    return result;
+}
