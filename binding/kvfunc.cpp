@@ -274,6 +274,12 @@ kvType kvFunc::stringToType(const bxString& text) {
     return row == typeNames.end() ? kvUndef : row->type;
 }
 
+kvFuncCells::kvFuncCells(const kvFunc& func) {
+    bxString base;
+    func.parseFunction(base, types, descr);
+    function = func.prefix() + base;
+}
+
 void kvFunc::updateTypes(kvType&, kvType&, kvType&, kvType&) const {}
 
 void kvFunc::updateChannels(int&, int&) const {}

@@ -83,4 +83,13 @@ class kvFunc : public bxString {
     bxString descrFlags() const;
 };
 
+/** The three cells that a function's name fills in a table. */
+struct kvFuncCells {
+    explicit kvFuncCells(const kvFunc& func);
+
+    bxString function; /**< prefix and base name */
+    bxString types;
+    bxString descr;
+};
+
 #endif

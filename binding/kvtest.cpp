@@ -11,6 +11,7 @@
 #include "timing/bxturns.h"
 
 #include <algorithm>
+#include <vector>
 
 bool kvTest::m_checkErrorsOnly = false;
 
@@ -24,6 +25,53 @@ bxResult checkStatusOfCurrentTest(int status) {
     return test != nullptr ? test->checkStatus(status) : kvTest::checkStatus(status, "");
 }
 
+bxString statusTitle(ZorStatus status, const bxString& function) {
+    bxString title(status < 0 ? "--ZOR ERROR. " : "--ZOR WARNING. ");
+    title << "status = " << status;
+    if (function.length() > 0)
+        title << " in " << function;
+    return title;
+}
+
+/** The warnings of one measurement. */
+class Warnings {
+  public:
+    /** From now on, or no more, a repeated warning is one to be counted. */
+    void count(bool on) {
+        m_counting = on;
+        m_seen.clear();
+    }
+
+    /** Whether a warning is to be shown: the first time while they are counted. */
+    bool isNew(ZorStatus status, const bxString& function) {
+        if (!m_counting)
+            return true;
+        for (Seen& seen : m_seen)
+            if (seen.status == status && seen.function == function)
+                return ++seen.times == 1;
+        m_seen.push_back({status, function, 1});
+        return true;
+    }
+
+    void tellRepeated() const {
+        for (const Seen& seen : m_seen)
+            if (seen.times > 1)
+                g_ostrm << WARN << statusTitle(seen.status, seen.function) << ": " << seen.times << " times\n"
+                        << endMessage;
+    }
+
+  private:
+    struct Seen {
+        ZorStatus status;
+        bxString function;
+        int times;
+    };
+    std::vector<Seen> m_seen;
+    bool m_counting = false;
+};
+
+Warnings s_warnings;
+
 const bool s_statusCheckInstalled = [] {
     bxTool::m_pCheckStatus = checkStatusOfCurrentTest;
     bxTurns::m_reseed = [] { kvVector::m_seed = firstSeed; };
@@ -35,7 +83,16 @@ const bool s_statusCheckInstalled = [] {
 bxResult kvTest::run() {
     m_checkErrorsOnly = false;
     kvVector::m_seed = firstSeed;
+    s_warnings.count(false);
     return bxTest::run();
+}
+
+bxResult kvTest::runTiming() {
+    s_warnings.count(true);
+    const bxResult r = bxTest::runTiming();
+    s_warnings.tellRepeated();
+    s_warnings.count(false);
+    return r;
 }
 
 int kvTest::compareFunc(const bxTest* other) const {
@@ -43,9 +100,7 @@ int kvTest::compareFunc(const bxTest* other) const {
 }
 
 void kvTest::funcToCstrm() {
-    bxString base, types, descr;
-    m_func.parseFunction(base, types, descr);
-    g_cstrm << m_func.prefix() + base << types << descr;
+    g_cstrm << m_cells.function << m_cells.types << m_cells.descr;
 }
 
 bool kvTest::isFloatFunction() {
@@ -72,13 +127,12 @@ bxResult kvTest::checkStatus(ZorStatus status, bxString funcName) {
     if (status == 0 || (status > 0 && m_checkErrorsOnly))
         return OK;
     const bool error = status < 0;
-    g_ostrm << (error ? ERR : WARN) << (error ? "--ZOR ERROR. " : "--ZOR WARNING. ") << "status = ";
-    tsOutTpl<int>(g_ostrm, status);
-    if (funcName.length() > 0)
-        g_ostrm << " in " << funcName;
-    // Before the session has set up the environment there is only the harness's own text.
-    const auto statusText = zor_GetStatusString != nullptr ? zor_GetStatusString : s_zorGetStatusString;
-    g_ostrm << ": " << statusText(status) << "\n" << endMessage;
+    if (error || s_warnings.isNew(status, funcName)) {
+        // Before the session has set up the environment there is only the harness's own text.
+        const auto statusText = zor_GetStatusString ? zor_GetStatusString : s_zorGetStatusString;
+        g_ostrm << (error ? ERR : WARN) << statusTitle(status, funcName) << ": " << statusText(status) << "\n"
+                << endMessage;
+    }
 
     const bxResult result = error ? FUNCFAIL : FUNCWRN;
     const bool hiddenWarning = !error && static_cast<int>(g_ostrm.outLevel()) <= static_cast<int>(ERR);

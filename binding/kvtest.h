@@ -31,6 +31,8 @@ class kvTest : public bxTest {
     bool isFloatFunction() override;
     int printAllMemoryBlocks(bxString title) override;
     bxString regInfo() override;
+    /** A warning of the library that comes again in a measurement is counted instead of shown again. */
+    bxResult runTiming() override;
 
     virtual void printFirstDebugLine(bxString title);
     virtual void printLastDebugLine(bxString title);
@@ -56,7 +58,8 @@ class kvTest : public bxTest {
     static bool m_checkErrorsOnly;
 
   protected:
-    kvFunc m_func{name}; /**< the function under test */
+    kvFunc m_func{name};               /**< the function under test */
+    const kvFuncCells m_cells{m_func}; /**< its name in tables, parsed once */
 };
 
 #endif

@@ -1,7 +1,7 @@
 #include "kvvector.h"
 
 #include "data/bxalloc.h"
-#include "framework/bxtest.h"
+#include "data/bxplacement.h"
 #include "kvelements.h"
 
 #include <array>
@@ -58,24 +58,21 @@ kvVector::~kvVector() {
 void kvVector::init(kvType type) {
     deleteVector();
     m_type = type;
-    m_descr = kvFunc(bxString("_") + kvFunc::typeToString(type) + "_");
 }
 
 void kvVector::init(const kvFunc& func, int arg) {
     init(func.type(arg));
-    m_descr += func.channelsName(arg);
 }
 
 void kvVector::init(const kvFunc& func, kvArg arg) {
     init(func.type(arg));
-    m_descr += arg == kvArgSrc ? func.srcChannelsName() : func.dstChannelsName();
 }
 
 bool kvVector::createVector(int len, int align, void* owner) {
-    const long long bytes = static_cast<long long>(len) * itemSize();
-    if (bytes > std::numeric_limits<int>::max()) {
+    const long long bytes = static_cast<long long>(len) * kvElementSize(m_type);
+    if (bytes != static_cast<int>(bytes)) {
         deleteVector();
-        return memError(std::numeric_limits<int>::max());
+        return bxDataError(bxString() << len << " elements of " << kvElementSize(m_type) << " bytes");
     }
     if (!allocateVector(static_cast<int>(bytes), align, owner))
         return false;
@@ -99,10 +96,9 @@ bool kvVector::allocateVector(int bytes, int align, void* owner) {
     deleteVector();
     if (bytes <= 0)
         return memError(bytes);
-    if (align < 0)
-        align = bxGetAlignByByte() ? -1 : -itemSize();
     m_owner = owner != nullptr ? owner : static_cast<bxObject*>(this);
-    m_data = bxTest::allocate(bytes, align, m_owner);
+    m_data = g_placement.allocate(bytes, align < 0 ? g_placement.ruledAlign(kvElementSize(m_type)) : align,
+                                  m_owner);
     if (!m_data)
         return false;
     std::memset(m_data, 0, static_cast<std::size_t>(bytes));
@@ -114,7 +110,7 @@ void kvVector::deleteVector() {
     // After a fault the harness frees what the test left: the address may be somebody else's by now.
     void* owner = nullptr;
     if (m_data && bxMallocInfo(m_data, nullptr, &owner) && owner == m_owner)
-        bxTest::deallocate(m_data);
+        bxFree(m_data);
     m_data = nullptr;
     m_length = 0;
     setTypedPointer(nullptr);
@@ -173,12 +169,13 @@ bxString kvVector::objectInfo() const {
 }
 
 int kvVector::size() const {
-    return m_length * itemSize();
+    return m_length * kvElementSize(m_type);
 }
 
 void* kvVector::getPointerAt(int i) const {
-    return m_data == nullptr ? nullptr
-                             : static_cast<char*>(m_data) + static_cast<std::ptrdiff_t>(i) * itemSize();
+    return m_data == nullptr
+               ? nullptr
+               : static_cast<char*>(m_data) + static_cast<std::ptrdiff_t>(i) * kvElementSize(m_type);
 }
 
 void kvVector::setConst() {

@@ -75,7 +75,7 @@ class kvVector : public bxObject {
 
     /** Drops the data and sets the type. */
     void init(kvType type);
-    /** Takes type and channel code from the n-th argument of a function. */
+    /** Takes the type of the n-th argument of a function. */
     void init(const kvFunc& func, int arg);
     void init(const kvFunc& func, kvArg arg);
 
@@ -127,13 +127,11 @@ class kvVector : public bxObject {
 
   private:
     void setTypedPointer(void* data);
-    int itemSize() const { return item(m_descr); }
 
     void* m_data = nullptr;
     void* m_owner = nullptr;
     void* m_reserved = nullptr;
     int m_length = 0;
-    kvFunc m_descr;
     kvType m_type = kvUndef;
 };
 

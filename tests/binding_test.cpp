@@ -302,7 +302,9 @@ TEST(Vector, RefusesEmptyAndOverlargeSizes) {
     EXPECT_FALSE(vector.createVector(0, 0));
     EXPECT_EQ(capture.text(), "-- Memory error: can't allocate 0 bytes\n");
     EXPECT_FALSE(vector.createVector(-3, 0));
+    Capture overlarge(ERR);
     EXPECT_FALSE(vector.createVector(1 << 30, 0));
+    EXPECT_EQ(overlarge.text(), "-- Data error: no block can hold 1073741824 elements of 4 bytes\n");
     EXPECT_EQ(vector.data(), nullptr);
 }
 

@@ -115,6 +115,29 @@ TEST(Status, IsReportedAndGraded) {
     zor_GetStatusString = saved;
 }
 
+bxResult warnThreeTimes(int, long long* clocks) {
+    for (int i = 0; i < 3; ++i)
+        kvTest::checkStatus(i < 2 ? 3 : 4, "f");
+    *clocks = 1000;
+    return kvTest::checkStatus(3, "g");
+}
+
+TEST(Status, ARepeatedWarningIsCounted) {
+    const auto saved = zor_GetStatusString;
+    zor_GetStatusString = scriptedStatusText;
+    kvTest test(scripted, nullptr, warnThreeTimes, nullptr, "zorsX", "p", "T");
+    test.tool.method = bxTool::methodLoop;
+    for (int measurement = 0; measurement < 2; ++measurement) {
+        Capture capture(static_cast<OutputLevel>(7));
+        EXPECT_EQ(test.runTiming(), FUNCWRN);
+        EXPECT_EQ(capture.text(), "--ZOR WARNING. status = 3 in f: a text\n"
+                                  "--ZOR WARNING. status = 4 in f: a text\n"
+                                  "--ZOR WARNING. status = 3 in g: a text\n"
+                                  "--ZOR WARNING. status = 3 in f: 2 times\n");
+    }
+    zor_GetStatusString = saved;
+}
+
 TEST(LibraryTest, WritesThreeFunctionCellsAndKnowsFloat) {
     struct FlopTest : kvTest {
         using kvTest::kvTest;

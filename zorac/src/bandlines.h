@@ -4,7 +4,7 @@
 #ifndef BANDLINES_H
 #define BANDLINES_H
 
-#include "suitedata.h"
+#include "suitetest.h"
 
 #include <vector>
 
@@ -14,11 +14,11 @@ struct BandLines {
     std::vector<Zor32f*> reList, imList;
     std::vector<Zor32fc*> pairList;
 
-    /** `place` is that of the first of the three vectors. */
-    bool create(int lines, int width, int place) {
+    /** As vectors of a test; `first`: the first one is also the first of the combination. */
+    bool create(SuiteTest& test, int lines, int width, bool first) {
         const int len = lines * width;
-        if (!makeVector(re, kv32f, len, place) || !makeVector(im, kv32f, len, place + 1) ||
-            !makeVector(pairs, kv32fc, len, place + 2))
+        if (!(first ? test.makeFirst(re, kv32f, len) : test.make(re, kv32f, len)) ||
+            !test.make(im, kv32f, len) || !test.make(pairs, kv32fc, len))
             return false;
         reList.clear();
         imList.clear();
@@ -36,11 +36,6 @@ struct BandLines {
         reList[static_cast<std::size_t>(line)][band] = real;
         imList[static_cast<std::size_t>(line)][band] = imaginary;
         pairList[static_cast<std::size_t>(line)][band] = {real, imaginary};
-    }
-
-    void free() {
-        for (kvVector* vector : {&re, &im, &pairs})
-            vector->deleteVector();
     }
 };
 

@@ -4,8 +4,8 @@
 #ifndef MP3SUITE_H
 #define MP3SUITE_H
 
-#include "suitedata.h"
 #include "suiteparms.h"
+#include "suitetest.h"
 #include "zorac.h"
 
 /** Block type in the high four bits, mixed-block flag below. */
@@ -94,24 +94,6 @@ inline ZorMP3SideInfo mp3SideInfo(int block) {
     side.blockType = block >> 4;
     side.mixedBlock = (block & 7) != 0;
     return side;
-}
-
-/** A test that reports clocks per element; `initData` sets the divisor. */
-class Mp3Test : public PerElementTest {
-  public:
-    using PerElementTest::PerElementTest;
-    double getDivisor() override { return m_divisor; }
-
-  protected:
-    int m_divisor = 1;
-};
-
-/** A test that reports clocks per call. */
-using Mp3UnpackTest = DivisorCellTest;
-
-inline void deleteVectors(std::initializer_list<kvVector*> vectors) {
-    for (kvVector* vector : vectors)
-        vector->deleteVector();
 }
 
 #endif

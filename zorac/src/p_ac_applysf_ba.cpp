@@ -2,10 +2,10 @@
 #include "zorcore.h"
 
 #include "scalarloop.h"
-#include "suitedata.h"
 #include "zors.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 
 namespace {
@@ -31,20 +31,17 @@ class TimApply : public ScalarLoopTest {
     }
 
     bool flushData() override {
-        s_data.deleteVector();
-        s_factors.deleteVector();
         std::free(s_bandEnd);
         s_bandEnd = nullptr;
-        return true;
+        return ScalarLoopTest::flushData();
     }
-
-    double getDivisor() override { return s_maxValue.value(); }
 
   protected:
     bool createData() override {
+        m_divisor = s_maxValue.value();
         s_numBands = s_bands.value();
-        return makeVector(s_data, kv32f, s_maxValue.value()) && makeVector(s_factors, kv32f, s_numBands, 1) &&
-               fill();
+        return within({{s_maxValue, 1, INT_MAX}, {s_bands, 1, INT_MAX}}) &&
+               makeFirst(s_data, kv32f, m_divisor) && make(s_factors, kv32f, s_numBands) && fill();
     }
 
   private:

@@ -2,8 +2,9 @@
 #include "zorcore.h"
 
 #include "scalarloop.h"
-#include "suitedata.h"
 #include "zors.h"
+
+#include <climits>
 
 namespace {
 
@@ -26,19 +27,12 @@ class TimCalc : public ScalarLoopTest {
         return true;
     }
 
-    bool flushData() override {
-        s_factors.deleteVector();
-        s_gains.deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return s_len; }
-
   protected:
     bool createData() override {
-        s_len = s_length.value();
+        m_divisor = s_len = s_length.value();
         s_offset = s_offsets.value();
-        if (!makeVector(s_factors, kv16s, s_len) || !makeVector(s_gains, kv32f, s_len, 1))
+        if (!within({{s_length, 1, INT_MAX}, {s_offsets, -SHRT_MAX, SHRT_MAX}}) ||
+            !makeFirst(s_factors, kv16s, s_len) || !make(s_gains, kv32f, s_len))
             return false;
         s_factors.setRandom(0, 60);
         return true;

@@ -25,15 +25,10 @@ class TimDeinterleave : public ScalarLoopTest {
         return true;
     }
 
-    bool flushData() override {
-        s_data.free();
-        return true;
-    }
-
-    double getDivisor() override { return s_data.channels * s_data.len; }
+    double getDivisor() override { return static_cast<double>(s_data.channels) * s_data.len; }
 
   protected:
-    bool createData() override { return s_data.create(m_func.type(1), s_channels.value(), s_length.value()); }
+    bool createData() override { return s_data.create(*this, m_func.type(1), s_channels, s_length); }
 };
 
 int tcall_zorsDeinterleave_16s() {

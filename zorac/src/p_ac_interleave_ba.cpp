@@ -23,14 +23,9 @@ class TimInterleave : public PerElementTest {
         return true;
     }
 
-    bool initData() override { return s_data.create(m_func.type(1), s_channels.value(), s_length.value()); }
+    bool initData() override { return s_data.create(*this, m_func.type(1), s_channels, s_length); }
 
-    bool flushData() override {
-        s_data.free();
-        return true;
-    }
-
-    double getDivisor() override { return s_data.channels * s_data.len; }
+    double getDivisor() override { return static_cast<double>(s_data.channels) * s_data.len; }
 };
 
 int tcall_zorsInterleave_16s() {

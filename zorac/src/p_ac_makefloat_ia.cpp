@@ -1,9 +1,11 @@
 // Conversion of samples to float.
 #include "zorcore.h"
 
-#include "suitedata.h"
 #include "suiteparms.h"
+#include "suitetest.h"
 #include "zors.h"
+
+#include <climits>
 
 namespace {
 
@@ -23,17 +25,10 @@ class Timac_MakeFloat : public PerElementTest {
     }
 
     bool initData() override {
-        s_len = s_length.value();
-        return makeVector(s_src, kv16s, s_len) && makeVector(s_dst, kv32f, s_len, 1);
+        m_divisor = s_len = s_length.value();
+        return within({{s_length, 1, INT_MAX}}) && makeFirst(s_src, kv16s, s_len) &&
+               make(s_dst, kv32f, s_len);
     }
-
-    bool flushData() override {
-        s_src.deleteVector();
-        s_dst.deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return s_len; }
 };
 
 int tcall_zorsMakeFloat_16s32f() {

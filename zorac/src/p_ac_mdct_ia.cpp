@@ -1,9 +1,11 @@
 // The generic modified discrete cosine transform.
 #include "zorcore.h"
 
-#include "suitedata.h"
 #include "suiteparms.h"
+#include "suitetest.h"
 #include "zorac.h"
+
+#include <climits>
 
 namespace {
 
@@ -30,14 +32,13 @@ class Timac_MDCT : public PerElementTest {
     }
 
     bool initData() override {
-        s_len = s_length.value();
+        m_divisor = s_len = s_length.value();
         s_scaleFactor = s_scale.isScaled() ? s_scale.value() : 0;
-        return createVectors() && createSpec();
+        return within({{s_length, 1, INT_MAX}}) && (!s_scale.isScaled() || within({{s_scale, -31, 31}})) &&
+               createVectors() && createSpec();
     }
 
     bool flushData() override {
-        for (kvVector* vector : {&s_src, &s_dst, &s_buffer})
-            vector->deleteVector();
         if (s_fwd32f)
             zorsMDCTFwdFree_32f(s_fwd32f);
         if (s_inv32f)
@@ -47,38 +48,39 @@ class Timac_MDCT : public PerElementTest {
         s_fwd32f = nullptr;
         s_inv32f = nullptr;
         s_fwd16s = nullptr;
-        return true;
+        return PerElementTest::flushData();
     }
-
-    double getDivisor() override { return s_len; }
 
   private:
     /** In place a transform is fed its own output, call after call; only zeros neither grow nor vanish. */
     bool createVectors() {
         const kvType type = m_func.type(1);
-        if (!makeVector(s_src, type, s_len))
+        if (!makeFirst(s_src, type, s_len))
             return false;
         if (m_func.inplace()) {
             s_src.setConst(0, 0);
             return true;
         }
-        return makeVector(s_dst, type, s_len, 1);
+        return make(s_dst, type, s_len);
     }
 
     bool createSpec() {
         if (m_func.type(1) == kv16s)
-            return create(s_fwd16s, zorsMDCTFwdInitAlloc_16s, zorsMDCTFwdGetBufSize_16s);
+            return create(s_fwd16s, zorsMDCTFwdInitAlloc_16s, zorsMDCTFwdGetBufSize_16s,
+                          "zorsMDCTFwdInitAlloc_16s");
         if (name.find("Inv") >= 0)
-            return create(s_inv32f, zorsMDCTInvInitAlloc_32f, zorsMDCTInvGetBufSize_32f);
-        return create(s_fwd32f, zorsMDCTFwdInitAlloc_32f, zorsMDCTFwdGetBufSize_32f);
+            return create(s_inv32f, zorsMDCTInvInitAlloc_32f, zorsMDCTInvGetBufSize_32f,
+                          "zorsMDCTInvInitAlloc_32f");
+        return create(s_fwd32f, zorsMDCTFwdInitAlloc_32f, zorsMDCTFwdGetBufSize_32f,
+                      "zorsMDCTFwdInitAlloc_32f");
     }
 
     template <class State>
-    static bool create(State*& state, ZorStatus (*initAlloc)(State**, int),
-                       ZorStatus (*getBufSize)(const State*, int*)) {
+    bool create(State*& state, ZorStatus (*initAlloc)(State**, int),
+                ZorStatus (*getBufSize)(const State*, int*), const char* initName) {
         int sizeByte = 0;
-        return initAlloc(&state, s_len) == zorStsNoErr && getBufSize(state, &sizeByte) == zorStsNoErr &&
-               makeVector(s_buffer, kv8u, sizeByte, 2);
+        return built(initAlloc(&state, s_len), initName) && getBufSize(state, &sizeByte) == zorStsNoErr &&
+               make(s_buffer, kv8u, sizeByte);
     }
 };
 

@@ -2,8 +2,9 @@
 #include "zorcore.h"
 
 #include "scalarloop.h"
-#include "suitedata.h"
 #include "zors.h"
+
+#include <climits>
 
 namespace {
 
@@ -24,20 +25,13 @@ class TimAdd : public ScalarLoopTest {
         return true;
     }
 
-    bool flushData() override {
-        s_src.deleteVector();
-        s_dst.deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return s_len; }
-
   protected:
     bool createData() override {
         constexpr double largestLevel = 8191; // of the quantiser
         const kvType from = m_func.type(1), to = m_func.type(2);
-        s_len = s_length.value();
-        if (!makeVector(s_src, from, s_len) || !makeVector(s_dst, to == kvUndef ? from : to, s_len, 1))
+        m_divisor = s_len = s_length.value();
+        if (!within({{s_length, 1, INT_MAX}}) || !makeFirst(s_src, from, s_len) ||
+            !make(s_dst, to == kvUndef ? from : to, s_len))
             return false;
         s_src.setRandom(-largestLevel, largestLevel);
         return true;

@@ -3,9 +3,8 @@
 
 #include "aacstream.h"
 #include "bitposition.h"
-#include "kv.h"
-#include "suitedata.h"
 #include "suiteparms.h"
+#include "suitetest.h"
 #include "zorac.h"
 
 #include <algorithm>
@@ -33,8 +32,10 @@ class TimacAACDecodeElt : public PerElementTest {
 
     bool initData() override {
         const int count = s_count.value();
-        if (!s_stream.createVectorExt(count + 32, -1, smZero, 0, 0) || !makeVector(s_bytes, kv8u, count, 1))
+        if (!within({{s_count, 1, 512}}) || !makeFirst(s_stream, kv8u, count + 32) ||
+            !make(s_bytes, kv8u, count))
             return false;
+        s_stream.setConst(0, 0);
         s_stream.setBitPos(0);
         s_dataCount = std::min(count, m_fill ? aacMaxFill : aacMaxData);
         if (m_fill)
@@ -42,12 +43,6 @@ class TimacAACDecodeElt : public PerElementTest {
         else
             putDataHead(s_stream, s_dataCount);
         s_position.attach(s_stream);
-        return true;
-    }
-
-    bool flushData() override {
-        s_stream.deleteVector();
-        s_bytes.deleteVector();
         return true;
     }
 

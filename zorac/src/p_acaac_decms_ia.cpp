@@ -2,11 +2,11 @@
 #include "zorcore.h"
 
 #include "aacparms.h"
-#include "kv.h"
-#include "suitedata.h"
+#include "suitetest.h"
 #include "zorac.h"
 
 #include <algorithm>
+#include <climits>
 
 namespace {
 
@@ -19,7 +19,6 @@ int s_numWinGrp;
 int s_winGrpLen[8];
 int s_maxSfb;
 int s_winLen;
-int s_divisor = 1;
 
 aacWinSeqItr s_winSequence;
 kvScaleIterator s_scaleFactor;
@@ -49,12 +48,14 @@ class TimacAACDecodeMs : public PerElementTest {
         s_winLen = frame.winLen;
         s_numWinGrp = frame.windows;
         s_maxSfb = frame.maxSfb;
-        s_divisor = frame.lines();
+        m_divisor = frame.lines();
         std::fill_n(s_winGrpLen, frame.windows, 1);
         const int bands = frame.windows * frame.maxSfb;
-        if (!makeVector(s_left, kv32s, s_divisor) || !makeVector(s_right, kv32s, s_divisor, 1) ||
-            !makeVector(s_scaleFactors, kv16s, bands, 2) || !makeVector(s_msUsed, kv8u, bands, 3) ||
-            !makeVector(s_sfbCb, kv8u, bands, 4) || !makeVector(s_work, kv32s, s_divisor, 5))
+        if (!makeFirst(s_left, kv32s, m_divisor) || !make(s_right, kv32s, m_divisor) ||
+            !make(s_scaleFactors, kv16s, bands) || !make(s_msUsed, kv8u, bands) ||
+            !make(s_sfbCb, kv8u, bands) || !make(s_work, kv32s, m_divisor))
+            return false;
+        if (m_isStereo && !within({{s_scaleFactor, SHRT_MIN, SHRT_MAX}}))
             return false;
         // The bands have to be of the kind that the function works on.
         if (m_isStereo) {
@@ -66,14 +67,6 @@ class TimacAACDecodeMs : public PerElementTest {
         s_randomState = 1;
         return true;
     }
-
-    bool flushData() override {
-        for (kvVector* vector : {&s_left, &s_right, &s_scaleFactors, &s_msUsed, &s_sfbCb, &s_work})
-            vector->deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return s_divisor; }
 
   private:
     bool m_isStereo = false;

@@ -2,8 +2,7 @@
 #include "zorcore.h"
 
 #include "aacparms.h"
-#include "kv.h"
-#include "suitedata.h"
+#include "suitetest.h"
 #include "zorac.h"
 
 namespace {
@@ -32,22 +31,12 @@ class TimacAACLongTerm : public PerElementTest {
     bool initData() override {
         s_sequence = s_winSequence.value();
         s_maxSfb = aacFrame(s_winSequence.value()).maxSfb;
-        return makeVector(s_src, kv32s, m_predict ? 4096 : 1024) &&
-               makeVector(s_dst, kv32s, m_predict ? 2048 : 1024, 1) &&
-               makeVector(s_ltpFlag, kv8u, s_maxSfb + 1, 2);
+        m_divisor = m_predict ? 2048 : 1024;
+        return makeFirst(s_src, kv32s, m_predict ? 4096 : 1024) && make(s_dst, kv32s, m_divisor) &&
+               make(s_ltpFlag, kv8u, s_maxSfb + 1);
     }
-
-    bool flushData() override {
-        for (kvVector* vector : {&s_src, &s_dst, &s_ltpFlag})
-            vector->deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return divisor(); }
 
   private:
-    int divisor() const { return s_dst.length(); }
-
     bool m_predict = false;
 };
 

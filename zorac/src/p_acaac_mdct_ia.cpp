@@ -2,8 +2,7 @@
 #include "zorcore.h"
 
 #include "aacparms.h"
-#include "kv.h"
-#include "suitedata.h"
+#include "suitetest.h"
 #include "zorac.h"
 
 namespace {
@@ -13,7 +12,6 @@ constexpr int winShape = 0;
 
 kvVector s_src, s_dst, s_overlap, s_buffer;
 int s_sequence;
-int s_divisor = 1;
 
 aacWinSeqItr s_winSequence;
 
@@ -30,20 +28,10 @@ class TimaacMDCT : public PerElementTest {
 
     bool initData() override {
         s_sequence = s_winSequence.value();
-        s_divisor = m_forward && s_sequence == aacWinShort ? 128 : 1024;
-        s_src.init(kv32s);
-        return s_src.createVector(vectorLength, 0) &&
-               makeVector(s_dst, m_forward ? kv32s : kv16s, vectorLength, 1) &&
-               makeVector(s_overlap, kv32s, vectorLength, 2) && makeVector(s_buffer, kv32s, vectorLength, 3);
+        m_divisor = m_forward && s_sequence == aacWinShort ? 128 : 1024;
+        return make(s_src, kv32s, vectorLength) && make(s_dst, m_forward ? kv32s : kv16s, vectorLength) &&
+               make(s_overlap, kv32s, vectorLength) && make(s_buffer, kv32s, vectorLength);
     }
-
-    bool flushData() override {
-        for (kvVector* vector : {&s_src, &s_dst, &s_overlap, &s_buffer})
-            vector->deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return s_divisor; }
 
   private:
     bool m_forward = false;

@@ -4,8 +4,7 @@
 #include "aacparms.h"
 #include "aacstream.h"
 #include "bitposition.h"
-#include "kv.h"
-#include "suitedata.h"
+#include "suitetest.h"
 #include "zorac.h"
 
 #include <algorithm>
@@ -39,7 +38,6 @@ kvVector s_scaleFactors, s_spectrum, s_sfbCb, s_tnsCoefs;
 kvBitVector s_stream;
 BitPosition<const Zor8u> s_position;
 ZorAacChannel s_channel;
-int s_divisor = 1;
 
 aacWinSeqItr s_winSequence;
 bxIterator<int> s_sectLen(1, "", "");
@@ -126,14 +124,18 @@ class TimacAACNoiselessDec : public PerElementTest {
     bool initData() override {
         const AacFrame frame = aacFrame(s_winSequence.value());
         const int sectLen = s_sectLen.value();
-        if (sectLen > frame.maxSfb || (s_tuple.value() == tupleEscape && sectLen != frame.maxSfb))
+        const bool escape = s_tuple.value() == tupleEscape;
+        if (!within({{s_sectLen, 1, maxBands},
+                     {s_sectLen, 1, frame.maxSfb, INFO},
+                     {s_sectLen, escape ? frame.maxSfb : 1, frame.maxSfb, INFO}}))
             return false;
-        s_divisor = frame.lines();
+        m_divisor = frame.lines();
         const int bands = frame.windows * frame.maxSfb;
-        if (!makeVector(s_scaleFactors, kv16s, bands) || !makeVector(s_spectrum, kv32s, s_divisor, 1) ||
-            !makeVector(s_sfbCb, kv8u, bands, 2) || !makeVector(s_tnsCoefs, kv8s, tnsCoefs, 3) ||
-            !s_stream.createVectorExt(streamBytes, 4 * bxGetVectorShift(), smZero, 0, 0))
+        if (!makeFirst(s_scaleFactors, kv16s, bands) || !make(s_spectrum, kv32s, m_divisor) ||
+            !make(s_sfbCb, kv8u, bands) || !make(s_tnsCoefs, kv8s, tnsCoefs) ||
+            !make(s_stream, kv8u, streamBytes))
             return false;
+        s_stream.setConst(0, 0);
         s_channel = {};
         s_channel.winSequence = s_winSequence.value();
         s_channel.maxSfb = frame.maxSfb;
@@ -145,15 +147,6 @@ class TimacAACNoiselessDec : public PerElementTest {
         s_position.attach(s_stream);
         return true;
     }
-
-    bool flushData() override {
-        for (kvVector* vector : {&s_scaleFactors, &s_spectrum, &s_sfbCb, &s_tnsCoefs})
-            vector->deleteVector();
-        s_stream.deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return s_divisor; }
 };
 
 int tcall_zorsNoiselessDecoder_LC_AAC() {

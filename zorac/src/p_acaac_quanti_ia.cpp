@@ -2,21 +2,22 @@
 #include "zorcore.h"
 
 #include "aacparms.h"
-#include "kv.h"
-#include "suitedata.h"
+#include "suitetest.h"
 #include "zorac.h"
 
 #include <algorithm>
 
 namespace {
 
+constexpr int largest = 8191; ///< quantised value of the standard
+
 kvVector s_coefs, s_scaleFactors, s_sfbCb;
 int s_numWinGrp;
 int s_winGrpLen[8];
 int s_maxSfb;
 int s_winLen;
+int s_lines;
 int s_value;
-int s_divisor = 1;
 
 aacWinSeqItr s_winSequence;
 bxIterator<int> s_dataValue(3, "", "");
@@ -39,21 +40,14 @@ class TimacAACQuantInv : public PerElementTest {
         s_numWinGrp = frame.windows;
         s_maxSfb = frame.maxSfb;
         s_value = s_dataValue.value();
-        s_divisor = frame.lines();
+        m_divisor = s_lines = frame.lines();
         std::fill_n(s_winGrpLen, frame.windows, 1);
         const int bands = s_numWinGrp * s_maxSfb;
-        s_coefs.init(kv32s);
-        return s_coefs.createVector(s_divisor, smConst, 3, 0) &&
-               makeVector(s_scaleFactors, kv16s, bands, 1) && makeVector(s_sfbCb, kv8u, bands, 2);
+        if (!within({{s_dataValue, -largest, largest}}) || !makeFirst(s_coefs, kv32s, m_divisor))
+            return false;
+        s_coefs.setConst(3, 0);
+        return make(s_scaleFactors, kv16s, bands) && make(s_sfbCb, kv8u, bands);
     }
-
-    bool flushData() override {
-        for (kvVector* vector : {&s_coefs, &s_scaleFactors, &s_sfbCb})
-            vector->deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return s_divisor; }
 };
 
 int tcall_zorsQuantInv_AAC_32s_I() {
@@ -63,7 +57,7 @@ int tcall_zorsQuantInv_AAC_32s_I() {
 
 /** The function works in place: the lines get their value again. */
 int tinit_zorsQuantInv_AAC_32s_I() {
-    std::fill_n(s_coefs.p32s, s_divisor, s_value);
+    std::fill_n(s_coefs.p32s, s_lines, s_value);
     return 0;
 }
 

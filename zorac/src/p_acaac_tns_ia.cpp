@@ -2,8 +2,7 @@
 #include "zorcore.h"
 
 #include "aacparms.h"
-#include "kv.h"
-#include "suitedata.h"
+#include "suitetest.h"
 #include "zorac.h"
 
 #include <cstdlib>
@@ -22,7 +21,6 @@ int s_direction[maxWindows];
 Zor8s s_filterCoefs[maxWindows * coefsPerWindow];
 int s_maxSfb;
 int s_winLen;
-int s_divisor = 1;
 constexpr int profile = zorAacLC;
 
 aacWinSeqItr s_winSequence;
@@ -33,7 +31,6 @@ class TimacAACTns : public PerElementTest {
     using PerElementTest::PerElementTest;
 
     bool canStart() override {
-        m_encode = name.find("Encode") >= 0;
         s_winSequence.init({aacWinShort, aacWinLong});
         setParm(s_tnsOrder, "tnsOrder", "order of the filters", {1, 4, 7, 12});
         regParm(s_winSequence);
@@ -44,12 +41,12 @@ class TimacAACTns : public PerElementTest {
     bool initData() override {
         const AacFrame frame = aacFrame(s_winSequence.value());
         const int order = s_tnsOrder.value();
-        if (order > (frame.winLen == 128 ? 7 : 12))
+        if (!within({{s_tnsOrder, 0, 12}, {s_tnsOrder, 0, frame.winLen == 128 ? 7 : 12, INFO}}))
             return false;
         s_winLen = frame.winLen;
         s_maxSfb = frame.maxSfb;
-        s_divisor = frame.lines();
-        if (!makeVector(s_coefs, kv32s, s_divisor))
+        m_divisor = frame.lines();
+        if (!makeFirst(s_coefs, kv32s, m_divisor))
             return false;
         Zor8s* coef = s_filterCoefs;
         for (int window = 0; window < frame.windows; ++window) {
@@ -63,16 +60,6 @@ class TimacAACTns : public PerElementTest {
         }
         return true;
     }
-
-    bool flushData() override {
-        s_coefs.deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return s_divisor; }
-
-  private:
-    bool m_encode = false;
 };
 
 int tcall_zorsDecodeTNS_AAC_32s_I() {

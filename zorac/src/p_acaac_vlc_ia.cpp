@@ -1,7 +1,6 @@
 // The escape VLC coder with the tables of AAC.
 #include "zorcore.h"
 
-#include "kv.h"
 #include "vlcsuite.h"
 #include "zordc.h"
 
@@ -11,7 +10,6 @@ VlcParms s_parms;
 VlcData s_data;
 kvacVLCTable s_table;
 int s_len; // values of the block
-int s_divisor = 1;
 
 int tcall_zorsVLCEncodeEscBlock_AAC_16s1u() {
     return zorsVLCEncodeEscBlock_AAC_16s1u(s_data.block.p16s, s_len, &s_data.position.bytes,
@@ -54,11 +52,13 @@ class TimacVLC_AAC : public PerElementTest {
     }
 
     bool initData() override {
+        if (!s_parms.sound(*this))
+            return false;
         const int len = s_parms.len.value();
         s_len = 2 * len;
-        s_divisor = m_count ? len : s_table.getTableSize_AAC();
+        m_divisor = m_count ? len : s_table.getTableSize_AAC();
         s_table.setTableEncode_AAC();
-        if (!s_data.create(len, s_parms.escapeMode.value(), s_table.maxValue(), bxGetVectorShift()) ||
+        if (!s_data.create(*this, len, s_parms.escapeMode.value(), s_table.maxValue()) ||
             !s_data.createEncoder(s_table) ||
             checkStatus(tcall_zorsVLCEncodeEscBlock_AAC_16s1u(), "zorsVLCEncodeEscBlock_AAC_16s1u") ==
                 FUNCFAIL)
@@ -71,11 +71,9 @@ class TimacVLC_AAC : public PerElementTest {
     }
 
     bool flushData() override {
-        s_data.flush();
-        return true;
+        s_data.freeStates();
+        return PerElementTest::flushData();
     }
-
-    double getDivisor() override { return s_divisor; }
 
   private:
     bool m_decode = false;

@@ -1,8 +1,8 @@
 // The synthesis filter of DTS.
 #include "zorcore.h"
 
-#include "suitedata.h"
 #include "suiteparms.h"
+#include "suitetest.h"
 #include "zorac.h"
 
 namespace {
@@ -32,26 +32,20 @@ class kvsSynthesisFilter_DTS : public PerElementTest {
     }
 
     bool initData() override {
+        if (!within({{s_modes, 0, 1}, {s_offsets, 0, maxOffset}}))
+            return false;
         const int offset = s_offsets.value(), len = calls * blockSize + offset;
         int sizeByte = 0;
         s_mode = s_modes.value();
-        if (!makeVector(s_src, kv32f, len) || !makeVector(s_dst, kv32f, len, 1) ||
-            zorsSynthesisFilterGetSize_DTS_32f(&sizeByte) != zorStsNoErr ||
-            !makeVector(s_memory, kv8u, sizeByte, 2))
+        m_divisor = calls * bands;
+        if (!makeFirst(s_src, kv32f, len) || !make(s_dst, kv32f, len) ||
+            zorsSynthesisFilterGetSize_DTS_32f(&sizeByte) != zorStsNoErr || !make(s_memory, kv8u, sizeByte))
             return false;
         s_src.setRandom(-1, 1);
         s_srcStart = s_src.p32f + offset;
         s_dstStart = s_dst.p32f + offset;
         return zorsSynthesisFilterInit_DTS_32f(&s_state, s_memory.p8u) == zorStsNoErr;
     }
-
-    bool flushData() override {
-        for (kvVector* vector : {&s_src, &s_dst, &s_memory})
-            vector->deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return calls * bands; }
 };
 
 /** The calls of a subframe; returns the last status that was not 0. */

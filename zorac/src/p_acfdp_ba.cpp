@@ -2,8 +2,9 @@
 #include "zorcore.h"
 
 #include "scalarloop.h"
-#include "suitedata.h"
 #include "zorac.h"
+
+#include <climits>
 
 namespace {
 
@@ -28,23 +29,21 @@ class TimFDP : public ScalarLoopTest {
     }
 
     bool flushData() override {
-        for (kvVector* vector : {&s_src, &s_dst, &s_bandOffset, &s_predictionUsed})
-            vector->deleteVector();
         if (s_state)
             zorsFDPFree_32f(s_state);
         s_state = nullptr;
-        return true;
+        return ScalarLoopTest::flushData();
     }
-
-    double getDivisor() override { return s_len; }
 
   protected:
     bool createData() override {
-        s_len = s_length.value();
+        if (!within({{s_length, 1, INT_MAX - bandWidth}}))
+            return false;
+        m_divisor = s_len = s_length.value();
         s_numBands = (s_len + bandWidth - 1) / bandWidth;
-        return makeVector(s_src, kv32f, s_len) && makeVector(s_dst, kv32f, s_len, 1) &&
-               makeVector(s_bandOffset, kv32s, s_numBands + 1, 2) &&
-               makeVector(s_predictionUsed, kv8u, s_numBands, 3) && fill();
+        return makeFirst(s_src, kv32f, s_len) && make(s_dst, kv32f, s_len) &&
+               make(s_bandOffset, kv32s, s_numBands + 1) && make(s_predictionUsed, kv8u, s_numBands) &&
+               fill();
     }
 
   private:
@@ -53,13 +52,13 @@ class TimFDP : public ScalarLoopTest {
      * which lines are predicted: in place, a frame is the next one's prediction error, and would grow
      * otherwise.
      */
-    static bool fill() {
+    bool fill() {
         constexpr double small = 0.25;
         for (int band = 0; band <= s_numBands; ++band)
             s_bandOffset.p32s[band] = band < s_numBands ? band * bandWidth : s_len;
         s_predictionUsed.setConst(1, 0);
         s_src.setRandom(-small, small);
-        return zorsFDPInitAlloc_32f(&s_state, s_len) == zorStsNoErr;
+        return built(zorsFDPInitAlloc_32f(&s_state, s_len), "zorsFDPInitAlloc_32f");
     }
 };
 

@@ -2,7 +2,10 @@
 #include "zorcore.h"
 
 #include "suiteparms.h"
+#include "suitetest.h"
 #include "zorac.h"
+
+#include <climits>
 
 namespace {
 
@@ -18,9 +21,9 @@ void setTextParm(bxIterator<int>& parm, const char* name, const char* prompt, co
 }
 
 /** The reset of all predictors; the state is made anew for every combination. */
-class CResetFDP_32f : public kvTest {
+class CResetFDP_32f : public SuiteTest {
   public:
-    using kvTest::kvTest;
+    using SuiteTest::SuiteTest;
 
     bool canStart() override {
         setTextParm(s_length, "Length", "number of predictors", "2029");
@@ -29,10 +32,14 @@ class CResetFDP_32f : public kvTest {
     }
 
     bool canContinue() override {
-        if (!kvTest::canContinue())
+        if (!SuiteTest::canContinue())
             return false;
-        return zorsFDPInitAlloc_32f(&s_state, s_length.value()) == zorStsNoErr;
+        m_created =
+            sound() && built(zorsFDPInitAlloc_32f(&s_state, s_length.value()), "zorsFDPInitAlloc_32f");
+        return true;
     }
+    /** A combination whose state could not be had is passed over. */
+    bool initData() override { return m_created; }
 
     bool flushData() override {
         if (s_state)
@@ -40,6 +47,12 @@ class CResetFDP_32f : public kvTest {
         s_state = nullptr;
         return true;
     }
+
+  protected:
+    virtual bool sound() { return within({{s_length, 1, INT_MAX}}); }
+
+  private:
+    bool m_created = false;
 };
 
 /** The reset of the predictors that are `step` apart. */
@@ -62,6 +75,12 @@ class CResetFDPGroup_32f : public CResetFDP_32f {
         s_groupNumber = s_group.value();
         s_stepLines = s_step.value();
         return true;
+    }
+
+  protected:
+    bool sound() override {
+        const int len = s_length.value();
+        return CResetFDP_32f::sound() && within({{s_group, 1, len}, {s_step, 1, len}});
     }
 };
 

@@ -2,8 +2,9 @@
 #include "zorcore.h"
 
 #include "scalarloop.h"
-#include "suitedata.h"
 #include "zors.h"
+
+#include <climits>
 
 namespace {
 
@@ -28,26 +29,22 @@ class TimFirBlock : public ScalarLoopTest {
     }
 
     bool flushData() override {
-        for (kvVector* vector : {&s_src, &s_dst, &s_taps})
-            vector->deleteVector();
         if (s_state)
             zorsFIRBlockFree_32f(s_state);
         s_state = nullptr;
-        return true;
+        return ScalarLoopTest::flushData();
     }
-
-    double getDivisor() override { return s_len; }
 
   protected:
     bool createData() override {
         const int order = s_order.value();
-        s_len = s_length.value();
-        if (!makeVector(s_src, kv32f, s_len) || !makeVector(s_dst, kv32f, s_len, 1) ||
-            !makeVector(s_taps, kv32f, order, 2))
+        m_divisor = s_len = s_length.value();
+        if (!within({{s_length, 1, INT_MAX}, {s_order, 1, INT_MAX}}) || !makeFirst(s_src, kv32f, s_len) ||
+            !make(s_dst, kv32f, s_len) || !make(s_taps, kv32f, order))
             return false;
         s_src.setRandom(-1, 1);
         s_taps.setRandom(-1, 1);
-        return zorsFIRBlockInitAlloc_32f(&s_state, s_taps.p32f, order) == zorStsNoErr;
+        return built(zorsFIRBlockInitAlloc_32f(&s_state, s_taps.p32f, order), "zorsFIRBlockInitAlloc_32f");
     }
 };
 

@@ -1,7 +1,6 @@
 // The forward hybrid filter bank of MP3.
 #include "zorcore.h"
 
-#include "kv.h"
 #include "mp3suite.h"
 #include "zorac.h"
 
@@ -13,9 +12,9 @@ int s_mixedBlock;
 
 acBlockItr s_block;
 
-class TimacDCTFwd : public Mp3Test {
+class TimacDCTFwd : public PerElementTest {
   public:
-    using Mp3Test::Mp3Test;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         s_block.init({acBlockLong, acBlockShort});
@@ -27,13 +26,8 @@ class TimacDCTFwd : public Mp3Test {
         s_blockType = s_block.value() / 16;
         s_mixedBlock = (s_block.value() & 7) != 0;
         m_divisor = mp3Lines;
-        return makeVector(s_src, kv32s, mp3Lines) && makeVector(s_dst, kv32s, mp3Lines, 1) &&
-               makeVector(s_overlap, kv32s, mp3Lines, 2);
-    }
-
-    bool flushData() override {
-        deleteVectors({&s_src, &s_dst, &s_overlap});
-        return true;
+        return makeFirst(s_src, kv32s, mp3Lines) && make(s_dst, kv32s, mp3Lines) &&
+               make(s_overlap, kv32s, mp3Lines);
     }
 };
 

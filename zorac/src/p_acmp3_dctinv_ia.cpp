@@ -1,7 +1,6 @@
 // The inverse hybrid filter bank of MP3.
 #include "zorcore.h"
 
-#include "kv.h"
 #include "mp3suite.h"
 #include "zorac.h"
 
@@ -18,9 +17,9 @@ int s_mixedBlock;
 bxStepIterator<int> s_nonZeroBound(9, "", "");
 acBlockItr s_block;
 
-class TimacDCTInv : public Mp3Test {
+class TimacDCTInv : public PerElementTest {
   public:
-    using Mp3Test::Mp3Test;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         setRangeParm(s_nonZeroBound, "nonZeroBound", "lines that are not 0", 9, mp3Lines, '*', 2);
@@ -35,15 +34,10 @@ class TimacDCTInv : public Mp3Test {
         s_blockType = s_block.value() / 16;
         s_mixedBlock = (s_block.value() & 7) != 0;
         m_divisor = s_bound;
-        if (!makeVector(s_src, kv32s, mp3Lines) || !makeVector(s_dst, kv32s, mp3Lines, 1) ||
-            !makeVector(s_overlap, kv32s, mp3Lines, 2))
+        if (!within({{s_nonZeroBound, 1, mp3Lines}}) || !makeFirst(s_src, kv32s, mp3Lines) ||
+            !make(s_dst, kv32s, mp3Lines) || !make(s_overlap, kv32s, mp3Lines))
             return false;
         std::fill(s_src.p32s + s_bound, s_src.p32s + mp3Lines, 0);
-        return true;
-    }
-
-    bool flushData() override {
-        deleteVectors({&s_src, &s_dst, &s_overlap});
         return true;
     }
 };

@@ -2,7 +2,6 @@
 #include "zorcore.h"
 
 #include "bitposition.h"
-#include "kv.h"
 #include "mp3suite.h"
 #include "tables/kvsfb_mp3.h"
 #include "zorac.h"
@@ -69,9 +68,9 @@ int tinit_zorsHuffmanDecodeSfbMbp_MP3_1u32s() {
     return 0;
 }
 
-class TimacHufEnc : public Mp3Test {
+class TimacHufEnc : public PerElementTest {
   public:
-    using Mp3Test::Mp3Test;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         m_decode = name.find("Decode") >= 0;
@@ -89,11 +88,10 @@ class TimacHufEnc : public Mp3Test {
 
     bool initData() override {
         m_divisor = s_huffmanLen.value();
-        s_values.init(kv32s);
-        s_stream.init(kv8u);
-        if (!s_values.createVectorExt(mp3Lines, bxGetVectorShift(), smRandom, 0, 7) ||
-            !s_stream.createVector(streamBytes, 2 * bxGetVectorShift()))
+        if (!within({{s_huffmanLen, 1, mp3Lines}}) || !make(s_values, kv32s, mp3Lines) ||
+            !make(s_stream, kv8u, streamBytes))
             return false;
+        s_values.setRandom(0, 7);
         s_stream.setBitPos(0);
         s_write.attach(s_stream);
         s_read.attach(s_stream);
@@ -104,11 +102,6 @@ class TimacHufEnc : public Mp3Test {
             table = s_escTable.value() != 0 ? 20 : 10;
         return !m_decode ||
                !bxIsFailure(checkStatus(tcall_zorsHuffmanEncode_MP3_32s1u(), "zorsHuffmanEncode_MP3_32s1u"));
-    }
-
-    bool flushData() override {
-        deleteVectors({&s_values, &s_stream});
-        return true;
     }
 
   private:

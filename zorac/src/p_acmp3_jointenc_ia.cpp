@@ -1,7 +1,6 @@
 // Joint stereo encoding of MP3.
 #include "zorcore.h"
 
-#include "kv.h"
 #include "mp3suite.h"
 #include "zorac.h"
 
@@ -20,9 +19,9 @@ acIdItr s_id;
 acBlockItr s_block;
 acModeItr s_mode;
 
-class TimacJointEnc : public Mp3Test {
+class TimacJointEnc : public PerElementTest {
   public:
-    using Mp3Test::Mp3Test;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         s_id.init({acIdMpeg1, acIdMpeg2});
@@ -36,18 +35,12 @@ class TimacJointEnc : public Mp3Test {
 
     bool initData() override {
         m_divisor = mp3Lines;
-        s_left.init(kv32s);
-        if (!s_left.createVector(mp3Lines, 0) || !makeVector(s_right, kv32s, mp3Lines, 1) ||
-            !makeVector(s_scaleFactorR, kv8s, scaleFactors, 2))
+        if (!make(s_left, kv32s, mp3Lines) || !make(s_right, kv32s, mp3Lines) ||
+            !make(s_scaleFactorR, kv8s, scaleFactors))
             return false;
         s_header = mp3Header(s_id.value(), s_mode.value());
         std::fill_n(s_sideInfo, 2, mp3SideInfo(s_block.value()));
         std::fill_n(s_isSfbBound, 3, 0);
-        return true;
-    }
-
-    bool flushData() override {
-        deleteVectors({&s_left, &s_right, &s_scaleFactorR});
         return true;
     }
 };

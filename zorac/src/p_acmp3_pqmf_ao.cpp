@@ -1,7 +1,6 @@
 // The polyphase filter banks of MP3 in floating point.
 #include "zorcore.h"
 
-#include "kv.h"
 #include "mp3suite.h"
 #include "zorac.h"
 
@@ -46,9 +45,9 @@ int tcall_zorsAnalysisFilter_PQMF_MP3_32f() {
     return x_zorsAnalysisFilter_PQMF_MP3_32f();
 }
 
-class PqmfTest : public Mp3Test {
+class PqmfTest : public PerElementTest {
   public:
-    using Mp3Test::Mp3Test;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         setRangeParm(s_mode, "mode", "distance between samples", 1, largestMode, '+', 1);
@@ -61,25 +60,24 @@ class PqmfTest : public Mp3Test {
     bool flushData() override {
         s_synthesis = nullptr;
         s_analysis = nullptr;
-        deleteVectors({&s_dst, &s_stream, &s_memory});
-        return true;
+        return PerElementTest::flushData();
     }
 
   protected:
     /** The vectors, and a state in memory of the size that the library asks for. */
     template <class State>
     bool create(ZorStatus (*getSize)(int*), ZorStatus (*init)(State**, Zor8u*), State** state) {
+        if (!within({{s_mode, 1, largestMode}, {s_offset, 0, maxOffset}}))
+            return false;
         m_divisor = samples;
         s_step = s_mode.value();
-        s_stream.init(kv32f);
-        s_memory.init(kv8u);
         int size = 0;
-        return makeVector(s_dst, kv32f, samples * largestMode) &&
-               s_stream.createVectorExt(streamLength, s_offset.value() * 4 + bxGetVectorShift(), smRandom, 0,
-                                        0) &&
-               !bxIsFailure(checkStatus(getSize(&size))) &&
-               s_memory.createVector(size, 2 * bxGetVectorShift()) &&
-               !bxIsFailure(checkStatus(init(state, s_memory.p8u)));
+        if (!makeFirst(s_dst, kv32f, samples * largestMode) ||
+            !make(s_stream, kv32f, streamLength, s_offset.value() * 4) ||
+            bxIsFailure(checkStatus(getSize(&size))) || !make(s_memory, kv8u, size))
+            return false;
+        s_stream.setRandom();
+        return !bxIsFailure(checkStatus(init(state, s_memory.p8u)));
     }
 };
 

@@ -1,7 +1,6 @@
 // Polyphase analysis of MP3 in fixed point.
 #include "zorcore.h"
 
-#include "kv.h"
 #include "mp3suite.h"
 #include "zorac.h"
 
@@ -17,9 +16,9 @@ int s_layout;
 
 bxMapIterator<int> s_mode(1, "", "");
 
-class TimacPQMF : public Mp3Test {
+class TimacPQMF : public PerElementTest {
   public:
-    using Mp3Test::Mp3Test;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         setMapParm<int>(s_mode, "mode", "layout of the channels", {{1, "notInterleaved"}, {2, "interleaved"}},
@@ -32,13 +31,8 @@ class TimacPQMF : public Mp3Test {
         m_divisor = subbands;
         s_layout = s_mode.value();
         std::fill_n(s_state, zorMP3AnalysisState, Zor16s{0});
-        return makeVector(s_src, kv16s, 2 * subbands) && makeVector(s_left, kv32s, subbands, 1) &&
-               makeVector(s_right, kv32s, subbands, 2);
-    }
-
-    bool flushData() override {
-        deleteVectors({&s_src, &s_left, &s_right});
-        return true;
+        return makeFirst(s_src, kv16s, 2 * subbands) && make(s_left, kv32s, subbands) &&
+               make(s_right, kv32s, subbands);
     }
 };
 

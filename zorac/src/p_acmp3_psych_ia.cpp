@@ -1,7 +1,6 @@
 // The psychoacoustic model and the quantiser of MP3.
 #include "zorcore.h"
 
-#include "kv.h"
 #include "mp3suite.h"
 #include "zorac.h"
 
@@ -35,9 +34,9 @@ void fillPsychInfo() {
     }
 }
 
-class TimacPsych : public Mp3Test {
+class TimacPsych : public PerElementTest {
   public:
-    using Mp3Test::Mp3Test;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         const bool quantise = name.find("Quantize") >= 0;
@@ -55,21 +54,15 @@ class TimacPsych : public Mp3Test {
 
     bool initData() override {
         m_divisor = mp3Lines;
-        s_work.init(kv32s);
-        s_scaleFactors.init(kv8s);
-        if (!makeVector(s_spectrum, kv32s, vectorLength) || !makeVector(s_pcm, kv16s, vectorLength, 1) ||
-            !s_work.createVectorExt(zorMP3WorkSize, 2 * bxGetVectorShift(), smZero, 0, 0) ||
-            !s_scaleFactors.createVectorExt(scaleFactors, 3 * bxGetVectorShift(), smZero, 0, 0))
+        if (!makeFirst(s_spectrum, kv32s, vectorLength) || !make(s_pcm, kv16s, vectorLength) ||
+            !make(s_work, kv32s, zorMP3WorkSize) || !make(s_scaleFactors, kv8s, scaleFactors))
             return false;
+        s_work.setConst(0, 0);
+        s_scaleFactors.setConst(0, 0);
         s_header = mp3Header(s_id.value(), s_mode.value());
         std::fill_n(s_sideInfo, 4, mp3SideInfo(s_block.value()));
         fillPsychInfo();
         s_reservoir = 0;
-        return true;
-    }
-
-    bool flushData() override {
-        deleteVectors({&s_spectrum, &s_pcm, &s_work, &s_scaleFactors});
         return true;
     }
 };

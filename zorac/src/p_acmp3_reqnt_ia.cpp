@@ -1,7 +1,6 @@
 // Requantisation of MP3.
 #include "zorcore.h"
 
-#include "kv.h"
 #include "mp3suite.h"
 #include "tables/kvsfb_mp3.h"
 #include "zorac.h"
@@ -24,9 +23,9 @@ acIdItr s_id;
 acModeItr s_mode;
 acBlockItr s_block;
 
-class Timm3ReQnt : public Mp3Test {
+class Timm3ReQnt : public PerElementTest {
   public:
-    using Mp3Test::Mp3Test;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         setRangeParm(s_nonZeroBound, "nonZeroBound", "lines that are not 0", 9, mp3Lines, '*', 4);
@@ -43,17 +42,11 @@ class Timm3ReQnt : public Mp3Test {
 
     bool initData() override {
         m_divisor = mp3Lines;
-        s_srcDst.init(kvFunc(name), 1);
-        if (!s_srcDst.createVector(2 * mp3Lines, 0))
+        if (!within({{s_nonZeroBound, 0, mp3Lines}}) || !make(s_srcDst, m_func.type(1), 2 * mp3Lines))
             return false;
         std::fill_n(s_len, 2, s_nonZeroBound.value());
         s_header = mp3Header(s_id.value(), s_mode.value());
         std::fill_n(s_sideInfo, 4, mp3SideInfo(s_block.value()));
-        return true;
-    }
-
-    bool flushData() override {
-        s_srcDst.deleteVector();
         return true;
     }
 };

@@ -1,7 +1,6 @@
 // Polyphase synthesis of MP3 in fixed point.
 #include "zorcore.h"
 
-#include "kv.h"
 #include "mp3suite.h"
 #include "zorac.h"
 
@@ -16,9 +15,9 @@ int s_row;
 
 bxIterator<int> s_mode(1, "", "");
 
-class Timacmp4_SynthPQMF : public Mp3Test {
+class Timacmp4_SynthPQMF : public PerElementTest {
   public:
-    using Mp3Test::Mp3Test;
+    using PerElementTest::PerElementTest;
 
     bool canStart() override {
         setParm(s_mode, "mode", "interleave", {1, 2});
@@ -29,13 +28,8 @@ class Timacmp4_SynthPQMF : public Mp3Test {
     bool initData() override {
         m_divisor = subbandLength;
         s_channels = s_mode.value();
-        return makeVector(s_srcDst, kv32s, ringLength * s_channels) &&
-               makeVector(s_dst, kv16s, subbandLength * s_channels, 1);
-    }
-
-    bool flushData() override {
-        deleteVectors({&s_srcDst, &s_dst});
-        return true;
+        return within({{s_mode, 1, 2}}) && makeFirst(s_srcDst, kv32s, ringLength * s_channels) &&
+               make(s_dst, kv16s, subbandLength * s_channels);
     }
 };
 

@@ -1,7 +1,6 @@
 // Unpacking of the frame header of MP3.
 #include "zorcore.h"
 
-#include "kv.h"
 #include "mp3suite.h"
 #include "zorac.h"
 
@@ -12,9 +11,9 @@ constexpr Zor8u headerWord[4] = {0xFF, 0xFF, 0xFF, 0xFF};
 const Zor8u* s_stream;
 ZorMP3FrameHeader s_header;
 
-class Timm3UnpackFH : public Mp3UnpackTest {
+class Timm3UnpackFH : public DivisorCellTest {
   public:
-    using Mp3UnpackTest::Mp3UnpackTest;
+    using DivisorCellTest::DivisorCellTest;
 };
 
 int tcall_zorsUnpackFrameHeader_MP3() {

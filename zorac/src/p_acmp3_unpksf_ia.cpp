@@ -2,7 +2,6 @@
 #include "zorcore.h"
 
 #include "bitposition.h"
-#include "kv.h"
 #include "mp3suite.h"
 #include "zorac.h"
 
@@ -24,9 +23,9 @@ ZorMP3SideInfo s_sideInfo;
 acIdItr s_id;
 bxMapIterator<int> s_blockType(acBlockLong, "", "");
 
-class Timm3UnpackSF : public Mp3UnpackTest {
+class Timm3UnpackSF : public DivisorCellTest {
   public:
-    using Mp3UnpackTest::Mp3UnpackTest;
+    using DivisorCellTest::DivisorCellTest;
 
     bool canStart() override {
         s_id.init({acIdMpeg1, acIdMpeg2});
@@ -39,20 +38,14 @@ class Timm3UnpackSF : public Mp3UnpackTest {
     }
 
     bool initData() override {
-        s_stream.init(kv8u);
-        if (!s_stream.createVectorExt(streamBytes, -1, smConst, 255, 0) ||
-            !makeVector(s_dst, kv8s, scaleFactors, 1))
+        if (!makeFirst(s_stream, kv8u, streamBytes) || !make(s_dst, kv8s, scaleFactors))
             return false;
+        s_stream.setConst(255, 0);
         s_stream.setBitPos(0);
         s_position.attach(s_stream);
         s_header = mp3Header(s_id.value());
         s_sideInfo = mp3SideInfo(s_blockType.value());
         s_sideInfo.scalefacCompress = scalefacCompress;
-        return true;
-    }
-
-    bool flushData() override {
-        deleteVectors({&s_stream, &s_dst});
         return true;
     }
 };

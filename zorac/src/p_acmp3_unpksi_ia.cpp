@@ -2,7 +2,6 @@
 #include "zorcore.h"
 
 #include "bitposition.h"
-#include "kv.h"
 #include "mp3suite.h"
 #include "zorac.h"
 
@@ -21,9 +20,9 @@ int s_scfsi[8];
 acIdItr s_id;
 bxMapIterator<int> s_mode(0, "", "");
 
-class Timm3UnpackSI : public Mp3UnpackTest {
+class Timm3UnpackSI : public DivisorCellTest {
   public:
-    using Mp3UnpackTest::Mp3UnpackTest;
+    using DivisorCellTest::DivisorCellTest;
 
     bool canStart() override {
         s_id.init({acIdMpeg1, acIdMpeg2});
@@ -34,17 +33,12 @@ class Timm3UnpackSI : public Mp3UnpackTest {
     }
 
     bool initData() override {
-        s_stream.init(kv8u);
-        if (!s_stream.createVectorExt(streamBytes, -1, smConst, 255, 0))
+        if (!makeFirst(s_stream, kv8u, streamBytes))
             return false;
+        s_stream.setConst(255, 0);
         s_stream.setBitPos(0);
         s_position.attach(s_stream);
         s_header = mp3Header(s_id.value(), s_mode.value() << 4);
-        return true;
-    }
-
-    bool flushData() override {
-        s_stream.deleteVector();
         return true;
     }
 };

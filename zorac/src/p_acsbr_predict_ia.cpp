@@ -5,9 +5,14 @@
 #include "suiteparms.h"
 #include "zorac.h"
 
+#include <cmath>
+#include <cstdlib>
+
 namespace {
 
 constexpr int pastSlots = 2;
+constexpr int mostBands = 64; ///< of the replicated signal
+constexpr int mostSlots = 4096;
 
 BandLines s_lines;
 kvVector s_alpha[4], s_alphaPairs[2];
@@ -39,31 +44,23 @@ class Timacsbr_Predict : public DivisorCellTest {
     }
 
     bool initData() override {
+        if (!within({{s_k0, 1, mostBands}, {s_len, 1, mostSlots}}))
+            return false;
         s_bands = s_k0.value();
         s_slots = s_len.value();
-        if (s_bands < 1 || s_slots < 1 || !s_lines.create(s_slots + pastSlots, s_bands, 0))
+        m_divisor = s_bands * s_slots;
+        if (!s_lines.create(*this, s_slots + pastSlots, s_bands, true))
             return false;
-        int place = 3;
         for (kvVector& alpha : s_alpha)
-            if (!makeVector(alpha, kv32f, s_bands, place++))
+            if (!make(alpha, kv32f, s_bands))
                 return false;
         for (kvVector& alpha : s_alphaPairs)
-            if (!makeVector(alpha, kv32fc, s_bands, place++))
+            if (!make(alpha, kv32fc, s_bands))
                 return false;
         fillBands();
         return true;
     }
 
-    bool flushData() override {
-        s_lines.free();
-        for (kvVector& alpha : s_alpha)
-            alpha.deleteVector();
-        for (kvVector& alpha : s_alphaPairs)
-            alpha.deleteVector();
-        return true;
-    }
-
-    double getDivisor() override { return s_bands * s_slots; }
     bxString getUnit() override { return "k0*len"; }
 };
 

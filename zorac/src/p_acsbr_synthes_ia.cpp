@@ -3,16 +3,18 @@
 
 #include "bandlines.h"
 #include "suiteparms.h"
+#include "testsignal.h"
 #include "zorac.h"
 
 namespace {
 
 constexpr int slotSize = 32; ///< samples of a slot at the core's sampling rate
 constexpr int maxBands = 64; ///< of the synthesis
+constexpr int largestFrame = 1 << 20;
 
 kvVector s_signal, s_memory;
 BandLines s_lines;
-int s_slots, s_frame;
+int s_slots;
 
 bxIterator<int> s_frameSize(0, "", "");
 
@@ -26,74 +28,49 @@ ZorsSynthesisDownFilterState_SBR_CToR_32f* s_downSplit;
 ZorsSynthesisDownFilterState_SBR_CToR_32fc32f* s_downPairs;
 ZorsSynthesisDownFilterState_SBR_RToR_32f* s_downReal;
 
-template <class State>
-bool buildState(State*& state, ZorStatus (*getSize)(int*), ZorStatus (*init)(State**, Zor8u*)) {
+template <auto& state, auto getSize, auto init>
+bool buildState(SuiteTest& test) {
     int sizeByte = 0;
-    return getSize(&sizeByte) == zorStsNoErr && makeVector(s_memory, kv8u, sizeByte, 4) &&
+    return getSize(&sizeByte) == zorStsNoErr && test.make(s_memory, kv8u, sizeByte) &&
            init(&state, s_memory.p8u) == zorStsNoErr;
 }
 
 /** How the state of each function is built, by what stands in its name. */
 struct Filter {
     const char* kind;
-    bool (*build)();
+    bool (*build)(SuiteTest&);
 };
 
 constexpr Filter filters[] = {
-    {"AnalysisFilter_SBR_RToC_32f_",
-     [] {
-         return buildState(s_analysisSplit, zorsAnalysisFilterGetSize_SBR_RToC_32f,
-                           zorsAnalysisFilterInit_SBR_RToC_32f);
-     }},
+    {"AnalysisFilter_SBR_RToC_32f_", buildState<s_analysisSplit, zorsAnalysisFilterGetSize_SBR_RToC_32f,
+                                                zorsAnalysisFilterInit_SBR_RToC_32f>},
     {"AnalysisFilter_SBR_RToC_32f32fc_",
-     [] {
-         return buildState(s_analysisPairs, zorsAnalysisFilterGetSize_SBR_RToC_32f32fc,
-                           zorsAnalysisFilterInit_SBR_RToC_32f32fc);
-     }},
+     buildState<s_analysisPairs, zorsAnalysisFilterGetSize_SBR_RToC_32f32fc,
+                zorsAnalysisFilterInit_SBR_RToC_32f32fc>},
     {"AnalysisFilter_SBR_RToR_32f_",
-     [] {
-         return buildState(s_analysisReal, zorsAnalysisFilterGetSize_SBR_RToR_32f,
-                           zorsAnalysisFilterInit_SBR_RToR_32f);
-     }},
-    {"SynthesisFilter_SBR_CToR_32f_",
-     [] {
-         return buildState(s_synthesisSplit, zorsSynthesisFilterGetSize_SBR_CToR_32f,
-                           zorsSynthesisFilterInit_SBR_CToR_32f);
-     }},
+     buildState<s_analysisReal, zorsAnalysisFilterGetSize_SBR_RToR_32f, zorsAnalysisFilterInit_SBR_RToR_32f>},
+    {"SynthesisFilter_SBR_CToR_32f_", buildState<s_synthesisSplit, zorsSynthesisFilterGetSize_SBR_CToR_32f,
+                                                 zorsSynthesisFilterInit_SBR_CToR_32f>},
     {"SynthesisFilter_SBR_CToR_32fc32f_",
-     [] {
-         return buildState(s_synthesisPairs, zorsSynthesisFilterGetSize_SBR_CToR_32fc32f,
-                           zorsSynthesisFilterInit_SBR_CToR_32fc32f);
-     }},
-    {"SynthesisFilter_SBR_RToR_32f_",
-     [] {
-         return buildState(s_synthesisReal, zorsSynthesisFilterGetSize_SBR_RToR_32f,
-                           zorsSynthesisFilterInit_SBR_RToR_32f);
-     }},
-    {"SynthesisDownFilter_SBR_CToR_32f_",
-     [] {
-         return buildState(s_downSplit, zorsSynthesisDownFilterGetSize_SBR_CToR_32f,
-                           zorsSynthesisDownFilterInit_SBR_CToR_32f);
-     }},
+     buildState<s_synthesisPairs, zorsSynthesisFilterGetSize_SBR_CToR_32fc32f,
+                zorsSynthesisFilterInit_SBR_CToR_32fc32f>},
+    {"SynthesisFilter_SBR_RToR_32f_", buildState<s_synthesisReal, zorsSynthesisFilterGetSize_SBR_RToR_32f,
+                                                 zorsSynthesisFilterInit_SBR_RToR_32f>},
+    {"SynthesisDownFilter_SBR_CToR_32f_", buildState<s_downSplit, zorsSynthesisDownFilterGetSize_SBR_CToR_32f,
+                                                     zorsSynthesisDownFilterInit_SBR_CToR_32f>},
     {"SynthesisDownFilter_SBR_CToR_32fc32f_",
-     [] {
-         return buildState(s_downPairs, zorsSynthesisDownFilterGetSize_SBR_CToR_32fc32f,
-                           zorsSynthesisDownFilterInit_SBR_CToR_32fc32f);
-     }},
-    {"SynthesisDownFilter_SBR_RToR_32f_",
-     [] {
-         return buildState(s_downReal, zorsSynthesisDownFilterGetSize_SBR_RToR_32f,
-                           zorsSynthesisDownFilterInit_SBR_RToR_32f);
-     }},
+     buildState<s_downPairs, zorsSynthesisDownFilterGetSize_SBR_CToR_32fc32f,
+                zorsSynthesisDownFilterInit_SBR_CToR_32fc32f>},
+    {"SynthesisDownFilter_SBR_RToR_32f_", buildState<s_downReal, zorsSynthesisDownFilterGetSize_SBR_RToR_32f,
+                                                     zorsSynthesisDownFilterInit_SBR_RToR_32f>},
 };
 
 /** Bands as a decoder has them: the analysed signal, and a faint copy of it in the replicated upper half. */
-bool fillBands() {
+bool fillBands(SuiteTest& test) {
     constexpr Zor32f replicated = 0.1f;
     std::vector<Zor32f> signal(static_cast<std::size_t>(s_slots * slotSize));
     fillSignal(signal.data(), s_slots * slotSize);
-    if (!buildState(s_analysisSplit, zorsAnalysisFilterGetSize_SBR_RToC_32f,
-                    zorsAnalysisFilterInit_SBR_RToC_32f) ||
+    if (!filters[0].build(test) ||
         zorsAnalysisFilter_SBR_RToC_32f_D2L(signal.data(), s_lines.reList.data(), s_lines.imList.data(),
                                             s_slots, s_analysisSplit) != zorStsNoErr)
         return false;
@@ -118,29 +95,22 @@ class Timacsbr_Synthes : public PerElementTest {
     }
 
     bool initData() override {
-        s_frame = s_frameSize.value();
-        s_slots = s_frame / slotSize;
-        if (s_slots < 1 || !makeVector(s_signal, kv32f, s_slots * maxBands) ||
-            !s_lines.create(s_slots, maxBands, 1))
+        if (!within({{s_frameSize, slotSize, largestFrame}}))
+            return false;
+        m_divisor = s_frameSize.value();
+        s_slots = m_divisor / slotSize;
+        if (!makeFirst(s_signal, kv32f, s_slots * maxBands) ||
+            !s_lines.create(*this, s_slots, maxBands, false))
             return false;
         if (name.find("Analysis") >= 0)
             fillSignal(s_signal.p32f, s_slots * slotSize);
-        else if (!fillBands())
+        else if (!fillBands(*this))
             return false;
         for (const Filter& filter : filters)
             if (name.find(filter.kind) >= 0)
-                return filter.build();
+                return filter.build(*this);
         return false;
     }
-
-    bool flushData() override {
-        s_signal.deleteVector();
-        s_memory.deleteVector();
-        s_lines.free();
-        return true;
-    }
-
-    double getDivisor() override { return s_frame; }
 };
 
 int tcall_zorsAnalysisFilter_SBR_RToC_32f_D2L() {

@@ -1,7 +1,7 @@
 // The code-book searches of interleaved vector quantisation.
 #include "zorcore.h"
 
-#include "suitedata.h"
+#include "suitetest.h"
 #include "zorac.h"
 
 namespace {
@@ -19,17 +19,15 @@ struct BookData {
     kvVector table, index, selected;
     ZorsVQCodeBook_32f* book = nullptr;
 
-    bool create(int place) {
-        if (!makeVector(table, kv32f, tableLen, place) || !makeVector(index, kv32s, indexLen, place + 1) ||
-            !makeVector(selected, kv32s, divisions, place + 2))
+    bool create(SuiteTest& test) {
+        if (!test.make(table, kv32f, tableLen) || !test.make(index, kv32s, indexLen) ||
+            !test.make(selected, kv32s, divisions))
             return false;
         table.setRandom(-255, 255);
         return zorsVQCodeBookInitAlloc_32f(&book, table.p32f, codeLen, codes) == zorStsNoErr;
     }
 
     void free() {
-        for (kvVector* vector : {&table, &index, &selected})
-            vector->deleteVector();
         if (book)
             zorsVQCodeBookFree_32f(book);
         book = nullptr;
@@ -52,25 +50,24 @@ int mainSelect() {
 }
 
 /** The signal, its weights and divisions, and the first book; everything is created when the test starts. */
-class CPreSelect_VQ_32f : public kvTest {
+class CPreSelect_VQ_32f : public SuiteTest {
   public:
-    using kvTest::kvTest;
+    using SuiteTest::SuiteTest;
 
-    bool canStart() override { return createSignal() && s_books[0].create(4); }
+    bool canStart() override { return createSignal() && s_books[0].create(*this); }
 
     bool canContinue() override { return firstIteration; }
 
     void flushStart() override {
-        for (kvVector* vector : {&s_source, &s_weights, &s_lengths, &s_polarity, &s_result})
-            vector->deleteVector();
+        flushData();
         for (BookData& data : s_books)
             data.free();
     }
 
   private:
-    static bool createSignal() {
-        if (!makeVector(s_source, kv32f, sourceLen) || !makeVector(s_weights, kv32f, sourceLen, 1) ||
-            !makeVector(s_lengths, kv32s, divisions, 2) || !makeVector(s_polarity, kv32s, divisions, 3))
+    bool createSignal() {
+        if (!makeFirst(s_source, kv32f, sourceLen) || !make(s_weights, kv32f, sourceLen) ||
+            !make(s_lengths, kv32s, divisions) || !make(s_polarity, kv32s, divisions))
             return false;
         s_source.setRandom(-255, 255);
         s_weights.setRandom(1, 11);
@@ -92,7 +89,7 @@ class CMainSelect_VQ_32f : public CPreSelect_VQ_32f {
     using CPreSelect_VQ_32f::CPreSelect_VQ_32f;
 
     bool canStart() override {
-        return CPreSelect_VQ_32f::canStart() && s_books[1].create(7) &&
+        return CPreSelect_VQ_32f::canStart() && s_books[1].create(*this) &&
                preliminarySelect(s_books[0]) == zorStsNoErr && preliminarySelect(s_books[1]) == zorStsNoErr;
     }
 };
@@ -104,7 +101,7 @@ class CVectorReconstruction_VQ_32f : public CMainSelect_VQ_32f {
 
     bool canStart() override {
         return CMainSelect_VQ_32f::canStart() && mainSelect() == zorStsNoErr &&
-               makeVector(s_result, kv32f, sourceLen, 10);
+               make(s_result, kv32f, sourceLen);
     }
 };
 

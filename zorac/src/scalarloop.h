@@ -6,6 +6,7 @@
 #define SCALARLOOP_H
 
 #include "suiteparms.h"
+#include "suitetest.h"
 
 /** Base of the scalar-loop tests. The scale factor is registered last, so that it varies fastest. */
 class ScalarLoopTest : public PerElementTest {
@@ -13,7 +14,7 @@ class ScalarLoopTest : public PerElementTest {
     using PerElementTest::PerElementTest;
 
     bool canContinue() override {
-        if (!kvTest::canContinue())
+        if (!PerElementTest::canContinue())
             return false;
         m_created = createData();
         return true;
@@ -25,14 +26,14 @@ class ScalarLoopTest : public PerElementTest {
     void constToOstrm() override { g_ostrm << PERF << functionTitle() << "\n" << endMessage; }
     void parmsToOstrm() override {
         g_ostrm << functionTitle() << " ";
-        kvTest::parmsToOstrm();
+        PerElementTest::parmsToOstrm();
     }
 
   protected:
     /** Creates the vectors and states for the current values. */
     virtual bool createData() = 0;
 
-    bxString functionTitle() const { return m_func.prefix() + m_func.baseName() + "_" + m_func.typeName(); }
+    const bxString& functionTitle() const { return m_title; }
 
     /** Registers the scale factor; functions that are not scaled have the single value 0. */
     void regScale(kvScaleIterator& scale) {
@@ -41,6 +42,7 @@ class ScalarLoopTest : public PerElementTest {
     }
 
   private:
+    bxString m_title = m_cells.function + "_" + m_cells.types;
     bool m_created = false;
 };
 

@@ -45,25 +45,4 @@ void setMapParm(bxMapIterator<T>& parm, const char* name, const char* prompt,
     setParm(parm, name, prompt, values);
 }
 
-/** A test whose rows begin with the divisor, the units of work of a call. */
-class DivisorCellTest : public kvTest {
-  public:
-    using kvTest::kvTest;
-    void parmsToCstrm() override {
-        g_cstrm << static_cast<int>(getDivisor());
-        kvTest::parmsToCstrm();
-    }
-    void parmsNameToCstrm() override {
-        g_cstrm << "divisor";
-        kvTest::parmsNameToCstrm();
-    }
-};
-
-/** A test that reports clocks per element. */
-class PerElementTest : public DivisorCellTest {
-  public:
-    using DivisorCellTest::DivisorCellTest;
-    bxString getUnit() override { return "e"; }
-};
-
 #endif

@@ -6,8 +6,8 @@
 #define VLCSUITE_H
 
 #include "bitposition.h"
-#include "kv.h"
 #include "suiteparms.h"
+#include "suitetest.h"
 #include "zordc.h"
 
 #include <cstdlib>
@@ -21,7 +21,14 @@ struct VlcParms {
     bxMapIterator<int> escapeMode{noEscape, "", ""};
     bxIterator<int> tableSize{0, "", ""};
 
-    void init(kvTest& test, bool count, int records) {
+    /** The stream has 32 bytes for a pair. */
+    bool sound(SuiteTest& test) const {
+        constexpr int most = 1 << 20;
+        return test.within({{len, 1, most}, {tableSize, records, records}});
+    }
+
+    void init(kvTest& test, bool count, int tableRecords) {
+        records = tableRecords;
         setRangeParm(len, "len", "pairs of values", 36, count ? 36 : 576, '*', 2);
         setMapParm<int>(escapeMode, "escapeMode", "escapes among the values",
                         {{noEscape, "no_escape"}, {halfEscape, "half_escape"}, {onlyEscape, "escape"}},
@@ -31,6 +38,8 @@ struct VlcParms {
         test.regParm(escapeMode);
         test.regParm(tableSize);
     }
+
+    int records = 0;
 };
 
 /** Fills a block with magnitudes of the escape mode's range and random signs. */
@@ -53,9 +62,8 @@ struct VlcData {
     ZorVLCEncodeState_32s* encoder = nullptr;
     ZorVLCDecodeState_32s* decoder = nullptr;
 
-    bool create(int len, int escapeMode, int maxValue, int shift) {
-        block.init(kv16s);
-        if (!block.createVector(2 * len, -1) || !stream.createVector(32 * len, shift))
+    bool create(SuiteTest& test, int len, int escapeMode, int maxValue) {
+        if (!test.makeFirst(block, kv16s, 2 * len) || !test.make(stream, kv8u, 32 * len))
             return false;
         fillEscapeBlock(block, escapeMode, maxValue);
         stream.setBitPos(0);
@@ -75,15 +83,13 @@ struct VlcData {
                                    "zorsVLCDecodeInitAlloc_32s") != FUNCFAIL;
     }
 
-    void flush() {
+    void freeStates() {
         if (encoder)
             zorsVLCEncodeFree_32s(encoder);
         if (decoder)
             zorsVLCDecodeFree_32s(decoder);
         encoder = nullptr;
         decoder = nullptr;
-        block.deleteVector();
-        stream.deleteVector();
     }
 };
 

@@ -1,24 +1,14 @@
 /** \file
- * Test data that several tests of the suite build in the same way.
+ * A signal for filter banks.
  */
-#ifndef SUITEDATA_H
-#define SUITEDATA_H
+#ifndef TESTSIGNAL_H
+#define TESTSIGNAL_H
 
-#include "kv.h"
+#include "zortypes.h"
 
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
-
-/**
- * Creates a vector of `len` elements with the default fill. The first vector of a combination (place 0)
- * carries the session's misalignment; those after it (1, 2, ...) stand on 64-byte boundaries at their own
- * mutual offsets.
- */
-inline bool makeVector(kvVector& vector, kvType type, int len, int place = 0) {
-    vector.init(type);
-    return vector.createVector(len, place == 0 ? -1 : place * bxGetVectorShift());
-}
 
 /** A signal like music to a filter bank: four partials of falling amplitude and some noise, within -1 to 1.
  */
