@@ -1,5 +1,5 @@
-# Installation: programs, libraries, headers and the package file, so that find_package(benchex) works; and a
-# Debian package through CPack.
+# Installation: programs, libraries, headers and the package file, so that find_package(benchex) works; and the
+# Debian package.
 include(CMakePackageConfigHelpers)
 
 set(benchex_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/benchex")
@@ -30,16 +30,4 @@ install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(PROGRAMS tools/fleet/slices.sh tools/fleet/run_slice.sh tools/fleet/run_parallel.sh
   tools/fleet/slurm-array.sh tools/fleet/collect.py DESTINATION "${CMAKE_INSTALL_DATADIR}/benchex/fleet")
 
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_NAME benchex)
-set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
-set(CPACK_PACKAGE_CONTACT "The Benchex maintainers <maintainers@benchex.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_CURRENT_BINARY_DIR}/bin")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libjs-chart.js")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "parallel, python3")
-set(CPACK_DEBIAN_PACKAGE_SECTION devel)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-include(CPack)
+include(cmake/package.cmake)

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# What the completion offers, asked as bash asks it.
-#   completion_test.sh COMPLETION-FILE
+# What the completions offer, asked as bash, fish and zsh ask them; a shell that is missing is named and left out.
+#   completion_test.sh DIRECTORY-OF-COMPLETIONS
 set -u
 # shellcheck source=/dev/null
-source "$1"
+completions=$1
+source "$completions/benchex.bash"
+here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
@@ -51,6 +53,44 @@ expect '-B' _benchex ./benchex -B
 expect 'table.csv results' _benchex_report benchex-report ''
 expect '--title' _benchex_report benchex-report --ti
 expect '--threshold' _benchex_compare benchex-compare --th
+
+# offered SHELL "OFFERS" "LINE TYPED" COMMAND...: the command prints what the shell offers.
+offered() {
+    local shell=$1 wanted=$2 line=$3
+    shift 3
+    local offers
+    offers=$("$@" | cut -f1 | sort -u | tr '\n' ' ')
+    if [ "$offers" != "$wanted " ]; then
+        echo "FAILED: $shell: '$line' offers '$offers', expected '$wanted'"
+        failures=$((failures + 1))
+    fi
+}
+
+lines=(
+    'benchex -fzorsM|-fzorsMDCTFwd_32f -fzorsMDCTInv_32f'
+    'benchex -f zorsC|zorsCopy_8u'
+    'benchex -tTimM|-tTimMdct'
+    'benchex -TAV|-TAVX -TAVX2'
+    'benchex -LW|-LWARN'
+    'benchex -r ta|table.csv'
+    'benchex-compare --th|--threshold'
+)
+export PATH=$work:$PATH
+for shell in fish zsh; do
+    if ! command -v $shell >/dev/null; then
+        echo "not tried: $shell is missing"
+        continue
+    fi
+    for each in "${lines[@]}"; do
+        line=${each%%|*}
+        if [ $shell = fish ]; then
+            offered fish "${each#*|}" "$line" \
+                fish --no-config -c "source $completions/benchex.fish; complete -C '$line'"
+        else
+            offered zsh "${each#*|}" "$line" timeout 30 zsh -f "$here/zsh_offers.zsh" "$completions" "$line"
+        fi
+    done
+done
 
 [ "$failures" = 0 ] && echo "all as expected"
 exit $((failures > 0))
