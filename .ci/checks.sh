@@ -55,6 +55,9 @@ without_companion_libraries() {
         ! cmake --build "$dir" --target benchex-report
 }
 
+# Reproducible, without errors of lintian; installed, used and removed in a bare root.
+debian_package() { .ci/package.sh "$work"; }
+
 # A project outside of the tree, built against what `cmake --install` puts in place. Its test has three lengths.
 example_against_the_installed_package() {
     local prefix="$work/installed" example="$work/example"
@@ -70,5 +73,5 @@ report_in_a_browser() { ctest --test-dir build --output-on-failure -R '^tools\.(
 
 checks=(rules_of_the_tree tables_match_their_sources formatted report_in_a_browser x86_tests
     x86_tns_under_the_emulator clang_with_sanitizers_tests
-    fuzz_targets_find_nothing without_companion_libraries example_against_the_installed_package
+    fuzz_targets_find_nothing without_companion_libraries debian_package example_against_the_installed_package
     valgrind_finds_nothing clang_tidy cppcheck_finds_nothing)

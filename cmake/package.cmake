@@ -31,8 +31,7 @@ set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
 set(CPACK_PACKAGE_CONTACT "The Benchex maintainers <maintainers@benchex.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "measure what the functions of a signal-processing library cost")
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-"${CPACK_PACKAGE_DESCRIPTION_SUMMARY}
-Benchex calls each function of a library many times, for every combination
+"Benchex calls each function of a library many times, for every combination
 of its parameters, and reports clocks per call and per element, microseconds
 and MFlops. A crash in a tested function costs one test and not the run.
 .

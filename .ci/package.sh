@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# The Debian package: built twice it is the same bit by bit, lintian finds no error, and in a bare root it can be
+# installed, used and removed.
+#   package.sh WORK-DIRECTORY
+# With BENCHEX_DEB a package that is there is taken, and the two builds are left out.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+work=$1/package
+mkdir -p "$work"
+export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)} CCACHE_DISABLE=1
+
+build() { # build NUMBER: from scratch, in a folder that is the same each time
+    rm -rf "$work/build"
+    cmake -S . -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBENCHEX_TESTS=OFF >/dev/null
+    cmake --build "$work/build" >/dev/null
+    cpack --config "$work/build/CPackConfig.cmake" -B "$work/$1" >/dev/null
+}
+
+deb=${BENCHEX_DEB:-}
+if [ -z "$deb" ]; then
+    build first
+    sleep 1
+    build second
+    deb=$(echo "$work"/first/*.deb)
+    cmp "$deb" "$work/second/$(basename "$deb")"
+    echo "two builds: the same package"
+fi
+
+if command -v lintian >/dev/null; then
+    lintian --allow-root --fail-on error --tag-display-limit 0 "$deb"
+else
+    echo "left out: lintian is missing"
+fi
+
+if ! command -v debootstrap >/dev/null || [ "$(id -u)" != 0 ]; then
+    echo "left out: a bare root needs debootstrap and the rights of root"
+    exit 0
+fi
+root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
+if ! debootstrap --variant=minbase "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root" >"$work/debootstrap.log" 2>&1; then
+    echo "left out: no bare root without the archive of Debian's packages: $(tail -n 1 "$work/debootstrap.log")"
+    exit 0
+fi
+inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 "$@"; }
+files() { (cd "$root" && find . -xdev -not -path './var/*' -not -path './proc/*' -not -path './etc/ld.so.cache' | sort); }
+files >"$work/before"
+cp "$deb" "$root/benchex.deb"
+inside dpkg -i /benchex.deb
+inside sh -c 'cd /tmp && benchex -B -f TNS -L P -dMethod=Manual -l/tmp -r -u -q >/dev/null &&
+    benchex-report -o page.html benchex.csv && benchex-compare benchex.csv benchex.csv'
+test -s "$root/tmp/page.html"
+inside dpkg --purge benchex
+rm -rf "$root"/benchex.deb "$root"/tmp/*
+files >"$work/after"
+diff "$work/before" "$work/after"
+echo "bare root: installed, used and removed"
