@@ -54,40 +54,29 @@ expect 'table.csv results' _benchex_report benchex-report ''
 expect '--title' _benchex_report benchex-report --ti
 expect '--threshold' _benchex_compare benchex-compare --th
 
-# offered SHELL "OFFERS" "LINE TYPED" COMMAND...: the command prints what the shell offers.
-offered() {
-    local shell=$1 wanted=$2 line=$3
-    shift 3
-    local offers
-    offers=$("$@" | cut -f1 | sort -u | tr '\n' ' ')
-    if [ "$offers" != "$wanted " ]; then
-        echo "FAILED: $shell: '$line' offers '$offers', expected '$wanted'"
-        failures=$((failures + 1))
-    fi
-}
-
-lines=(
-    'benchex -fzorsM|-fzorsMDCTFwd_32f -fzorsMDCTInv_32f'
-    'benchex -f zorsC|zorsCopy_8u'
-    'benchex -tTimM|-tTimMdct'
-    'benchex -TAV|-TAVX -TAVX2'
-    'benchex -LW|-LWARN'
-    'benchex -r ta|table.csv'
-    'benchex-compare --th|--threshold'
-)
+# The same lines for the other shells: line typed, what it offers.
+lines=('benchex -fzorsM' 'benchex -f zorsC' 'benchex -tTimM' 'benchex -TAV' 'benchex -LW' 'benchex -r ta' 'benchex-compare --th')
+offers=('-fzorsMDCTFwd_32f -fzorsMDCTInv_32f' 'zorsCopy_8u' '-tTimMdct' '-TAVX -TAVX2' '-LWARN' 'table.csv' '--threshold')
 export PATH=$work:$PATH
+
+fish_offers() {
+    local line
+    for line in "$@"; do
+        fish --no-config -c "source $completions/benchex.fish; complete -C '$line'" | cut -f1 | sort -u | xargs
+    done
+}
+zsh_offers() { timeout 60 zsh -f "$here/zsh_offers.zsh" "$completions" "$@"; }
+
 for shell in fish zsh; do
     if ! command -v $shell >/dev/null; then
         echo "not tried: $shell is missing"
         continue
     fi
-    for each in "${lines[@]}"; do
-        line=${each%%|*}
-        if [ $shell = fish ]; then
-            offered fish "${each#*|}" "$line" \
-                fish --no-config -c "source $completions/benchex.fish; complete -C '$line'"
-        else
-            offered zsh "${each#*|}" "$line" timeout 30 zsh -f "$here/zsh_offers.zsh" "$completions" "$line"
+    mapfile -t offered < <(${shell}_offers "${lines[@]}")
+    for i in "${!lines[@]}"; do
+        if [ "${offered[i]:-}" != "${offers[i]}" ]; then
+            echo "FAILED: $shell: '${lines[i]}' offers '${offered[i]:-}', expected '${offers[i]}'"
+            failures=$((failures + 1))
         fi
     done
 done

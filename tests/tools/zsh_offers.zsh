@@ -1,15 +1,18 @@
-# What the completion offers, asked as zsh asks it: zsh_offers.zsh DIRECTORY WORDS
-# The line is typed into a zsh of its own; completion writes what it would offer into a file.
+# What the completion offers, asked as zsh asks it: zsh_offers.zsh DIRECTORY LINE...
+# The lines are typed into a zsh of its own, whose completion writes down what it offers. Each prints one line.
 zmodload zsh/zpty
 export TERM=dumb
 zpty typist "zsh -f -i"
-tell() { zpty -w typist "$1" }
-tell "PS1=; fpath=(${(q)1} \$fpath); autoload -U compinit; compinit -u -D"
+await() { while [[ ! -e $1 ]]; do sleep 0.05; done; rm -f $1 }
+tell() { zpty -w typist "$1; touch done"; await done }
+tell "PS1=; fpath=(${(q)1} \$fpath); autoload -U compinit; compinit -u -D; zstyle ':completion:*' insert-tab false"
 tell "compadd() { builtin compadd -A offers \"\$@\"; print -rl -- \$IPREFIX\$^offers >>offers; builtin compadd \"\$@\" }"
-tell "zstyle ':completion:*' list-prompt ''; zstyle ':completion:*' insert-tab false; rm -f offers; touch ready"
-while [[ ! -e ready ]]; do sleep 0.1; done
-zpty -w -n typist "$2"$'\t'
-sleep ${3:-1}
+for line in "${@:2}"; do
+    touch offers
+    zpty -w -n typist "$line"$'\t'
+    zpty -w typist $'\x15'"touch done" # read when the completion is over; ^U takes back what was typed
+    await done
+    print -r -- $(grep . offers | sort -u)
+    rm -f offers
+done
 zpty -d typist
-[[ ! -e offers ]] || sort -u offers
-rm -f ready offers
