@@ -51,27 +51,26 @@ struct Timed {
      * was done \return the last status that was not 0
      */
     [[gnu::flatten, gnu::noinline]] static int stat(int& calls, long long& clocks) {
-        const int factor = bxCpuTicker::getClockFactor();
         int status = 0;
         int i = -1;
         long long total = 0;
         for (;; ++i) {
             if (i == 0)
                 total = 0;
-            if (i >= calls && total * factor >= clocks)
+            if (i >= calls && total >= clocks)
                 break;
             if constexpr (init != nullptr)
                 init();
             const unsigned long long start = zor_get_cpu_counter();
             const int one = call();
             const unsigned long long stop = zor_get_cpu_counter();
-            total += static_cast<long long>(stop - start);
+            total += bxCpuTicker::toClocks(stop - start);
             status = one != 0 ? one : status;
             if (one < 0)
                 break;
         }
         calls = i;
-        clocks = total * factor;
+        clocks = total;
         return status;
     }
 
@@ -88,7 +87,7 @@ template <FunctionName name, int (*call)(), int (*init)()>
 bxResult timeLoop(int count, long long* clocks) {
     unsigned long long ticks = 0;
     const int status = Timed<call, init>::loop(count, ticks);
-    *clocks = static_cast<long long>(ticks) * bxCpuTicker::getClockFactor();
+    *clocks = bxCpuTicker::toClocks(ticks);
     return kvTest::checkStatus(status, name.text);
 }
 

@@ -422,7 +422,7 @@ TEST_F(FrameworkTest, ColdLinesAreNotMeasuredInHotMode) {
 
 TEST_F(FrameworkTest, WithoutALoopTheCallsAreTimedOneByOne) {
     const std::pair<int, const char*> methods[] = {{bxTool::methodAuto, "Auto"},
-                                                   {bxTool::methodBest, "Iterative"}};
+                                                   {bxTool::methodIterative, "Iterative"}};
     for (const auto& [method, name] : methods) {
         ScriptedTest test;
         test.funcLoop = nullptr;

@@ -211,7 +211,8 @@ TEST_F(Misbehave, EachEndsItsOwnTestAndDisturbsNoOther) {
     for (const Misbehaviour& kind : misbehaviours) {
         if (!possible(kind))
             continue;
-        for (int method : {bxTool::methodAuto, bxTool::methodLoop, bxTool::methodStat, bxTool::methodBest}) {
+        for (int method :
+             {bxTool::methodAuto, bxTool::methodLoop, bxTool::methodStat, bxTool::methodIterative}) {
             bxTest& test = testOf(kind.function);
             const std::string listing = listingOf(test, method);
             EXPECT_EQ(test.result, kind.result) << listing;

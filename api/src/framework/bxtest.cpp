@@ -13,6 +13,7 @@
 #include "parameters/bxistream.h"
 #include "system/bxenvironment.h"
 #include "system/bxpriority.h"
+#include "timing/bxcallscope.h"
 #include "timing/bxcallwatch.h"
 #include "timing/bxexception.h"
 #include "timing/bxfpwatch.h"
@@ -335,14 +336,10 @@ void bxTest::checkRegisters() {
 
 int bxTest::callOnce() {
     return bxTraced("zorFunctionCalls", [this] {
-        g_callWatch.start();
-        bxEnterCalls();
+        const bxCallScope scope(bxCallScope::called);
         if (initFunc)
             initFunc();
-        const int status = g_callWatch.call(funcCall);
-        bxLeaveCalls();
-        g_callWatch.stop();
-        return status;
+        return g_callWatch.call(funcCall);
     });
 }
 

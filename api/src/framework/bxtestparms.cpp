@@ -163,7 +163,7 @@ bxResult bxTest::checkCtrlStatus() {
 
 /** A search for the number of calls needs a loop; without one the calls are timed one by one. */
 static void replaceMethodWithoutLoop(bxTool& tool) {
-    if (tool.method != bxTool::methodAuto && tool.method != bxTool::methodBest)
+    if (tool.method != bxTool::methodAuto && tool.method != bxTool::methodIterative)
         return;
     g_ostrm << ERR << " ATTENTION! The test cannot execute "
             << (tool.method == bxTool::methodAuto ? "Auto" : "Iterative")

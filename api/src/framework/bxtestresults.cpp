@@ -118,7 +118,7 @@ bxString bxTest::sFormat(long long x, int w) {
 
 bxString bxTest::testResultString() {
     bxString line;
-    if (tool.method == bxTool::methodAuto || tool.method == bxTool::methodBest)
+    if (tool.method == bxTool::methodAuto || tool.method == bxTool::methodIterative)
         line << "  " << bxTable::accuracy << sFormat(bxTool::getAccuracyStr(tool.actualAccuracy), -5);
     line << "  " << sFormat(tool.info, -10) << "  perf=" << sFormat(tool.funcClocks, 9) << "/"
          << sFormat(getDivisor(), 9) << "=" << sFormat(perfString(false), 9) << " clocks";

@@ -56,7 +56,7 @@ int readMethod(const bxTool& setup) {
     parm[bxTool::methodAuto] = "Auto";
     parm[bxTool::methodLoop] = "Manual";
     parm[bxTool::methodStat] = "Statistic";
-    parm[bxTool::methodBest] = "Iterative";
+    parm[bxTool::methodIterative] = "Iterative";
     return readValue(parm);
 }
 
@@ -100,7 +100,7 @@ void readAccuracy(int method) {
     constexpr double finest = 0.01;
     constexpr double coarsest = 0.5;
     constexpr double anyAccuracy = 500.0; // every measurement is within it
-    if (method != bxTool::methodAuto && method != bxTool::methodBest)
+    if (method != bxTool::methodAuto && method != bxTool::methodIterative)
         return;
     bxDefault<int> percent(5, "Accuracy", "Accuracy, %");
     const double fraction = readValue(percent) * 0.01;
@@ -133,7 +133,7 @@ int bxSession::readTimingMethod() {
     case bxTool::methodStat:
         readStatistic(setup);
         break;
-    case bxTool::methodBest:
+    case bxTool::methodIterative:
         readIterative(setup);
         break;
     default:

@@ -20,6 +20,11 @@ class bxCpuTicker {
     /** Processor clocks per count of the counter; every count is multiplied by it before use. */
     static constexpr int getClockFactor() { return 1; }
 
+    /** Clocks of a difference of two readings: the one place where the factor counts. */
+    static constexpr long long toClocks(unsigned long long ticks) {
+        return static_cast<long long>(ticks) * getClockFactor();
+    }
+
     /** Frequency in whole MHz, 0 where it is not known; the first call measures it. */
     static int getFreq();
 

@@ -185,17 +185,13 @@ void bxSSX::stop() {
     m_mxcsr |= m_base.get();
 }
 
+void bxSSX::resume() const {
+    if (m_base.hasSSX())
+        bx_set_ssx(static_cast<unsigned int>(m_mxcsr), allFlags);
+}
+
 bool bxSSX::badStatus() const {
     return (m_mxcsr & badFlags) != 0;
-}
-
-void bxKeptFlags::keep() {
-    m_flags = static_cast<unsigned int>(ssx().get());
-}
-
-void bxKeptFlags::putBack() const {
-    if (ssx().hasSSX())
-        bx_set_ssx(m_flags, allFlags);
 }
 
 constinit bx87 g_ctrl87;

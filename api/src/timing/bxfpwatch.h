@@ -99,6 +99,8 @@ class bxSSX {
     void clear();
     /** Nothing: the SSE flags collect from `init` on. */
     void start() {}
+    /** Puts back the flags collected so far: what the harness raised since is not the function's. */
+    void resume() const;
     /** After a measurement: collects MXCSR. */
     void stop();
 
@@ -111,21 +113,6 @@ class bxSSX {
   private:
     tsSSXBase m_base;
     int m_mxcsr = 0;
-};
-
-/**
- * The SSE flags as the tested functions leave them. The harness computes between their measurements, and what
- * it raises is not theirs. (The x87 flags are cleared before each measurement.)
- */
-class bxKeptFlags {
-  public:
-    /** Keeps the flags of this moment: at the start of a timing and after each measurement. */
-    void keep();
-    /** Puts the flags back: before each measurement. */
-    void putBack() const;
-
-  private:
-    unsigned int m_flags = 0;
 };
 
 /** Access for the global below. */

@@ -1,156 +1,195 @@
 #include "timing/bxprecise.h"
 
-#include "system/bxclock.h"
+#include "timing/bxfiguretext.h"
+#include "timing/bxfpwatch.h"
+#include "timing/bxreference.h"
+#include "timing/bxtimingtext.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <thread>
+
+using bxTimingText::traced;
+using bxTimingText::write;
 
 namespace {
 
-double reference(const bxSlice& slice) {
-    return (slice.referenceBefore + slice.referenceAfter) / 2;
+/** Counts that n calls of a slice should take: a step of the counter (21 counts on some machines) is 0.07 %
+ * of it. */
+constexpr double sliceTicks = 32'000;
+/** Most calls of a slice, for functions that take less than a count. */
+constexpr int mostCalls = 1 << 22;
+/** A combination whose slices took this many counts (10 ms at 2 GHz) ends, sure enough or not, once it may.
+ */
+constexpr double mostTicks = 20e6;
+
+/** Blocks of additions that take about as long as the calls of a slice should. */
+constexpr int referenceBlocks = 768;
+
+/** Steps by which the slices' lengths differ, so that the counter's steps do not fall on the same place in
+ * each. */
+constexpr int lengths = 16;
+
+/** The length of a slice: from `base` to nearly one and a half times as much. */
+int stretched(int base, int slice) {
+    return base + static_cast<int>(static_cast<long long>(base) * (slice * 7 % lengths) / (2 * lengths));
 }
 
-/** False if the counter stood still or was set back. */
-bool counted(const bxSlice& slice) {
-    return reference(slice) > 0;
+/** Counts of one addition. */
+double referenceTicks(int slice) {
+    const int blocks = stretched(referenceBlocks, slice);
+    const long long once = bxReferenceTicks(blocks);
+    const long long twice = bxReferenceTicks(2 * blocks);
+    return static_cast<double>(twice - once) / blocks / bxReferenceBlock;
 }
 
-bool disturbed(const bxSlice& slice) {
-    return std::abs(slice.referenceAfter - slice.referenceBefore) >
-               bxSliceSeries::mostMovement * reference(slice) ||
-           slice.disagreement > bxSliceSeries::mostDisagreement;
+/** Blocks of independent additions: a step of the counter is 0.1 % of their time. */
+constexpr int throughputBlocks = 2048;
+
+/** Independent additions in a core clock. \param addition  counts of one addition */
+double throughput(double addition) {
+    return addition * throughputBlocks * bxReferenceBlock /
+           static_cast<double>(std::max(bxThroughputTicks(throughputBlocks), 1LL));
 }
 
-double loss(double throughput, double full) {
-    const double lost = full > 0 ? 1 - throughput / full : 0;
-    return lost > bxSliceSeries::mostLoss ? lost : 0;
+/** What can be seen of the core without calls. */
+bxSlice emptySlice() {
+    bxSlice slice;
+    slice.referenceBefore = referenceTicks(0);
+    slice.referenceAfter = referenceTicks(0);
+    slice.throughput = throughput(slice.referenceAfter);
+    return slice;
 }
 
-/** What counts of some slices. */
-struct Values {
-    std::vector<double> clocks, rates, throughputs;
-
-    int size() const { return static_cast<int>(clocks.size()); }
-    void add(const bxSlice& slice) {
-        clocks.push_back(slice.perCall / reference(slice));
-        rates.push_back(1 / reference(slice));
-        throughputs.push_back(slice.throughput);
+/** Looks at the core now and then for a third of a second: others that use it during the first combination
+ * may be gone in between. */
+void meet(bxOwnCore& core) {
+    for (int look = 0; look < 32; ++look) {
+        core.saw(emptySlice());
+        core.saw(emptySlice());
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
+}
+
+/** One combination of parameter values. */
+class PreciseTiming {
+  public:
+    PreciseTiming(const bxTimingSettings& settings, const bxLoopSampler& sampler, bxOwnCore& core)
+        : m_settings(settings), m_sampler(sampler), m_core(core) {}
+
+    bxTimingFigures run();
+
+  private:
+    int callsOfSlice();
+    bxSliceSeries measureSlices(int calls);
+    /** Makes `count` calls; clocks per call. */
+    double measure(int count);
+    bool statusIsBadAndAvoidable() const { return m_settings.ibsMode && m_badStatus; }
+
+    const bxTimingSettings& m_settings;
+    const bxLoopSampler& m_sampler;
+    bxOwnCore& m_core;
+    bxTimingFigures m_figures;
+    bool m_badStatus = false;
 };
 
-/** Slices by what happened in them; those in which the counter failed are in none. */
-struct Sorted {
-    Values alone, usable, dropped; ///< usable: alone or shared
+double PreciseTiming::measure(int count) {
+    bxSample sample;
+    traced("runTimFunc", [&] { sample = m_sampler(count); });
+    m_badStatus = sample.badStatus;
+    m_figures.add(sample, count);
+    return m_figures.funcClocks;
+}
 
-    Sorted(const std::vector<bxSlice>& slices, double full) {
-        for (const bxSlice& slice : slices) {
-            if (!counted(slice))
-                continue;
-            if (disturbed(slice)) {
-                dropped.add(slice);
-                continue;
-            }
-            usable.add(slice);
-            if (loss(slice.throughput, full) == 0)
-                alone.add(slice);
+bxTimingFigures PreciseTiming::run() {
+    write(INFO, "    Precise mode: start\n");
+    if (m_settings.patience > 0 && m_core.throughput() == 0)
+        meet(m_core);
+    const int calls = callsOfSlice();
+    if (bxIsFailure(m_figures.result))
+        return m_figures;
+    const bxSliceSeries series = measureSlices(calls);
+    if (bxIsFailure(m_figures.result))
+        return m_figures;
+    const bxPreciseFigure figure = series.figure(m_settings.accuracy, m_core.throughput());
+    m_figures.preciseFigure = figure;
+    m_core.seriesEnded(figure);
+    m_figures.funcClocks = figure.clocks;
+    if (!(figure.clocks > 0)) {
+        m_figures.raise(ACCURFAIL);
+        return m_figures;
+    }
+    m_figures.found = true;
+    m_figures.actualAccuracy = (figure.high - figure.low) / 2 / figure.clocks;
+    if (figure.lost > 0)
+        m_figures.actualAccuracy =
+            std::max({m_figures.actualAccuracy, figure.lost, bxOwnCore::costOfCompany});
+    if (!figure.reached && m_figures.result <= OK)
+        m_figures.result = ACCURWRN;
+    write(INFO, "        accuracy   = ", bxAccuracyText(m_figures.actualAccuracy), "\n",
+          "        funcClocks = ", m_figures.funcClocks, "\n",
+          "        result     = ", bxResultString(m_figures.result), "\n", "    Precise mode: stop\n");
+    return m_figures;
+}
+
+/** Calls n of a slice: as many as take some time, but no more than leave the control status clean. */
+int PreciseTiming::callsOfSlice() {
+    int calls = 1;
+    for (;;) {
+        const double perCall = measure(calls);
+        if (bxIsFailure(m_figures.result))
+            return calls;
+        if (statusIsBadAndAvoidable() && calls > 1) {
+            bxClearCtrlStatus();
+            return std::max(calls / 4, 1); // 2n calls and the stretch of the slices stay below what was bad
         }
+        const double wanted = perCall > 0 ? sliceTicks / perCall : mostCalls;
+        if (wanted <= 2.0 * calls || calls == mostCalls)
+            return static_cast<int>(std::clamp(wanted + 0.5, 1.0, static_cast<double>(mostCalls)));
+        // Few calls are mostly their fixed cost: not more than ten times as many at once.
+        calls = static_cast<int>(std::min({wanted, 10.0 * calls, static_cast<double>(mostCalls)}));
     }
-};
-
-} // namespace
-
-void bxOwnCore::saw(const bxSlice& slice) {
-    if (!counted(slice) || disturbed(slice))
-        return;
-    m_throughput = std::max(m_throughput, std::min(m_last, slice.throughput));
-    m_last = slice.throughput;
 }
 
-bool bxSliceSeries::mayEnd(double full) const {
-    return count() >= 4 * fewest || Sorted(m_slices, full).alone.size() >= fewest;
-}
-
-bool bxSliceSeries::endsShared(double full) const {
-    return !m_slices.empty() && loss(m_slices.back().throughput, full) > 0;
-}
-
-bxPreciseFigure bxSliceSeries::figure(double accuracy, double full) const {
-    const Sorted sorted(m_slices, full);
-    const bool alone = sorted.alone.size() >= fewest;
-    const Values& kept = alone ? sorted.alone : sorted.usable;
-    const Values& values = kept.size() > 0 ? kept : sorted.dropped;
-    bxPreciseFigure figure;
-    figure.slices = kept.size();
-    figure.dropped = count() - kept.size();
-    if (values.size() == 0)
-        return figure;
-    std::vector<double> judged = kept.clocks;
-    if (kept.size() < fewest)
-        judged.insert(judged.end(), sorted.dropped.clocks.begin(), sorted.dropped.clocks.end());
-    if (judged.size() >= std::size_t{fewest} * batch)
-        judged = bxBatchMedians(judged, batch);
-    const bxInterval interval = bxMedianInterval(judged, confidence);
-    figure.clocks = bxMedian(values.clocks);
-    figure.low = std::min(interval.low, figure.clocks);
-    figure.high = std::max(interval.high, figure.clocks);
-    figure.coreClocksPerTick = bxMedian(values.rates);
-    figure.throughput = bxMedian(values.throughputs);
-    figure.lost = loss(figure.throughput, full);
-    figure.reached = alone && interval.halfWidth() <= accuracy * figure.clocks;
-    return figure;
-}
-
-namespace {
-
-/** The additions of `blocks` blocks. */
-inline void addInChain(int blocks) {
-    unsigned sum = 0;
-    const unsigned one = 1;
-    // A register is added, not a constant: processors exist that fold additions of constants.
-    asm volatile("1:\n\t.rept 64\n\tadd %2, %0\n\t.endr\n\tsub $1, %1\n\tjnz 1b"
-                 : "+r"(sum), "+r"(blocks)
-                 : "r"(one)
-                 : "cc");
-}
-
-/** As many, in chains that do not wait for each other. */
-inline void addSideBySide(int blocks) {
-    unsigned a = 0, b = 0, c = 0, d = 0;
-#if defined(__x86_64__)
-    unsigned e = 0, f = 0, g = 0, h = 0;
-    asm volatile("1:\n\t.rept 8\n\tadd %0, %0\n\tadd %1, %1\n\tadd %2, %2\n\tadd %3, %3\n\t"
-                 "add %4, %4\n\tadd %5, %5\n\tadd %6, %6\n\tadd %7, %7\n\t.endr\n\tsub $1, %8\n\tjnz 1b"
-                 : "+r"(a), "+r"(b), "+r"(c), "+r"(d), "+r"(e), "+r"(f), "+r"(g), "+r"(h), "+r"(blocks)
-                 :
-                 : "cc");
-#else // registers for four
-    asm volatile("1:\n\t.rept 16\n\tadd %0, %0\n\tadd %1, %1\n\tadd %2, %2\n\tadd %3, %3\n\t.endr\n\t"
-                 "sub $1, %4\n\tjnz 1b"
-                 : "+r"(a), "+r"(b), "+r"(c), "+r"(d), "+r"(blocks)
-                 :
-                 : "cc");
-#endif
-}
-
-/** Counts of `add(blocks)`, with the same start whatever ran before. */
-template <auto add>
-inline long long ticksOf(int blocks) {
-    // Without it the shorter one of a difference, that comes first, was 0.04 % of the difference too long.
-    constexpr int untimed = 16;
-    add(untimed);
-    const unsigned long long first = zor_get_cpu_counter();
-    add(blocks);
-    const unsigned long long last = zor_get_cpu_counter();
-    return static_cast<long long>(last - first) * bxCpuTicker::getClockFactor();
+bxSliceSeries PreciseTiming::measureSlices(int calls) {
+    bxSliceSeries series;
+    bxSlice slice;
+    double ticks = 0, waited = 0;
+    const double longestWait = m_settings.patience * m_core.patience();
+    int next = bxSliceSeries::fewest;
+    slice.referenceAfter = referenceTicks(0);
+    for (;;) {
+        const int i = series.count();
+        const int n = m_figures.loops = stretched(calls, i);
+        // The order changes from slice to slice, so that a drift makes the difference too large as often as
+        // too small.
+        const double first = measure(i % 2 ? 2 * n : n), second = measure(i % 2 ? n : 2 * n);
+        const double once = i % 2 ? second : first, twice = i % 2 ? first : second;
+        if (bxIsFailure(m_figures.result))
+            return series;
+        slice.perCall = 2 * twice - once;
+        slice.disagreement = n * std::abs(twice - once) / std::max(sliceTicks, n * std::abs(slice.perCall));
+        slice.referenceBefore = slice.referenceAfter;
+        slice.referenceAfter = referenceTicks(i + 1);
+        slice.throughput = throughput(slice.referenceAfter);
+        series.add(slice);
+        m_core.saw(slice);
+        const double alone = m_core.throughput();
+        (waited < longestWait && series.endsShared(alone) ? waited : ticks) +=
+            n * (once + 2 * twice) + 3 * sliceTicks;
+        const bool spent = ticks >= mostTicks && series.mayEnd(alone);
+        if (series.count() < next && !spent)
+            continue;
+        if (spent || series.figure(m_settings.accuracy, alone).reached)
+            return series;
+        next = bxSliceSeries::nextLook(series.count());
+    }
 }
 
 } // namespace
 
-long long bxReferenceTicks(int blocks) {
-    return ticksOf<addInChain>(blocks);
-}
-
-long long bxThroughputTicks(int blocks) {
-    return ticksOf<addSideBySide>(blocks);
+bxTimingFigures bxTimePrecisely(const bxTimingSettings& settings, const bxLoopSampler& sampler,
+                                bxOwnCore& core) {
+    return PreciseTiming(settings, sampler, core).run();
 }

@@ -2,6 +2,24 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+
+double bxDifference(double a, double b) {
+    return 2 * std::abs(a - b) / (a + b);
+}
+
+double bxLargestDeviation(const std::vector<double>& values) {
+    if (values.empty())
+        return 0;
+    const double mean =
+        std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
+    if (mean <= 0)
+        return 1; // no clocks were counted: as inaccurate as can be, and no division that raises a flag
+    double largest = 0;
+    for (const double value : values)
+        largest = std::max(largest, std::abs(value - mean));
+    return largest / mean;
+}
 
 double bxMedian(std::vector<double> values) {
     if (values.empty())

@@ -15,6 +15,12 @@ struct bxInterval {
     double halfWidth() const { return (high - low) / 2; }
 };
 
+/** Difference of two values relative to their mean. \param a,b  their sum is not 0 */
+double bxDifference(double a, double b);
+
+/** Largest difference from the mean, relative to it; 0 for no values, 1 where their mean is not above 0. */
+double bxLargestDeviation(const std::vector<double>& values);
+
 /** The middle value, or the mean of the two in the middle; 0 for no values. */
 double bxMedian(std::vector<double> values);
 

@@ -1,21 +1,24 @@
 /** \file
- * Settings, texts and figures of the engine; the methods are in bxtoolmethods.cpp, single measurements in
- * bxtoolmeasure.cpp.
+ * Settings of the engine, and which method times.
  */
 #include "timing/bxtool.h"
 
+#include "output/bxostream.h"
 #include "system/bxclock.h"
+#include "timing/bxcallwatch.h"
 #include "timing/bxfpwatch.h"
+#include "timing/bxinternalerror.h"
+#include "timing/bxmanualloop.h"
+#include "timing/bxprecise.h"
+#include "timing/bxstatistic.h"
+#include "timing/bxtimingtext.h"
+#include "timing/bxturns.h"
 
-#include <algorithm>
-#include <array>
 #include <climits>
-#include <cmath>
-#include <cstdio>
-#include <numeric>
 
 int bxTool::m_priority = 0;
-bxResult (*bxTool::m_pCheckStatus)(int status) = nullptr;
+bxStatusCheck bxTool::m_pCheckStatus = nullptr;
+bxOwnCore bxTool::m_ownCore;
 
 bxTool& bxSessionTool() {
     static bxTool tool;
@@ -23,17 +26,9 @@ bxTool& bxSessionTool() {
 }
 
 void bxTool::reset() {
-    result = UNDEFINED;
-    funcClocks = 0;
-    loops = 0;
-    clocks = 0;
-    actualAccuracy = 1.0;
-    preciseFigure = {};
+    static_cast<bxTimingFigures&>(*this) = {};
+    static_cast<bxTimingFunctions&>(*this) = {};
     info = "";
-    funcLoop = nullptr;
-    funcStat = nullptr;
-    funcCall = nullptr;
-    initFunc = nullptr;
 }
 
 void bxTool::setMethodLoop(int n) {
@@ -48,7 +43,7 @@ void bxTool::setMethodStat(int calls, long long clocksToReach) {
 }
 
 void bxTool::setMethodBest(int n, int max, long long minClocks) {
-    method = methodBest;
+    method = methodIterative;
     bestStartLoops = std::max(n, 1);
     bestMaxLoops = std::max(static_cast<int>(std::min(8LL * n, static_cast<long long>(INT_MAX))), max);
     bestMinClocks = minClocks;
@@ -70,7 +65,7 @@ bool bxTool::getMethodStat(int& calls, long long& clocksToReach) const {
 }
 
 bool bxTool::getMethodBest(int& n, int& max, long long& minClocks) const {
-    if (method != methodBest)
+    if (method != methodIterative)
         return false;
     n = bestStartLoops;
     max = bestMaxLoops;
@@ -94,40 +89,6 @@ void bxTool::setLoopFactor(int f) {
     autoMaxLoops = f == 0 ? 0 : scale(max);
 }
 
-bxString bxTool::getAccuracyStr(double a) {
-    const double percent = 100 * a;
-    std::array<char, 330> text; // the largest double has 309 digits
-    std::snprintf(text.data(), text.size(), percent < 0.1 ? "%.2f%c" : "%.1f%c", percent, '%');
-    return text.data();
-}
-
-bxString bxTool::clockStr(long long c) {
-    bxString zeros;
-    for (; c > INT_MAX; c /= 10)
-        zeros += "0";
-    return (bxString() << c) + zeros;
-}
-
-double bxTool::computeAccuracy(double a, double b) {
-    return 2 * std::abs(a - b) / (a + b);
-}
-
-double bxTool::computeAccuracy(const double* figures, int count) {
-    if (count <= 0)
-        return 0;
-    const double mean = std::accumulate(figures, figures + count, 0.0) / count;
-    if (mean <= 0)
-        return 1; // no clocks were counted: as inaccurate as can be, and no division that raises a flag
-    double largest = 0;
-    for (int i = 0; i < count; ++i)
-        largest = std::max(largest, std::abs(figures[i] - mean));
-    return largest / mean;
-}
-
-double bxTool::computeBest(const double* figures, int count) {
-    return *std::min_element(figures, figures + count);
-}
-
 void bxTool::ctrlStart() {
     g_ctrl87.start();
 }
@@ -135,4 +96,125 @@ void bxTool::ctrlStart() {
 void bxTool::ctrlStop() {
     g_ctrl87.stop();
     g_ssx.stop();
+}
+
+bxIterativeLimits bxTool::iterativeLimits() const {
+    if (method == methodIterative)
+        return {bestStartLoops, bestMaxLoops, bestMinClocks};
+    bxIterativeLimits limits{};
+    getAutoParameters(limits.start, limits.most, limits.minClocks);
+    if (autoStartLoops)
+        limits.start = autoStartLoops;
+    if (autoMaxLoops)
+        limits.most = autoMaxLoops;
+    return limits;
+}
+
+bxResult bxTool::timing(bxFuncTool funcTool) {
+    reset();
+    bxCallSampler sampler(*this, *this, m_priority, m_pCheckStatus);
+    return timeBy(
+        [&](int count) {
+            if (includeDataSet)
+                return bxSample(); // nobody knows before which calls
+            return sampler.loopOf([&](double& total) {
+                clocks = 0;
+                m_figureReported = false;
+                const bxResult r = funcTool(*this, count);
+                const bool figureOnly = clocks == 0 && m_figureReported;
+                total =
+                    figureOnly
+                        ? funcClocks * count
+                        : static_cast<double>(bxCpuTicker::toClocks(static_cast<unsigned long long>(clocks)));
+                return r;
+            });
+        },
+        {});
+}
+
+bxResult bxTool::timing(bxFuncLoop loop, bxFuncStat stat, bxFuncCall call, bxFuncInit init) {
+    reset();
+    if (!loop && !stat && !call) {
+        g_ostrm << ERR
+                << " Internal test problem: The test cannot execute standard timing.\n"
+                   " No one of funcLoop, funcStat or funcCall is registered in the test.\n"
+                << endMessageFlush;
+        return FAIL;
+    }
+    static_cast<bxTimingFunctions&>(*this) = {loop, stat, call, init};
+    if (call && g_callWatch.clobbers())
+        static_cast<bxTimingFunctions&>(*this) = {nullptr, nullptr, bxCallWatch::shield(call), init};
+    bxCallSampler sampler(*this, *this, m_priority, m_pCheckStatus);
+    bxLoopSampler loopSampler;
+    bxStatSampler statSampler;
+    if (funcLoop || funcCall)
+        loopSampler = [&](int count) { return sampler.loop(count); };
+    if (funcStat || funcCall)
+        statSampler = [&](int& calls, long long total) { return sampler.stat(calls, total); };
+    return timeBy(loopSampler, statSampler);
+}
+
+/** Another method where the one in force needs a function that the test does not have. */
+void bxTool::replaceMethod(bool hasLoop, bool hasStat) {
+    if (method == methodLoop && !hasLoop) {
+        g_ostrm << ERR
+                << " ATTENTION! The test cannot execute Manual loop timing.\n"
+                   " Statistic timing will be run instead.\n"
+                << endMessage;
+        setMethodStat(manualLoops, 0);
+    } else if (method == methodStat && !hasStat) {
+        g_ostrm << ERR
+                << " ATTENTION! The test cannot execute Statistic timing.\n"
+                   " Manual loop timing will be run instead.\n"
+                << endMessage;
+        setMethodLoop(statMinCalls);
+    }
+}
+
+/** As one side of a comparison, whatever the method. */
+bxResult bxTool::timeInTurns(const bxLoopSampler& loop, const bxStatSampler& stat) {
+    bxTimingText::traced("timingInTurns", [&] {
+        const auto sampler = [&](int count) {
+            const bxSample sample = loop ? loop(count) : stat(count, 0);
+            add(sample, count);
+            return bxIsFailure(result) ? 0 : funcClocks;
+        };
+        if (!bxTurns::side()->measure(sampler))
+            raise(FAIL);
+    });
+    return result;
+}
+
+/** \param loop, stat  empty where the test has nothing for them */
+bxResult bxTool::timeBy(const bxLoopSampler& loop, const bxStatSampler& stat) {
+    const auto by = [this](const char* step, auto time) {
+        bxTimingText::traced(step, [&] { static_cast<bxTimingFigures&>(*this) = time(); });
+        info = bxComment(*this, *this);
+        return result;
+    };
+    if (bxTurns::side())
+        return timeInTurns(loop, stat);
+    if (precise && loop)
+        return by("preciseTiming", [&] { return bxTimePrecisely(*this, loop, m_ownCore); });
+    if (precise)
+        g_ostrm << ERR
+                << " ATTENTION! The test cannot execute precise timing.\n"
+                   " The method of the session will be run instead.\n"
+                << endMessage;
+    replaceMethod(loop != nullptr, stat != nullptr);
+    switch (method) {
+    case methodLoop:
+        return by("customLoopTiming", [&] { return bxTimeManually(*this, loop); });
+    case methodStat:
+        return by("statisticTiming", [&] { return bxTimeCallByCall(*this, stat); });
+    case methodAuto:
+    case methodIterative:
+        if (!loop)
+            return result = bxInternalError();
+        avoidBadStatus = ibsMode;
+        return by(method == methodAuto ? "autoTiming" : "iterativeTiming",
+                  [&] { return bxTimeIteratively(*this, iterativeLimits(), loop); });
+    default:
+        return result = bxInternalError();
+    }
 }

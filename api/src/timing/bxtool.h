@@ -4,75 +4,28 @@
 #ifndef BXTOOL_H
 #define BXTOOL_H
 
-#include "foundation/bxstring.h"
-#include "timing/bxfpwatch.h"
-#include "timing/bxprecise.h"
-#include "timing/bxresult.h"
+#include "timing/bxfiguretext.h"
+#include "timing/bxiterative.h"
+#include "timing/bxsampler.h"
+#include "timing/bxstatistics.h"
 
-class bxTool;
-
-/** Calls the function `count` times and stores the clocks spent. */
-using bxFuncLoop = bxResult (*)(int count, long long* clocks);
-/**
- * Times call by call. In: fewest calls, clocks to reach; out: calls counted, their clocks.
- */
-using bxFuncStat = bxResult (*)(int* calls, long long* clocks);
-/** Calls the function once; returns the library status. */
-using bxFuncCall = int (*)();
-/** Prepares the data of one call. */
-using bxFuncInit = int (*)();
-/** Times `count` calls by itself and leaves the clocks in the engine. */
-using bxFuncTool = bxResult (*)(bxTool& tool, int count);
+#include <algorithm>
 
 /**
  * Measures the clocks per call of a function by one of four methods, until two measurements agree within the
  * accuracy asked for. Settings stay over timings, `reset` starts a new one; tests work with a copy of
- * `g_tool`.
+ * `g_tool`. Its fields are those of three plain structures, since sources use them under these names.
  */
-class bxTool {
+class bxTool : public bxTimingSettings, public bxTimingFigures, public bxTimingFunctions {
   public:
-    enum Method { methodAuto, methodLoop, methodStat, methodBest };
-
-    /** \name Figures and settings */
-    /** @{ */
-    bxResult result = UNDEFINED; ///< worst result of the current timing
-    double funcClocks = 0;       ///< clocks per call
-    int loops = 0;               ///< calls of the last loop measurement
-    double accuracy = 0.05;      ///< asked for, relative
-    int method = methodAuto;
-    int manualLoops = 10;            ///< Manual loop: calls, at least 1
-    int bestStartLoops = 1;          ///< Iterative: calls of the prior measurement
-    int bestMaxLoops = 2048;         ///< Iterative: most calls
-    bool includeDataSet = false;     ///< restore the test data before every call and count that time
-    long long bestMinClocks = 100;   ///< Iterative: clocks that the prior measurement must reach
-    int statMinCalls = 12;           ///< Statistic: fewest calls
-    long long statMaxClocks = 10000; ///< Statistic: clocks that the timed calls must reach
-    bool ibsMode = false;            ///< call `initFunc` before every measurement, avoid bad control status
-    bool avoidBadStatus = false;     ///< copy of `ibsMode` during an Auto or Iterative timing
-    bxString info;                   ///< how the figure was obtained, for the comment column
-    long long clocks = 0;            ///< all clocks of the last measurement
-    double actualAccuracy = 1.0;     ///< reached, relative
-    int autoStartLoops = 0;  ///< Auto: other than the usual calls of the prior measurement, 0 for none
-    int autoMaxLoops = 0;    ///< Auto: other than the usual most calls, 0 for none
-    bool precise = false;    ///< measure by differences against a chain of additions, whatever the method
-    double patience = 200e6; ///< precise: clocks to wait for others to leave the core (0.1 s at 2 GHz)
-    bxPreciseFigure preciseFigure; ///< what the precise mode found; `funcClocks` are core clocks then
-    /** @} */
-
-    /** \name Functions of the current test, null where the test has none */
-    /** @{ */
-    bxFuncLoop funcLoop = nullptr;
-    bxFuncStat funcStat = nullptr;
-    bxFuncCall funcCall = nullptr;
-    bxFuncInit initFunc = nullptr;
-    /** @} */
+    bxString info; ///< how the figure was obtained, for the comment column; tests may write their own
 
     /** Process priority around every measurement, as `bxSetPriority` takes it. */
     static int m_priority;
     /** What the precise mode knows of the core, from all tests of this process. */
     static bxOwnCore m_ownCore;
     /** The library's status check, null where no library is bound. */
-    static bxResult (*m_pCheckStatus)(int status);
+    static bxStatusCheck m_pCheckStatus;
 
     bxTool() = default;
     bxTool(const bxTool&) = default;
@@ -111,7 +64,7 @@ class bxTool {
         m_figureReported = true;
     }
 
-    /** Times a function that times itself. Not reentrant. */
+    /** Times a function that times itself. */
     bxResult timing(bxFuncTool funcTool);
     /**
      * Times by what there is of the functions; see the methods. A function of which `g_callWatch` knows that
@@ -120,62 +73,28 @@ class bxTool {
      */
     bxResult timing(bxFuncLoop loop, bxFuncStat stat, bxFuncCall call, bxFuncInit init);
 
-    /** An accuracy in per cent, with two places below 0.1 %. */
-    static bxString getAccuracyStr(double a);
-    /** Clocks in decimal, with zeros for the digits beyond 31 bits. */
-    static bxString clockStr(long long c);
-
-    /** Difference of two figures relative to their mean. */
-    static double computeAccuracy(double a, double b);
-    /** Largest difference from the mean, relative to it; 0 for no figures. */
-    static double computeAccuracy(const double* figures, int count);
+    static bxString getAccuracyStr(double a) { return bxAccuracyText(a); }
+    static bxString clockStr(long long c) { return bxClocksText(c); }
+    static double computeAccuracy(double a, double b) { return bxDifference(a, b); }
+    static double computeAccuracy(const double* figures, int count) {
+        return bxLargestDeviation({figures, figures + count});
+    }
     /** The smallest of one or more figures. */
-    static double computeBest(const double* figures, int count);
+    static double computeBest(const double* figures, int count) {
+        return *std::min_element(figures, figures + count);
+    }
 
     /** Bracket of a measurement for the floating-point watch. */
     static void ctrlStart();
     static void ctrlStop();
-    /** Raises `result`. */
-    void updateResult(bxResult r) {
-        if (r > result)
-            result = r;
-    }
+    void updateResult(bxResult r) { raise(r); }
 
   private:
-    /** \name Methods; those returning bool are false when the timing has to be given up */
-    /** @{ */
-    bxResult customLoopTiming();
-    bxResult statisticTiming();
-    void bestTiming(int start, int max, long long minClocks);
-    bool priorMeasurement(int start, int& max, long long minClocks);
-    bxResult startIterations(int start, long long minClocks);
-    bool iterate(int max);
-    bxResult continueIterations(int n, int max);
-    bxResult repeatTiming(int n, int count);
-    void preciseTiming();
-    /** As one side of a comparison, whatever the method. */
-    void timingInTurns();
-    int callsOfSlice();
-    bxSliceSeries measureSlices(int calls);
-    bool statusIsBadAndAvoidable() const;
-    void avoidBadControlStatus();
-    static void printBadStatus();
-    /** @} */
+    bxResult timeBy(const bxLoopSampler& loop, const bxStatSampler& stat);
+    bxResult timeInTurns(const bxLoopSampler& loop, const bxStatSampler& stat);
+    void replaceMethod(bool hasLoop, bool hasStat);
+    bxIterativeLimits iterativeLimits() const;
 
-    /** \name One measurement: clocks per call into `perCall`, all clocks into `clocks` */
-    /** @{ */
-    void runTimFunc(int count, double* perCall);
-    bxResult measureLoop(int count);
-    void runTimFuncStat(long long minClocks, int* calls, double* perCall);
-    bxResult measureStat(int* calls);
-    int untimedCall();
-    bxResult timCall_Loop(int count, long long* total, bool restoreData);
-    bxResult timCall_Stat(int* calls, long long* total, bool restoreData);
-    /** @} */
-
-    static bxResult callFuncTool(int count, long long* total);
-
-    bxKeptFlags m_flags;
     bool m_figureReported = false; ///< by `setFuncTicks`, since a function that times itself was called
 };
 

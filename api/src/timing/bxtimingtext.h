@@ -1,13 +1,13 @@
 /** \file
- * What the methods of the engine write while they work.
+ * What a timing writes while it works.
  */
-#ifndef BXTOOLTEXT_H
-#define BXTOOLTEXT_H
+#ifndef BXTIMINGTEXT_H
+#define BXTIMINGTEXT_H
 
 #include "output/bxostream.h"
 #include "output/bxtrace.h"
 
-namespace bxToolText {
+namespace bxTimingText {
 
 /** Writes the pieces of a message; costs nothing when its level is not shown. */
 template <class... Pieces>
@@ -29,6 +29,6 @@ void traced(const char* name, Step step) {
     g_trace.traceOut(name);
 }
 
-} // namespace bxToolText
+} // namespace bxTimingText
 
 #endif

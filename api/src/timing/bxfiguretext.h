@@ -1,0 +1,18 @@
+/** \file
+ * Figures as text.
+ */
+#ifndef BXFIGURETEXT_H
+#define BXFIGURETEXT_H
+
+#include "timing/bxtiming.h"
+
+/** An accuracy in per cent, with two places below 0.1 %. */
+bxString bxAccuracyText(double accuracy);
+
+/** Clocks in decimal, with zeros for the digits beyond 31 bits. */
+bxString bxClocksText(long long clocks);
+
+/** How a figure was obtained, for the comment column; empty when there is none. */
+bxString bxComment(const bxTimingSettings& settings, const bxTimingFigures& figures);
+
+#endif
