@@ -199,6 +199,119 @@ TEST_P(Mp3Huffman, RegionsFollowBlockTypeAndBands) {
     }
 }
 
+TEST_P(Mp3Huffman, CallersTablesMoveTheRegions) {
+    // Bands of the caller: region 0 of long blocks ends with band region0, of short ones with three bands of
+    // each window, of mixed ones with the caller's number of long bands.
+    Zor16s longs[6][23], shorts[6][14];
+    for (int row = 0; row < 6; ++row) {
+        for (int band = 0; band < 23; ++band)
+            longs[row][band] = static_cast<Zor16s>(band < 22 ? 2 * (row + 1) * band : lines);
+        for (int band = 0; band < 14; ++band)
+            shorts[row][band] = static_cast<Zor16s>(band < 13 ? 2 * (row + 1) * band : lines / 3);
+    }
+    const Zor16s mixed[2] = {4, 5};
+    struct Case {
+        int id, frequency, windowSwitching, blockType, mixedBlock, region0, region1, end0, end1;
+    };
+    const Case cases[] = {{1, 0, 0, 0, 0, 1, 2, 16, 40},  {0, 2, 0, 0, 0, 4, 7, 30, 78},
+                          {1, 2, 1, 1, 0, 0, 0, 96, 576}, {0, 0, 1, 2, 0, 0, 0, 18, 576},
+                          {1, 1, 1, 2, 0, 0, 0, 90, 576}, {1, 0, 1, 2, 1, 0, 0, 40, 576},
+                          {0, 1, 1, 2, 1, 0, 0, 16, 576}};
+    const auto values = randomInts<Zor32s>(lines, -1, 1, 5);
+    for (const Case& c : cases) {
+        std::string text;
+        for (std::size_t i = 0; i < lines; i += 2)
+            text += pairText(values[i], values[i + 1],
+                             static_cast<int>(i) < c.end0   ? 1
+                             : static_cast<int>(i) < c.end1 ? 2
+                                                            : 3);
+        BitText bits;
+        const auto stream = bits.put(text.c_str()).bytes();
+        const auto h = header(c.id, c.frequency);
+        ZorMP3SideInfo side{};
+        side.bigValues = 288;
+        side.windowSwitching = c.windowSwitching;
+        side.blockType = c.blockType;
+        side.mixedBlock = c.mixedBlock;
+        side.region0Count = c.region0;
+        side.region1Count = c.region1;
+        for (int r = 0; r < 3; ++r)
+            side.tableSelect[r] = r + 1;
+        for (const bool ownMixed : {false, true}) {
+            if (c.mixedBlock && !ownMixed)
+                continue;
+            std::vector<Zor32s> decoded(lines);
+            const Zor8u* byte = stream.data();
+            int bit = 0, bound = 0;
+            const Zor8u* const end = byte + stream.size();
+            ASSERT_EQ(ownMixed ? zorsHuffmanDecodeSfbMbp_MP3_1u32s(&byte, &bit, end, decoded.data(), &bound,
+                                                                   &h, &side, longs, shorts, mixed, 0, 0)
+                               : zorsHuffmanDecodeSfb_MP3_1u32s(&byte, &bit, end, decoded.data(), &bound, &h,
+                                                                &side, longs, shorts, 0, 0),
+                      zorStsNoErr);
+            EXPECT_EQ(decoded, values)
+                << "id " << c.id << " type " << c.blockType << " mixed " << c.mixedBlock;
+        }
+    }
+}
+
+TEST_P(Mp3Huffman, RegionsThatEndWithinAPairAreRefused) {
+    const std::vector<Zor8u> stream(2000, 0xFF);
+    for (const bool inShorts : {false, true})
+        for (const int odd : {3, 5, 575}) {
+            Zor16s longs[6][23], shorts[6][14];
+            std::memcpy(longs, mp3_sfb_long::boundary, sizeof longs);
+            std::memcpy(shorts, mp3_sfb_short::boundary, sizeof shorts);
+            longs[3][1] = static_cast<Zor16s>(odd);
+            shorts[3][3] = static_cast<Zor16s>(odd);
+            ZorMP3SideInfo side{};
+            side.bigValues = 288;
+            side.windowSwitching = inShorts;
+            side.blockType = inShorts ? 2 : 0;
+            std::fill_n(side.tableSelect, 3, 1);
+            std::vector<Zor32s> decoded(lines + 1, 77);
+            const auto h = header(1, 0);
+            const Zor8u* byte = stream.data();
+            int bit = 0, bound = 0;
+            const ZorStatus status = zorsHuffmanDecodeSfb_MP3_1u32s(
+                &byte, &bit, byte + stream.size(), decoded.data(), &bound, &h, &side, longs, shorts, 0, 0);
+            // 3 * 575 lies behind all lines, where the region ends with them.
+            EXPECT_EQ(status, inShorts && odd == 575 ? zorStsNoErr : zorStsBadArgErr);
+            EXPECT_EQ(decoded[lines], 77);
+        }
+}
+
+TEST_P(Mp3Huffman, TheTableOfARegionWithoutLinesIsOfNoAccount) {
+    for (const int table : {4, 14, 32, -1}) {
+        ZorMP3SideInfo side{};
+        side.bigValues = 2; // within the first band
+        side.tableSelect[0] = 1;
+        side.tableSelect[1] = side.tableSelect[2] = table;
+        const auto values = [] {
+            std::vector<Zor32s> some(lines);
+            some[0] = 1, some[3] = -1;
+            return some;
+        }();
+        const auto h = header(1, 0);
+        std::vector<Zor8u> stream(16);
+        Zor8u* byte = stream.data();
+        int bit = 0;
+        ASSERT_EQ(
+            zorsHuffmanEncode_MP3_32s1u(values.data(), &byte, &bit, stream.data() + 16, &h, &side, 0, 0),
+            zorStsNoErr);
+        std::vector<Zor32s> decoded(lines);
+        Position position{stream.data(), 0};
+        int bound = 0;
+        ASSERT_EQ(decode(0, position, stream, decoded.data(), &bound, h, side, 0, 0), zorStsNoErr) << table;
+        EXPECT_EQ(decoded, values);
+        side.bigValues = 0;
+        side.tableSelect[0] = table;
+        EXPECT_EQ(decode(0, position, stream, decoded.data(), &bound, h, side, 0, 0), zorStsNoErr);
+        side.bigValues = 3;
+        EXPECT_EQ(decode(0, position, stream, decoded.data(), &bound, h, side, 0, 0), zorStsBadArgErr);
+    }
+}
+
 TEST_P(Mp3Huffman, StuffingEndsTheQuads) {
     // Two quads, then six bits of stuffing: table A's code for 0000 is one bit, so whole quads of stuffing
     // decode as zeros, but a last quad that would need more bits than there are is dropped.

@@ -176,8 +176,9 @@ struct Quantised {
 
 /** Quantises a frame of a falling spectrum; its threshold is `ratio` of the energy everywhere. */
 Quantised quantise(const ZorMP3FrameHeader& h, int blockType, int mixed, float ratio, float entropy,
-                   std::vector<Zor32s>& original) {
+                   std::vector<Zor32s>& original, int reservoir = 0) {
     Quantised q;
+    q.reservoir = reservoir;
     q.values = randomInts<Zor32s>(2304, -(1 << 24), 1 << 24, 9);
     for (std::size_t i = 0; i < q.values.size(); ++i)
         q.values[i] = static_cast<Zor32s>(q.values[i] / (1 + std::pow(static_cast<double>(i % 576) / 12, 2)));
@@ -198,51 +199,120 @@ Quantised quantise(const ZorMP3FrameHeader& h, int blockType, int mixed, float r
     return q;
 }
 
+/** The Huffman encoder takes exactly the bits told, and the scale factors the rest. Returns part23Length. */
+int checkGranule(const Quantised& q, const ZorMP3FrameHeader& h, int granule, int channel) {
+    const int at = 2 * granule + channel;
+    const ZorMP3SideInfo& side = q.side[at];
+    std::vector<Zor8u> stream(1000);
+    Zor8u* byte = stream.data();
+    int bit = 0;
+    EXPECT_EQ(zorsHuffmanEncode_MP3_32s1u(&q.values[static_cast<std::size_t>(at * 576)], &byte, &bit,
+                                          stream.data() + stream.size(), &h, &side, q.countOneLen[at],
+                                          q.hufSize[at]),
+              zorStsNoErr);
+    EXPECT_EQ((byte - stream.data()) * 8 + bit, q.hufSize[at]);
+    const Zor8u* from = stream.data();
+    int offset = 0;
+    const int scfsi[4]{};
+    Zor8s factors[36];
+    ZorMP3SideInfo copy = side;
+    EXPECT_EQ(zorsUnpackScaleFactors_MP3_1u8s(&from, &offset, stream.data() + stream.size(), factors, &copy,
+                                              scfsi, &h, granule, channel),
+              zorStsNoErr);
+    EXPECT_EQ((from - stream.data()) * 8 + offset, side.part23Length - q.hufSize[at]);
+    EXPECT_LE(side.part23Length, 4095);
+    return side.part23Length;
+}
+
+/** A bit rate that the test runs: index, bit/s and sampling rate (row 0). */
+struct Rate {
+    int id, index, bitRate;
+};
+constexpr Rate rates[] = {{1, 1, 32000},   {1, 5, 64000},   {1, 9, 128000}, {1, 10, 160000}, {1, 11, 192000},
+                          {1, 13, 256000}, {1, 14, 320000}, {0, 2, 16000},  {0, 8, 64000},   {0, 14, 160000}};
+
+int sideInfoBytes(int id, int mode) {
+    return id ? (mode == 3 ? 17 : 32) : (mode == 3 ? 9 : 17);
+}
+
 TEST_P(Mp3Psych, QuantiserKeepsToItsBitsAndTellsThem) {
-    for (const int id : {0, 1})
+    // Two frames that ask for all they can have, after two that ask for little and fill the reservoir.
+    for (const Rate& rate : rates)
         for (const auto& [blockType, mixed] : {std::pair{0, 0}, {2, 0}, {2, 1}})
-            for (const int mode : {0, 3}) {
+            for (const auto& [mode, extension] :
+                 {std::pair{0, 0}, {1, 0}, {1, 1}, {1, 2}, {1, 3}, {2, 0}, {3, 0}}) {
                 ZorMP3FrameHeader h{};
-                h.id = id;
+                h.id = rate.id;
                 h.mode = mode;
-                h.protectionBit = 1;
-                h.bitrateIndex = id ? 9 : 8; // 128 and 64 kbit/s
-                std::vector<Zor32s> original;
-                const Quantised q = quantise(h, blockType, mixed, 1e-6f, 1e9f, original);
-                const int granules = id ? 2 : 1, channels = mode == 3 ? 1 : 2;
-                const int sideBytes = id ? (mode == 3 ? 17 : 32) : (mode == 3 ? 9 : 17);
-                const int budget = (id ? 128000 * 1152 / 44100 : 64000 * 576 / 22050) - 32 - 8 * sideBytes;
-                int used = 0;
-                for (int g = 0; g < granules; ++g)
-                    for (int c = 0; c < channels; ++c) {
-                        const int at = 2 * g + c;
-                        const ZorMP3SideInfo& side = q.side[at];
-                        used += side.part23Length;
-                        // The encoder takes exactly the bits told, and the decoder finds the values again.
-                        std::vector<Zor8u> stream(1000);
-                        Zor8u* byte = stream.data();
-                        int bit = 0;
-                        ASSERT_EQ(zorsHuffmanEncode_MP3_32s1u(&q.values[static_cast<std::size_t>(at * 576)],
-                                                              &byte, &bit, stream.data() + stream.size(), &h,
-                                                              &side, q.countOneLen[at], q.hufSize[at]),
-                                  zorStsNoErr);
-                        EXPECT_EQ((byte - stream.data()) * 8 + bit, q.hufSize[at]);
-                        // And the scale factors take the rest.
-                        const Zor8u* from = stream.data();
-                        int offset = 0;
-                        const int scfsi[4]{};
-                        Zor8s factors[36];
-                        ZorMP3SideInfo copy = side;
-                        ASSERT_EQ(zorsUnpackScaleFactors_MP3_1u8s(&from, &offset,
-                                                                  stream.data() + stream.size(), factors,
-                                                                  &copy, scfsi, &h, g, c),
-                                  zorStsNoErr);
-                        EXPECT_EQ((from - stream.data()) * 8 + offset, side.part23Length - q.hufSize[at]);
-                    }
-                EXPECT_LE(used, budget);
-                EXPECT_GT(used, budget * 17 / 20); // one step of the gain is a tenth of the bits
-                EXPECT_NEAR(q.reservoir, budget - used, granules);
+                h.modeExtension = extension;
+                h.bitrateIndex = rate.index;
+                const int granules = rate.id ? 2 : 1, channels = mode == 3 ? 1 : 2;
+                const int unpadded = rate.id ? 144 * rate.bitRate / 44100 : 72 * rate.bitRate / 22050;
+                const int limit = std::clamp(7680 - 8 * (unpadded + 1), 0, rate.id ? 511 * 8 : 255 * 8);
+                int reservoir = 0;
+                for (int frame = 0; frame < 4; ++frame) {
+                    const bool greedy = frame >= 2;
+                    h.protectionBit = frame % 2;
+                    h.paddingBit = frame / 2;
+                    const int capacity = 8 * (unpadded + h.paddingBit - 4 - (h.protectionBit ? 0 : 2) -
+                                              sideInfoBytes(rate.id, mode));
+                    std::vector<Zor32s> original;
+                    const Quantised q = quantise(h, blockType, mixed, greedy ? 1e-6f : 0.5f,
+                                                 greedy ? 1e9f : 10.f, original, reservoir);
+                    int used = 0;
+                    for (int g = 0; g < granules; ++g)
+                        for (int c = 0; c < channels; ++c)
+                            used += checkGranule(q, h, g, c);
+                    const int stuffing = capacity + reservoir - used - q.reservoir;
+                    SCOPED_TRACE("id " + std::to_string(rate.id) + " rate " + std::to_string(rate.bitRate) +
+                                 " mode " + std::to_string(mode) + "/" + std::to_string(extension) +
+                                 " block " + std::to_string(blockType) + " frame " + std::to_string(frame));
+                    EXPECT_GE(stuffing, 0);
+                    EXPECT_EQ(q.reservoir % 8, 0);
+                    EXPECT_LE(q.reservoir, limit);
+                    // Stuffing where the reservoir can take no more; one step of the gain is a tenth of the
+                    // bits.
+                    EXPECT_TRUE(stuffing < 8 || q.reservoir + 8 > limit);
+                    EXPECT_GT(used, greedy ? (capacity + reservoir - limit) * 17 / 20 : -1);
+                    reservoir = q.reservoir;
+                }
             }
+}
+
+TEST_P(Mp3Psych, QuantiserKeepsIntensityPositionsLegal) {
+    // Of id 0 the largest number of a length in bits says that a band has no position: 1, 3 and 7 need one
+    // bit more.
+    for (const int position : {1, 3, 6, 7, 14}) {
+        ZorMP3FrameHeader h{};
+        h.bitrateIndex = 8;
+        h.mode = 1;
+        h.modeExtension = 1;
+        h.protectionBit = 1;
+        Quantised q;
+        for (std::size_t i = 0; i < 576; ++i)
+            q.values[i] = 1 << 22; // the carrier; the right channel is 0
+        std::fill(q.values.begin() + 320, q.values.end(), 0);
+        std::fill_n(q.factors.begin() + zorMP3ScaleFactors, 21, static_cast<Zor8s>(position));
+        ZorMP3PsychInfo info[4]{};
+        for (ZorMP3PsychInfo& one : info)
+            one.perceptualEntropy = 1e9f;
+        std::vector<Zor32s> work(zorMP3WorkSize);
+        ASSERT_EQ(zorsQuantize_MP3_32s_I(q.values.data(), q.factors.data(), q.countOneLen, q.hufSize, info,
+                                         q.side, &h, &q.reservoir, work.data()),
+                  zorStsNoErr);
+        const double io = q.side[1].scalefacCompress & 1 ? std::sqrt(0.5) : std::pow(2, -0.25);
+        const double weak = std::pow(io, (position + 1) / 2);
+        int length[2]{576, 0};
+        Zor32s buffer[576];
+        ASSERT_EQ(zorsReQuantize_MP3_32s_I(q.values.data(), length, q.factors.data(), q.side, &h,
+                                           reinterpret_cast<Zor8u*>(buffer)),
+                  zorStsNoErr);
+        for (const std::size_t line : {0U, 100U, 300U}) {
+            const double left = q.values[line], right = q.values[576 + line];
+            ASSERT_GT(left, 1 << 16);
+            EXPECT_NEAR(right / left, position % 2 ? 1 / weak : weak, 1e-3) << "position " << position;
+        }
+    }
 }
 
 TEST_P(Mp3Psych, QuantiserShapesTheNoise) {

@@ -120,6 +120,47 @@ TEST_P(VqTest, EqualDistancesKeepTheOrderOfRows) {
     EXPECT_EQ(0, second);
 }
 
+TEST_P(VqTest, EveryEntryIsWrittenWhateverTheValues) {
+    // One value of a division is infinite or no number: its codes are still rows of the book, each of them
+    // once, and those of the other divisions are what they were.
+    constexpr int unwritten = -1;
+    for (const int candidates : {1, 3, 37}) {
+        Material clean(7, 37, 9);
+        const auto expected = clean.preliminary(0, candidates);
+        for (const float bad :
+             {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),
+              -std::numeric_limits<float>::infinity(), 3e38f})
+            for (const bool inWeights : {false, true}) {
+                Material material(7, 37, 9);
+                (inWeights ? material.weight : material.source)[12] = bad; // of division 4
+                const auto index = material.preliminary(0, candidates);
+                for (std::size_t i = 0; i < index.size(); ++i) {
+                    if (i / static_cast<std::size_t>(candidates) != 4) {
+                        EXPECT_EQ(index[i], expected[i]);
+                    }
+                }
+                std::vector<int> rows;
+                for (int i = 4 * candidates; i < 5 * candidates; ++i)
+                    rows.push_back(index[static_cast<std::size_t>(i)]);
+                EXPECT_EQ(std::count(rows.begin(), rows.end(), unwritten), 0) << bad << " of " << candidates;
+                for (int& row : rows)
+                    row %= material.rows;
+                std::sort(rows.begin(), rows.end());
+                EXPECT_EQ(std::adjacent_find(rows.begin(), rows.end()), rows.end())
+                    << bad << " of " << candidates;
+                std::vector<int> index0(9, unwritten), index1 = index0;
+                const auto second = material.preliminary(1, candidates);
+                ASSERT_EQ(zorStsNoErr,
+                          zorsVQMainSelect_32f(material.source.data(), material.weight.data(),
+                                               material.lengths.data(), 9, index.data(), second.data(),
+                                               candidates, index0.data(), index1.data(),
+                                               material.book[0].get(), material.book[1].get()));
+                EXPECT_EQ(std::count(index0.begin(), index0.end(), unwritten), 0);
+                EXPECT_EQ(std::count(index1.begin(), index1.end(), unwritten), 0);
+            }
+    }
+}
+
 TEST_P(VqTest, MainSelectionFindsTheBestPair) {
     for (const auto& [step, rows] : shapes) {
         const Material m(step, rows, std::min(60, step + 3));

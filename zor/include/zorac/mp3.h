@@ -1,5 +1,6 @@
 /** \file
- * The building blocks of layer III of ISO/IEC 11172-3 (id 1) and 13818-3 (id 0, low sampling frequencies).
+ * The building blocks of layer III of ISO/IEC 11172-3 (id 1) and 13818-3 (id 0, low sampling frequencies),
+ * and of its extension to half those frequencies (MPEG-2.5).
  *
  * Fixed point: sub-band samples and spectral lines of type 32s have 1.0 = full-scale PCM at 2^26; PCM of type
  * 16s has it at 2^15. Results out of range saturate. Filters and transforms compute in single precision.
@@ -26,6 +27,7 @@ typedef struct {
     int id, layer, protectionBit, bitrateIndex, samplingFrequency, paddingBit, privateBit;
     int mode, modeExtension, copyright, original, emphasis;
     int crcCheck; /**< 0 where the stream has none */
+    int halfRate; /**< 1 in the half-rate extension (MPEG-2.5), whose id is 0; else 0 */
 } ZorMP3FrameHeader;
 
 /** The fields of side_info() for one granule of one channel. */
@@ -102,6 +104,7 @@ ZOR_API ZorStatus zorsHuffmanDecode_MP3_1u32s(const Zor8u** bitStream, int* bitO
 /**
  * As zorsHuffmanDecode_MP3_1u32s, with the caller's scale-factor band boundaries for the regions.
  * \param sfbLong, sfbShort six rows: MPEG-2 at 22.05, 24, 16 kHz, MPEG-1 at 44.1, 48, 32 kHz
+ * \return as zorsHuffmanDecode_MP3_1u32s; zorStsBadArgErr also where a region would end within a pair
  */
 ZOR_API ZorStatus zorsHuffmanDecodeSfb_MP3_1u32s(const Zor8u** bitStream, int* bitOffset,
                                                  const Zor8u* bitStreamEnd, Zor32s* dst, int* nonZeroBound,
@@ -228,10 +231,12 @@ ZOR_API ZorStatus zorsPsychoacousticModelTwo_MP3_16s(const Zor16s* src, ZorMP3Ps
  *        last two arguments of zorsHuffmanEncode_MP3_32s1u
  * \param psychInfo from the model
  * \param sideInfo block fields are read, all others written
- * \param reservoir bits in the reservoir, 0 at the start; updated
- * \param buffer zorMP3WorkSize values of work space
- * \return zorStsNullPtrErr; zorStsBadArgErr for a header (free format too), a side information or a
- *         reservoir out of range
+ * \param reservoir bits in the reservoir, 0 at the start; updated. It holds whole bytes, no more than
+ * main_data_begin reaches and than a decoder's buffer of 7680 bits has room for beside the next frame. What
+ * the frame has for main data, with the reservoir before the call, beyond part23Length of all granules and
+ * the reservoir after it is stuffing: ancillary data behind the last granule \param buffer zorMP3WorkSize
+ * values of work space \return zorStsNullPtrErr; zorStsBadArgErr for a header (free format too), a side
+ * information or a reservoir out of range
  */
 ZOR_API ZorStatus zorsQuantize_MP3_32s_I(Zor32s* srcDst, Zor8s* scaleFactor, int* countOneLen, int* hufSize,
                                          const ZorMP3PsychInfo* psychInfo, ZorMP3SideInfo* sideInfo,
@@ -240,7 +245,7 @@ ZOR_API ZorStatus zorsQuantize_MP3_32s_I(Zor32s* srcDst, Zor8s* scaleFactor, int
 
 /**
  * Unpacks a frame header, and the check word after it where the header announces one. Reserved values are
- * handed out as they stand.
+ * handed out as they stand. The sync word of the half-rate extension is taken too.
  * \return zorStsNullPtrErr, zorStsStreamEndErr; zorStsBadStreamErr where there is no sync word
  */
 ZOR_API ZorStatus zorsUnpackFrameHeader_MP3(const Zor8u** bitStream, const Zor8u* bitStreamEnd,
@@ -272,6 +277,45 @@ ZOR_API ZorStatus zorsUnpackScaleFactors_MP3_1u8s(const Zor8u** bitStream, int* 
                                                   ZorMP3SideInfo* sideInfo, const int* scfsi,
                                                   const ZorMP3FrameHeader* frameHeader, int granule,
                                                   int channel);
+
+/*
+ * What a decoder or an encoder needs beside the functions above. These are not timed.
+ */
+
+/** Bits behind the point of sub-band samples and spectral lines of type 32s: 1.0 is 1 << zorMP3FractionBits.
+ */
+enum { zorMP3FractionBits = 26 };
+
+/** What a frame header says of its frame. */
+typedef struct {
+    int samplingRate; /**< Hz */
+    int bitRate;      /**< bit/s; 0 for free format */
+    int channels;     /**< 1 or 2 */
+    int granules;     /**< 2, or 1 where id is 0; a granule is 576 samples of each channel */
+    int headerSize;   /**< bytes of header() and error_check() */
+    int sideInfoSize; /**< bytes */
+    int frameLength;  /**< bytes in all, padding included; 0 for free format. What header and side information
+                         leave  is main data */
+} ZorMP3FrameInfo;
+
+/** \return zorStsNullPtrErr; zorStsBadArgErr for a reserved value, or a layer other than III. */
+ZOR_API ZorStatus zorsGetFrameInfo_MP3(const ZorMP3FrameHeader* frameHeader, ZorMP3FrameInfo* info);
+
+/**
+ * The scale-factor band boundaries that the standards give for a header, as the functions with "Sfb" take
+ * them: six rows, of which that of the header holds. \return zorStsNullPtrErr
+ */
+ZOR_API ZorStatus zorsGetSfbTables_MP3(const ZorMP3FrameHeader* frameHeader, const Zor16s (**sfbLong)[23],
+                                       const Zor16s (**sfbShort)[14]);
+
+/**
+ * Polyphase synthesis of a granule, 18 slots of 32 sub-band samples, into 576 PCM samples, as 18 calls of
+ * zorsSynthesisFilter_PQMF_MP3_32f give them, but faster; both forms may take turns on one state.
+ * \param mode distance between PCM samples: 1, or 2 for one channel of an interleaved pair
+ * \return zorStsNullPtrErr, zorStsBadArgErr, zorStsContextErr
+ */
+ZOR_API ZorStatus zorsSynthesisGranule_PQMF_MP3_32f(const Zor32f* src, Zor32f* dst,
+                                                    ZorMP3SynthesisState_32f* state, int mode);
 
 #ifdef __cplusplus
 }

@@ -31,7 +31,8 @@ ZOR_API ZorStatus zorsVQCodeBookFree_32f(ZorsVQCodeBook_32f* book);
 /*
  * Statuses of the four below: zorStsNullPtrErr, zorStsContextErr; zorStsSizeErr for fewer than 1 division or
  * candidate, more candidates than rows, or a sub-vector length outside 1 to the book's step; zorStsBadArgErr
- * for a code that the book does not have.
+ * for a code that the book does not have. Where a value, a weight or a code vector is infinite or no number,
+ * a distance that is no number counts as infinite.
  */
 
 /**

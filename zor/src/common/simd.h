@@ -73,7 +73,7 @@ template <class V>
     if constexpr (lanesIn<V> == 1)
         return value;
     else
-        return V{} + value;
+        return value - V{}; // not V{} + value, which turns -0 into 0 and so costs an addition
 }
 
 /** The lanes in opposite order. */

@@ -1,9 +1,11 @@
 /** \file
- * The 32-band synthesis filter of DTS: modulation h[n] cos(pi/32 (k + 1/2)(n + 16.5)) of 512 taps.
+ * The 32-band synthesis filter of DTS: modulation s[k] h[n] cos(pi/32 (k + 1/2)(n + 16.5)) of 512 taps. The
+ * signs s[k], +1 -1 -1 +1 over and over, are those of the interpolation procedure of ETSI TS 102 114: without
+ * them a bank would still undo its own analysis, but streams of the standard would come out as noise.
  *
  * The modulation changes its sign every 64 taps (the printed taps carry that sign), so a slot needs 64 values
- * v[r] = sum of X[k] cos(pi/32 (k + 1/2)(r + 16.5)); by symmetry they are the 32 of a cosine transform of
- * type IV.
+ * v[r] = sum of s[k] X[k] cos(pi/32 (k + 1/2)(r + 16.5)); by symmetry they are the 32 of a cosine transform
+ * of type IV.
  */
 #ifndef ZOR_DTS_FILTER_H
 #define ZOR_DTS_FILTER_H

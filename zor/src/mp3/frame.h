@@ -4,6 +4,7 @@
 #ifndef ZOR_MP3_FRAME_H
 #define ZOR_MP3_FRAME_H
 
+#include "mp3/halfrate.h"
 #include "tables/mp3_sfb_long.h"
 #include "tables/mp3_sfb_short.h"
 #include "zorac/mp3.h"
@@ -30,9 +31,15 @@ struct BandTables {
     const Zor16s* mixedBands = standardMixedBands; ///< long bands of a mixed block, by id
 };
 
+/** The tables that hold for a header without the caller's. */
+constexpr BandTables bandTablesOf(const ZorMP3FrameHeader& header) {
+    return header.halfRate ? BandTables{halfRateLong, halfRateShort} : BandTables{};
+}
+
 constexpr bool isHeader(const ZorMP3FrameHeader& header) {
-    return (header.id == 0 || header.id == 1) && header.samplingFrequency >= 0 &&
-           header.samplingFrequency <= 2 && header.mode >= 0 && header.mode <= 3;
+    return (header.id == 0 || header.id == 1) && header.halfRate >= 0 && header.halfRate <= 1 - header.id &&
+           header.samplingFrequency >= 0 && header.samplingFrequency <= 2 && header.mode >= 0 &&
+           header.mode <= 3;
 }
 
 constexpr int channelsOf(const ZorMP3FrameHeader& header) {

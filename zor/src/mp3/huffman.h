@@ -90,7 +90,10 @@ inline Regions regionsOf(const BandTables& bands, const ZorMP3FrameHeader& heade
     return {{first, std::clamp(second, first, lines), lines}};
 }
 
-/** Whether the counts, the tables and the header serve for Huffman coding. */
+/**
+ * Whether the counts, the tables and the header serve for Huffman coding. Pairs do not cross a boundary
+ * between regions, so it must be even; the table of a region without lines is of no account.
+ */
 ZorStatus checkHuffman(const ZorMP3FrameHeader& header, const ZorMP3SideInfo& side, const BandTables& bands,
                        int countOneLen, int hufSize);
 

@@ -52,7 +52,7 @@ HuffmanCost chooseHuffman(const Zor32s* values, const ZorMP3FrameHeader& header,
     while (big >= 4 && std::all_of(values + big - 4, values + big, [](Zor32s value) { return value <= 1; }))
         big -= 4;
     side.bigValues = big / 2;
-    const BandTables bands;
+    const BandTables bands = bandTablesOf(header);
     if (side.windowSwitching) {
         side.region0Count = isShort(side) && !side.mixedBlock ? 8 : 7;
         side.region1Count = 20 - side.region0Count;

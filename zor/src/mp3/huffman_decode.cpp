@@ -123,6 +123,8 @@ void takeQuad(BitReader& reader, Zor32s* dst, int table) {
 void takeBigValues(BitReader& reader, Zor32s* dst, const Regions& regions, const ZorMP3SideInfo& side) {
     for (int r = 0, begin = 0; r < 3; begin = regions.end[r++]) {
         const int n = regions.end[r] - begin, table = side.tableSelect[r];
+        if (n == 0)
+            continue; // its table may be any number
         const PairTable& book = pairTable[static_cast<std::size_t>(table)];
         if (book.largest == 0)
             std::fill_n(dst + begin, n, 0);
@@ -208,7 +210,7 @@ ZorStatus zorsHuffmanDecode_MP3_1u32s(const Zor8u** bitStream, int* bitOffset, c
                                       const ZorMP3SideInfo* sideInfo, int countOneLen, int hufSize) {
     return zor::mp3::decode(
         {bitStream, bitOffset, bitStreamEnd, dst, nonZeroBound, frameHeader, sideInfo, countOneLen, hufSize},
-        {});
+        frameHeader ? zor::mp3::bandTablesOf(*frameHeader) : zor::mp3::BandTables{});
 }
 
 ZorStatus zorsHuffmanDecodeSfb_MP3_1u32s(const Zor8u** bitStream, int* bitOffset, const Zor8u* bitStreamEnd,

@@ -9,6 +9,13 @@
 #include <cstdlib>
 
 namespace zor::mp3 {
+namespace {
+
+constexpr bool isPairTable(int table) {
+    return table >= 0 && table < pairTables && pairTable[static_cast<std::size_t>(table)].largest >= 0;
+}
+
+} // namespace
 
 ZorStatus checkHuffman(const ZorMP3FrameHeader& header, const ZorMP3SideInfo& side, const BandTables& bands,
                        int countOneLen, int hufSize) {
@@ -23,8 +30,9 @@ ZorStatus checkHuffman(const ZorMP3FrameHeader& header, const ZorMP3SideInfo& si
     if (side.bigValues < 0 || countOneLen < 0 || countOneLen % 4 != 0 || hufSize < 0 ||
         side.bigValues > lines / 2 || countOneLen > lines - 2 * side.bigValues)
         return zorStsSizeErr;
-    for (const int table : side.tableSelect)
-        if (table < 0 || table >= pairTables || pairTable[static_cast<std::size_t>(table)].largest < 0)
+    const Regions regions = regionsOf(bands, header, side);
+    for (int r = 0, begin = 0; r < 3; begin = regions.end[r++])
+        if (regions.end[r] % 2 != 0 || (begin < regions.end[r] && !isPairTable(side.tableSelect[r])))
             return zorStsBadArgErr;
     return zorStsNoErr;
 }
@@ -182,7 +190,7 @@ extern "C" ZorStatus zorsHuffmanEncode_MP3_32s1u(const Zor32s* src, Zor8u** bitS
         return zorStsNullPtrErr;
     if (const ZorStatus status = checkStream(bitStream, bitOffset, bitStreamEnd); status < 0)
         return status;
-    const BandTables bands;
+    const BandTables bands = bandTablesOf(*frameHeader);
     if (const ZorStatus status = checkHuffman(*frameHeader, *sideInfo, bands, countOneLen, hufSize);
         status < 0)
         return status;

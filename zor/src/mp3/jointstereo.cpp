@@ -88,7 +88,7 @@ class JointEncoder {
   public:
     JointEncoder(Zor32s* left, Zor32s* right, Zor8s* factors, const ZorMP3FrameHeader& header,
                  const ZorMP3SideInfo* side)
-        : m_left(left), m_right(right), m_factors(factors), m_layout(BandTables{}, header, side[0]),
+        : m_left(left), m_right(right), m_factors(factors), m_layout(bandTablesOf(header), header, side[0]),
           m_lsf(header.id == 0), m_ms(usesMs(header)), m_scale(side[1].scalefacCompress & 1) {}
 
     void longBandsFrom(int bound) {

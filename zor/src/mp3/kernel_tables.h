@@ -15,10 +15,20 @@ inline constexpr int lines = subbands * slots;
 /** Bits behind the point of sub-band samples and spectral lines. */
 inline constexpr int fractionBits = 26;
 
+/** Slots that a synthesis of a granule takes at once; a granule is a whole number of them. */
+inline constexpr int slotsAtOnce = 6;
+
+/** The float synthesis keeps the 64 matrixed values of each slot: 15 past slots and those of one call. */
+inline constexpr int matrixedValues = 64;
+inline constexpr int matrixedRows = 32;
+
 struct PqmfKernels {
-    /** `src`, 32 sub-band samples, becomes row `row` of the 16 x 32 ring; `dst` receives 32 samples. */
+    /** `src`, 32 sub-band samples, becomes row `row` of the ring of matrixed values; `dst` receives 32
+     * samples. */
     void (*synthesis)(float* ring, int row, const float* src, float* dst);
-    /** As above with the samples already in the ring; `dst` receives PCM, `step` apart. */
+    /** As above for a granule, whose first slot goes to row `row`. */
+    void (*synthesisGranule)(float* ring, int row, const float* src, float* dst);
+    /** `row` of a 16 x 32 ring holds 32 samples, which become cosines; `dst` receives PCM, `step` apart. */
     void (*synthesisFixed)(Zor32s* ring, int row, Zor16s* dst, int step);
     /** 512 samples, the newest first, to 32 sub-band samples. */
     void (*analysis)(const float* history, float* dst);

@@ -13,8 +13,8 @@ struct ZorMP3SynthesisState_32f {
         return arena.take<ZorMP3SynthesisState_32f>(1);
     }
     zor::StateTag tag;
-    int row;                   ///< where the next samples go
-    float ring[16 * subbands]; ///< cosine transforms of the last 16 slots
+    int row; ///< where the next samples go
+    float ring[zor::mp3::matrixedRows * zor::mp3::matrixedValues];
 };
 
 struct ZorMP3AnalysisState_32f {
@@ -96,7 +96,7 @@ ZorStatus zorsSynthesisFilter_PQMF_MP3_32f(const Zor32f* src, Zor32f* dst, ZorMP
         return status;
     const auto& kernel = zor::kernels<zor::mp3::PqmfKernels>();
     const int row = state->row;
-    state->row = (row + 1) & 15;
+    state->row = (row + 1) & (zor::mp3::matrixedRows - 1);
     if (mode == 1) {
         kernel.synthesis(state->ring, row, src, dst);
         return zorStsNoErr;
@@ -104,6 +104,25 @@ ZorStatus zorsSynthesisFilter_PQMF_MP3_32f(const Zor32f* src, Zor32f* dst, ZorMP
     float samples[subbands];
     kernel.synthesis(state->ring, row, src, samples);
     for (int i = 0; i < subbands; ++i)
+        dst[2 * i] = samples[i];
+    return zorStsNoErr;
+}
+
+ZorStatus zorsSynthesisGranule_PQMF_MP3_32f(const Zor32f* src, Zor32f* dst, ZorMP3SynthesisState_32f* state,
+                                            int mode) {
+    using namespace zor::mp3;
+    if (const ZorStatus status = checkFilter(src, dst, state, mode); status < 0)
+        return status;
+    const auto& kernel = zor::kernels<PqmfKernels>();
+    const int row = state->row;
+    state->row = (row + slots) & (matrixedRows - 1);
+    if (mode == 1) {
+        kernel.synthesisGranule(state->ring, row, src, dst);
+        return zorStsNoErr;
+    }
+    float samples[lines];
+    kernel.synthesisGranule(state->ring, row, src, samples);
+    for (int i = 0; i < lines; ++i)
         dst[2 * i] = samples[i];
     return zorStsNoErr;
 }

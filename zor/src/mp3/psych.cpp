@@ -333,7 +333,7 @@ extern "C" ZorStatus zorsPsychoacousticModelTwo_MP3_16s(const Zor16s* src, ZorMP
     for (const int type : memory.blockType)
         if (type < normal || type > stop)
             return zorStsBadArgErr;
-    if (!isHeader(*frameHeader))
+    if (!isHeader(*frameHeader) || frameHeader->halfRate)
         return zorStsBadArgErr;
     runFrame(src, dstPsychInfo, sideInfo, *frameHeader, memory);
     return zorStsNoErr;

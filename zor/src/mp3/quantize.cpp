@@ -6,12 +6,11 @@
  * none does or a limit is met; the best of the attempts is kept.
  */
 #include "common/check.h"
+#include "mp3/geometry.h"
 #include "mp3/huffman_choice.h"
 #include "mp3/kernel_tables.h"
 #include "mp3/powers.h"
 #include "mp3/scalefactor.h"
-#include "tables/mp3_bitrate.h"
-#include "tables/mp3_samplerate.h"
 
 #include <bit>
 #include <cmath>
@@ -66,13 +65,17 @@ struct FactorCode {
     int compress = 0;
 };
 
-/** Bits that the largest factor of each run of a partition needs. */
-FactorPartition lengthsNeeded(FactorPartition partition, const Zor8s* factors) {
+/**
+ * Bits that the largest factor of each run of a partition needs; with `positions` so many that it is not the
+ * largest number of its length, which says that a band is not in intensity stereo.
+ */
+FactorPartition lengthsNeeded(FactorPartition partition, const Zor8s* factors, bool positions) {
     for (int group = 0, at = 0; group < 4; at += partition.count[group++]) {
         int largest = 0;
         for (int i = at; i < at + partition.count[group]; ++i)
             largest = std::max<int>(largest, factors[i]);
-        partition.length[group] = std::bit_width(static_cast<unsigned>(largest));
+        const int number = largest > 0 && positions ? largest + 1 : largest;
+        partition.length[group] = std::bit_width(static_cast<unsigned>(number));
     }
     return partition;
 }
@@ -89,7 +92,7 @@ int bitsOf(const FactorPartition& partition) {
 bool codeLsf(const ZorMP3SideInfo& side, const Zor8s* factors, bool intensityRight, FactorCode& code) {
     ZorMP3SideInfo probe = side;
     probe.scalefacCompress = side.scalefacCompress & intensityRight; // keeps the intensity scale
-    const FactorPartition need = lengthsNeeded(lsfPartition(probe, intensityRight), factors);
+    const FactorPartition need = lengthsNeeded(lsfPartition(probe, intensityRight), factors, intensityRight);
     const int* const n = need.length;
     const int limits[2][4] = {{4, 4, 3, 3}, {4, 5, 5, 0}};
     for (int group = 0; group < 4; ++group)
@@ -107,7 +110,8 @@ bool codeMpeg1(const ZorMP3SideInfo& side, const Zor8s* factors, FactorCode& cod
     for (int compress = 0; compress < 16; ++compress) {
         ZorMP3SideInfo probe = side;
         probe.scalefacCompress = compress;
-        const FactorPartition partition = mpeg1Partition(probe), need = lengthsNeeded(partition, factors);
+        const FactorPartition partition = mpeg1Partition(probe),
+                              need = lengthsNeeded(partition, factors, false);
         if (!std::equal(need.length, need.length + 4, partition.length,
                         [](int n, int have) { return n <= have; }))
             continue;
@@ -247,46 +251,49 @@ class GranuleQuantiser {
     const QuantKernels& m_kernel = kernels<QuantKernels>();
 };
 
-/** Bits that a frame of this header has for the main data of one granule; 0 for a free or forbidden bit rate.
- */
-int granuleBits(const ZorMP3FrameHeader& header) {
-    const int version = header.id == 1 ? 1 : 2;
-    int kbps = 0, hz = 1;
-    for (int row = 0; row < tables::mp3_bitrate::rows; ++row)
-        if (tables::mp3_bitrate::version_id[row] == version && tables::mp3_bitrate::layer[row] == 3 &&
-            tables::mp3_bitrate::index[row] == header.bitrateIndex)
-            kbps = tables::mp3_bitrate::kbps[row];
-    for (int row = 0; row < tables::mp3_samplerate::rows; ++row)
-        if (tables::mp3_samplerate::version_id[row] == version &&
-            tables::mp3_samplerate::index[row] == header.samplingFrequency)
-            hz = tables::mp3_samplerate::hz[row];
-    if (kbps == 0)
-        return 0;
-    const bool mono = header.mode == modeMono;
-    const int sideInfo = header.id == 1 ? (mono ? 17 : 32) : (mono ? 9 : 17);
-    const int overhead = 32 + (header.protectionBit == 0 ? 16 : 0) + 8 * sideInfo;
-    return static_cast<int>(kbps * 1000LL * lines / hz) - overhead / granulesOf(header);
+/** Bits that a frame of this header has for main data; 0 for a free or forbidden bit rate. */
+int mainDataBits(const ZorMP3FrameHeader& header) {
+    const int bytes = unpaddedFrameBytes(header);
+    const int overhead = headerBytes(header) + sideInfoBytes(header);
+    return bytes > 0 ? 8 * (bytes + (header.paddingBit != 0) - overhead) : 0;
 }
 
 /** The most bits that main_data_begin can reach back. */
-constexpr int reservoirLimit(int id) {
+constexpr int mostReservoir(int id) {
     return id == 1 ? 511 * 8 : 255 * 8;
 }
 
 /**
- * Bits for one channel: what the model asks for, but not below half of the even share, and above it only what
- * leaves the channels still to come their share and part of the reservoir.
+ * The bits that may lie ahead of the next frame: main_data_begin reaches them, and together with that frame,
+ * which may be padded, they fit into a decoder's buffer.
  */
-int channelBits(int share, int left, int channelsLeft, double entropy) {
-    const int spare = std::max(left - share * channelsLeft, 0);
-    const int most = std::min({share + spare * 3 / 5, left, mostPart23Length});
-    return std::clamp(entropy > 0 ? static_cast<int>(std::min(entropy * 1.1, 1e6)) : 0,
-                      std::min(share / 2, most), most);
+int reservoirLimit(const ZorMP3FrameHeader& header) {
+    constexpr int decoderBuffer = 7680;
+    return std::clamp(decoderBuffer - 8 * (unpaddedFrameBytes(header) + 1), 0, mostReservoir(header.id));
 }
+
+/** What the channels of a granule may take: its even share, what there is, and what would not fit the
+ * reservoir. */
+struct GranuleBudget {
+    int share, left, limit;
+
+    /**
+     * Bits for the next of `channels` channels: what the model asks for, but not below half of the even share
+     * nor what the reservoir cannot take, and above it only what leaves the other channels theirs and part of
+     * the reservoir.
+     */
+    int channelBits(int channels, double entropy) const {
+        const int spare = std::max(left - share * channels, 0),
+                  surplus = std::max(left - limit, 0) / channels;
+        const int most = std::min({std::max(share + spare * 3 / 5, surplus), left, mostPart23Length});
+        return std::clamp(entropy > 0 ? static_cast<int>(std::min(entropy * 1.1, 1e6)) : 0,
+                          std::min(std::max(share / 2, surplus), most), most);
+    }
+};
 
 bool isQuantisable(const ZorMP3FrameHeader& header, const ZorMP3SideInfo* side, int reservoir) {
     if (!isHeader(header) || header.bitrateIndex < 1 || header.bitrateIndex > 14 ||
-        granuleBits(header) <= 0 || reservoir < 0 || reservoir > reservoirLimit(header.id))
+        mainDataBits(header) <= 0 || reservoir < 0 || reservoir > mostReservoir(header.id))
         return false;
     for (int granule = 0; granule < granulesOf(header); ++granule)
         for (int channel = 0; channel < channelsOf(header); ++channel)
@@ -319,9 +326,11 @@ extern "C" ZorStatus zorsQuantize_MP3_32s_I(Zor32s* srcDst, Zor8s* scaleFactor, 
     const ZorMP3FrameHeader& header = *frameHeader;
     if (!isQuantisable(header, sideInfo, *reservoir))
         return zorStsBadArgErr;
-    const int channels = channelsOf(header), mean = granuleBits(header);
-    for (int granule = 0; granule < granulesOf(header); ++granule) {
-        int left = mean + *reservoir;
+    const int channels = channelsOf(header), granules = granulesOf(header);
+    const int mean = mainDataBits(header) / granules;
+    GranuleBudget budget{mean / channels, *reservoir, reservoirLimit(header)};
+    for (int granule = 0; granule < granules; ++granule) {
+        budget.left += mean;
         for (int channel = 0; channel < channels; ++channel) {
             const int at = 2 * granule + channel;
             Zor32s* const xr = srcDst + at * lines;
@@ -330,12 +339,11 @@ extern "C" ZorStatus zorsQuantize_MP3_32s_I(Zor32s* srcDst, Zor8s* scaleFactor, 
             if (!intensityRight)
                 std::fill(factors, factors + codedFactors, Zor8s{0});
             const ZorMP3SideInfo side = clearedSide(sideInfo[at]);
-            const BandLayout layout(BandTables{}, header, side);
+            const BandLayout layout(bandTablesOf(header), header, side);
             toStreamOrder(layout, xr, buffer);
             const BandList bands = listBands(layout, xr, psychInfo[at]);
             GranuleQuantiser quantiser(header, bands, xr, intensityRight, buffer);
-            const int bits =
-                channelBits(mean / channels, left, channels - channel, psychInfo[at].perceptualEntropy);
+            const int bits = budget.channelBits(channels - channel, psychInfo[at].perceptualEntropy);
             Zor32s* const best = buffer + 2 * lines;
             const Attempt result = quantiser.run(side, factors, bits, best);
             for (int i = 0; i < lines; ++i)
@@ -346,9 +354,9 @@ extern "C" ZorStatus zorsQuantize_MP3_32s_I(Zor32s* srcDst, Zor8s* scaleFactor, 
             sideInfo[at].part23Length = result.factorCode.bits + result.cost.bits;
             countOneLen[at] = result.cost.countOneLen;
             hufSize[at] = result.cost.bits;
-            left -= sideInfo[at].part23Length;
+            budget.left -= sideInfo[at].part23Length;
         }
-        *reservoir = std::min(left, reservoirLimit(header.id));
     }
+    *reservoir = std::min(budget.left, budget.limit) & ~7; // main data begins with a whole byte
     return zorStsNoErr;
 }

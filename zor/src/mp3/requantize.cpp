@@ -230,7 +230,8 @@ extern "C" {
 ZorStatus zorsReQuantize_MP3_32s_I(Zor32s* srcDst, int* length, const Zor8s* scaleFactor,
                                    const ZorMP3SideInfo* sideInfo, const ZorMP3FrameHeader* frameHeader,
                                    Zor8u* buffer) {
-    return zor::mp3::requantise(srcDst, length, scaleFactor, sideInfo, frameHeader, buffer, {});
+    return zor::mp3::requantise(srcDst, length, scaleFactor, sideInfo, frameHeader, buffer,
+                                frameHeader ? zor::mp3::bandTablesOf(*frameHeader) : zor::mp3::BandTables{});
 }
 
 ZorStatus zorsReQuantizeSfb_MP3_32s_I(Zor32s* srcDst, int* length, const Zor8s* scaleFactor,

@@ -12,6 +12,7 @@ int take(BitReader& reader, int bits) {
 }
 
 constexpr int syncWord = 0xFFF;
+constexpr int halfRateSync = 0xFFE; ///< with id 0
 
 /** The region counts that hold where the syntax leaves them out, so that the two regions cover all bands. */
 constexpr int impliedRegion0Count(const ZorMP3SideInfo& side) {
@@ -72,10 +73,12 @@ ZorStatus zorsUnpackFrameHeader_MP3(const Zor8u** bitStream, const Zor8u* bitStr
     if (bitStreamEnd - *bitStream < 4)
         return zorStsStreamEndErr;
     zor::BitReader reader(*bitStream, 0, bitStreamEnd);
-    if (take(reader, 12) != syncWord)
-        return zorStsBadStreamErr;
     ZorMP3FrameHeader header{};
+    const int sync = take(reader, 12);
     header.id = take(reader, 1);
+    header.halfRate = sync == halfRateSync && header.id == 0;
+    if (sync != syncWord && !header.halfRate)
+        return zorStsBadStreamErr;
     header.layer = take(reader, 2);
     header.protectionBit = take(reader, 1);
     header.bitrateIndex = take(reader, 4);

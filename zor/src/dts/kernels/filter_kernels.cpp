@@ -2,6 +2,8 @@
 #include "common/simd.h"
 #include "dts/filter.h"
 
+#include <array>
+
 namespace {
 
 using zor::DtsSynthesis;
@@ -12,6 +14,14 @@ using zor::store;
 using V = zor::Lanes<zor::maxLanes>;
 
 constexpr std::size_t lanes = lanesIn<V>, bands = DtsSynthesis::bands, half = bands / 2;
+
+/** s[k]: the sign of the standard's modulation in band k. */
+constexpr auto modulationSign = [] {
+    std::array<float, bands> sign{};
+    for (std::size_t k = 0; k < bands; ++k)
+        sign[k] = (k + 1) & 2 ? -1.0f : 1.0f;
+    return sign;
+}();
 
 /** The 64 values of a slot from the 32 of the cosine transform: c1, -c1_r, -c0_r, -c0 with its halves c0 c1.
  */
@@ -43,8 +53,10 @@ void overlap(const DtsSynthesis& filter, const float* window, float* dst) {
 }
 
 void synthesise(DtsSynthesis& filter, const float* src, float* dst, int mode) {
-    float cosines[bands];
-    zor::kernelTable<zor::DctKernels, ZOR_PATH>().dct4(filter.plan, src, cosines, filter.work);
+    float samples[bands], cosines[bands];
+    for (std::size_t k = 0; k < bands; k += lanes)
+        store<V>(samples + k, load<V>(src + k) * load<V>(modulationSign.data() + k));
+    zor::kernelTable<zor::DctKernels, ZOR_PATH>().dct4(filter.plan, samples, cosines, filter.work);
     filter.newest = (filter.newest + 1) & (DtsSynthesis::ringSlots - 1);
     spread(cosines, filter.ring + static_cast<std::size_t>(filter.newest) * 2 * bands);
     overlap(filter, filter.window[mode], dst);

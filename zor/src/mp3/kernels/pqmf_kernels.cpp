@@ -1,13 +1,16 @@
 /** \file
  * The 32-band polyphase bank: the window of ISO/IEC 11172-3 table B.3 around a 32-point cosine transform.
  *
- * Synthesis keeps the 32 values of a type II transform instead of the 64 that the standard matrixes: with
- * c[j] = sum of s[k] cos(pi/64 (2k+1) j) its vector is v[i] = c[16+i] for i below 17, -c[48-i] up to 48 and
- * -c[i-48] from there. Each value of a row so has two places in the output, which mirror one another.
+ * The 64 values that the standard matrixes are those of a type II transform c[j] = sum of s[k] cos(pi/64
+ * (2k+1) j): v[i] = c[16+i] for i below 17 (with c[32] = 0), -c[48-i] up to 48 and -c[i-48] from there. Float
+ * synthesis spreads and keeps them, so that the window is a plain sum of products. Fixed-point synthesis
+ * keeps the 32 of the transform in the caller's ring: each value of a row has two places in the output, which
+ * mirror one another.
  */
 #include "common/cosine.h"
 #include "common/simd.h"
 #include "mp3/convert.h"
+#include "mp3/cosinematrix.h"
 #include "mp3/kernel_tables.h"
 #include "tables/mp3_pqmf_window.h"
 
@@ -42,6 +45,14 @@ constexpr SynthesisWindow makeSynthesisWindow() {
 
 alignas(32) constexpr SynthesisWindow synthesisWindow = makeSynthesisWindow();
 
+/** The window as printed: weight j of a row of age a is at 32 a + j. */
+alignas(32) constexpr auto synthesisTaps = [] {
+    std::array<float, rows * subbands> taps{};
+    for (std::size_t i = 0; i < taps.size(); ++i)
+        taps[i] = static_cast<float>(tables::mp3_pqmf_window::d_x65536[i]) / 65536.f;
+    return taps;
+}();
+
 struct AnalysisWindow {
     float c[512];
 };
@@ -65,7 +76,8 @@ template <class V, class T>
 template <class T>
 [[gnu::always_inline]] inline void windowRows(const T* ring, int row, float* dst) {
     using V = Lanes<maxLanes>;
-    float direct[2][half], mirrored[2][half];
+    float direct[2][half],
+        mirrored[2][half + 1]; // mirrored[.][half] meets output 0 of its half, where nothing is added
     for (int t = 0; t < half; t += maxLanes) {
         V sum[2][2]{};
         for (int age = 0; age < rows; age += 2) {
@@ -86,20 +98,68 @@ template <class T>
     for (int age = 1; age < rows; age += 2)
         first += static_cast<float>(ring[((row - age) & (rows - 1)) * subbands + half]) *
                  synthesisWindow.toFirst[age];
+    mirrored[1][half] = mirrored[0][half] = 0;
+    for (int t = 0; t < half; t += maxLanes) {
+        const int opposite = half + 1 - maxLanes - t;
+        store<V>(dst + t, load<V>(direct[0] + t) + reversed(load<V>(mirrored[1] + opposite)));
+        store<V>(dst + half + t, load<V>(direct[1] + t) + reversed(load<V>(mirrored[0] + opposite)));
+    }
     dst[0] = first;
-    dst[half] = direct[1][0];
-    for (int t = 1; t < half; ++t) {
-        dst[t] = direct[0][t] + mirrored[1][half - t];
-        dst[half + t] = direct[1][t] + mirrored[0][half - t];
+}
+
+/** The matrixed values of one slot from its cosines. */
+[[gnu::always_inline]] inline void spread(const float* cosines, float* values) {
+    using V = Lanes<maxLanes>;
+    for (int i = 0; i < half; i += maxLanes) {
+        store<V>(values + i, load<V>(cosines + half + i));
+        store<V>(values + 48 + i, -load<V>(cosines + i));
+    }
+    values[half] = 0;
+    for (int i = 0; i < subbands; i += maxLanes)
+        store<V>(values + half + 1 + i, -reversed(load<V>(cosines + subbands - maxLanes - i)));
+}
+
+float* matrixedRow(float* ring, int row) {
+    return ring + (row & (matrixedRows - 1)) * matrixedValues;
+}
+
+/** The windowed sums of `count` slots that follow each other, the first one in row `row` of the ring. */
+template <int count>
+[[gnu::always_inline]] inline void windowSlots(const float* ring, int row, float* dst) {
+    using V = Lanes<maxLanes>;
+    const float* past[rows + count - 1]; // the oldest slot first
+    for (int i = 0; i < rows + count - 1; ++i)
+        past[i] = ring + ((row + i + 1 - rows) & (matrixedRows - 1)) * matrixedValues;
+    for (int t = 0; t < subbands; t += maxLanes) {
+        V sum[2][count]{};
+        for (int age = rows - 2; age >= 0; age -= 2)
+            for (int parity = 0; parity < 2; ++parity) {
+                const V tap = load<V>(synthesisTaps.data() + (age + parity) * subbands + t);
+                for (int slot = 0; slot < count; ++slot)
+                    sum[parity][slot] +=
+                        tap * load<V>(past[rows - 1 + slot - age - parity] + parity * subbands + t);
+            }
+        for (int slot = 0; slot < count; ++slot)
+            store<V>(dst + slot * subbands + t, sum[0][slot] + sum[1][slot]);
     }
 }
 
+template <int count>
+[[gnu::always_inline]] inline void synthesise(float* ring, int row, const float* src, float* dst) {
+    float cosines[count * subbands];
+    cosineTransforms<count>(src, cosines);
+    for (int slot = 0; slot < count; ++slot)
+        spread(cosines + slot * subbands, matrixedRow(ring, row + slot));
+    windowSlots<count>(ring, row, dst);
+}
+
 void synthesis(float* ring, int row, const float* src, float* dst) {
-    float samples[subbands], cosines[subbands];
-    std::memcpy(samples, src, sizeof samples);
-    dct2(samples, cosines);
-    std::memcpy(ring + row * subbands, cosines, sizeof cosines);
-    windowRows(ring, row, dst);
+    synthesise<1>(ring, row, src, dst);
+}
+
+void synthesisGranule(float* ring, int row, const float* src, float* dst) {
+    for (int slot = 0; slot < slots; slot += slotsAtOnce)
+        synthesise<slotsAtOnce>(ring, row + slot, src + slot * subbands, dst + slot * subbands);
 }
 
 void synthesisFixed(Zor32s* ring, int row, Zor16s* dst, int step) {
@@ -108,17 +168,20 @@ void synthesisFixed(Zor32s* ring, int row, Zor16s* dst, int step) {
     float samples[subbands], cosines[subbands];
     for (int k = 0; k < subbands; k += maxLanes)
         store(samples + k, loadInts<V>(newest + k));
-    dct2(samples, cosines);
+    cosineTransforms<1>(samples, cosines);
     for (int k = 0; k < subbands; k += maxLanes)
         storeRounded(newest + k, load<V>(cosines + k));
     windowRows(ring, row, samples);
-    constexpr float toPcm = 32768.f / (1 << fractionBits);
-    for (int i = 0; i < subbands; ++i) {
-        float pcm = samples[i] * toPcm;
-        pcm = pcm < 32767.f ? pcm : 32767.f;
-        pcm = pcm > -32768.f ? pcm : -32768.f;
-        dst[i * step] = static_cast<Zor16s>(static_cast<int>(pcm + (pcm < 0 ? -0.5f : 0.5f)));
+    const V toPcm = splat<V>(32768.f / (1 << fractionBits)), high = splat<V>(32767.f),
+            low = splat<V>(-32768.f);
+    Zor32s pcm[subbands];
+    for (int i = 0; i < subbands; i += maxLanes) {
+        V scaled = load<V>(samples + i) * toPcm;
+        scaled = scaled < high ? scaled : high;
+        storeRounded(pcm + i, scaled > low ? scaled : low);
     }
+    for (int i = 0; i < subbands; ++i)
+        dst[i * step] = static_cast<Zor16s>(pcm[i]);
 }
 
 /** Window, fold to 32 values by the symmetry of the cosines, transform. */
@@ -158,7 +221,7 @@ void analysisFixed(const Zor16s* history, Zor32s* dst) {
 
 template <>
 const zor::mp3::PqmfKernels& zor::kernelTable<zor::mp3::PqmfKernels, ZOR_PATH>() {
-    static constexpr mp3::PqmfKernels table{mp3::synthesis, mp3::synthesisFixed, mp3::analysis,
-                                            mp3::analysisFixed};
+    static constexpr mp3::PqmfKernels table{mp3::synthesis, mp3::synthesisGranule, mp3::synthesisFixed,
+                                            mp3::analysis, mp3::analysisFixed};
     return table;
 }

@@ -16,6 +16,7 @@ using zor::VqTarget;
 using V = zor::Lanes<zor::maxLanes>;
 
 constexpr int tile = VqBook::padding;
+constexpr float infinity = std::numeric_limits<float>::infinity();
 
 /** A row of a book and its sign. */
 struct SignedRow {
@@ -73,7 +74,11 @@ struct RowSums {
     }
 };
 
-/** Distances of all rows without the target's own energy: energy - 2 |correlation| where the sign is free. */
+/**
+ * Distances of all rows without the target's own energy: energy - 2 |correlation| where the sign is free. One
+ * that is no number counts as infinite, so that the rows have an order, and every place of a list a row,
+ * whatever comes.
+ */
 struct Distances {
     RowSums sums;
     bool signFree;
@@ -84,7 +89,8 @@ struct Distances {
         for (int row = 0; row < book.paddedRows(); row += lanesIn<V>) {
             const V correlation = load<V>(sums.correlation + row);
             const V magnitude = signFree ? correlation < V{} ? -correlation : correlation : correlation;
-            store<V>(value + row, load<V>(sums.energy + row) - 2 * magnitude);
+            const V distance = load<V>(sums.energy + row) - 2 * magnitude, infinite = splat<V>(infinity);
+            store<V>(value + row, distance < infinite ? distance : infinite);
         }
     }
     int code(const VqBook& book, int row) const {
