@@ -110,6 +110,69 @@ TEST_F(FrameworkFaults, AFaultInAnyStepIsNamed) {
     }
 }
 
+TEST_F(FrameworkFaults, AFaultInANameLineLeavesTheTablesApart) {
+    class Nameless : public ScriptedTest {
+      public:
+        void parmsNameToCstrm() override { fault(); }
+    };
+    Nameless broken;
+    ScriptedTest next;
+    Capture listing(outErr);
+    TableCapture results;
+    TableCapture names(g_qstrm);
+    bxSessionModes::m_nameMode = bxSessionModes::nameInOwnTable;
+    EXPECT_EQ(broken.run(), EXCPTFAIL);
+    bxSessionModes::m_nameMode = 0;
+    EXPECT_EQ(unframed(listing.text()), "--ZOR. Signal: Illegal storage access. in parmsNameToCstrm\n");
+    EXPECT_EQ(next.run(), OK);
+    EXPECT_EQ(results.text(), "zorsScripted_32f,-,-,nLps=1,1000,e,1,-\n");
+    EXPECT_EQ(names.text(), "");
+}
+
+TEST_F(FrameworkFaults, AFaultInTheEndOfATestCostsThatTestOnly) {
+    class Endless : public ScriptedTest {
+      public:
+        using ScriptedTest::ScriptedTest;
+        std::function<void()> onEnd;
+        void endTest() override { onEnd(); }
+    };
+    for (const auto& [onEnd, message] :
+         {std::pair<std::function<void()>, const char*>{
+              fault, "--ZOR. Signal: Illegal storage access. in endTest\n"},
+          {[] { throw std::runtime_error("no end"); }, "--ZOR. Exception: no end in endTest\n"}}) {
+        Suite suite;
+        Endless broken("zorsBroken");
+        broken.onEnd = onEnd;
+        suite.list.push_back(&broken);
+        suite.add("zorsNext");
+        Capture listing(outErr);
+        TableCapture summary(g_ustrm);
+        bxConditions all;
+        EXPECT_TRUE(suite.list.runTests(all));
+        EXPECT_EQ(suite.list.numResults[EXCPTFAIL], 1);
+        EXPECT_EQ(suite.list.numResults[OK], 1);
+        EXPECT_NE(listing.text().find(message), std::string::npos) << listing.text();
+        EXPECT_NE(listing.text().find("| -EXCPTFAIL  zorsBroken"), std::string::npos);
+        EXPECT_NE(summary.text().find("zorsBroken,Timing,-,-,-,-,TimScripted,0,p_scripted.cpp,EXCPTFAIL,"),
+                  std::string::npos);
+    }
+}
+
+TEST_F(FrameworkFaults, AFaultInTheAllocatorLeavesTheTimeLimitAlive) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer's heap has other heads";
+#endif
+    ScriptedTest broken;
+    void* const block = bxMalloc(64, 0, 0, nullptr);
+    void*& start = *reinterpret_cast<void**>(static_cast<char*>(block) - 128);
+    void* const sound = std::exchange(start, static_cast<char*>(start) + 8); // the heap refuses to free it
+    broken.onTiming = [block] { return bxFree(block), OK; };
+    Capture listing(outNone);
+    EXPECT_EQ(broken.run(), EXCPTFAIL);
+    EXPECT_FALSE(bxAllocatorBusy()) << "a later test that never returns would not be stopped";
+    start = sound;
+}
+
 TEST_F(FrameworkFaults, AFaultLeavesStreamsAsTheyWere) {
     ScriptedTest broken;
     broken.onTiming = [] {

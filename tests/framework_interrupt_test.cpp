@@ -6,6 +6,7 @@
 #include "frameworksupport.h"
 
 #include <csignal>
+#include <unistd.h>
 
 namespace {
 
@@ -29,18 +30,64 @@ TEST_F(FrameworkInterrupt, TheRunStopsAfterTheCurrentMeasurement) {
         list.push_back(&second);
         bxConditions all;
         Capture listing(outPerf);
+        TableCapture summary(g_ustrm);
         EXPECT_FALSE(list.runTests(all));
-        EXPECT_TRUE(bxInterrupted());
+        EXPECT_NE(list.interruptedBy, nullptr);
         EXPECT_EQ(first.flushed, 2) << "the measurement of size 2 is complete, that of size 3 is not begun";
         EXPECT_EQ(first.result, OK);
         EXPECT_EQ(list.numTests, 1);
-        EXPECT_NE(listing.text().find(std::string("-- Interrupted by ") + bxInterruptName() +
-                                      ": the run stops here\n"),
-                  std::string::npos);
+        EXPECT_EQ(list.numResults[OK], 0) << "a test that was cut short is no success";
+        EXPECT_EQ(list.numInterrupted, 1);
+        g_ostrm << bxReportEnd(list);
+        g_ustrm << bxReportEnd(list);
+        const std::string by = list.interruptedBy;
+        for (const std::string& line :
+             {"--Interrupted by " + by + ": 1 combinations of parameter values have not been measured\n",
+              std::string("| -INTERRUPTED zorsA"), "-- Interrupted by " + by + ": the run stops here\n",
+              std::string(".Interrupted     : 1")})
+            EXPECT_NE(listing.text().find(line), std::string::npos) << line;
+        EXPECT_NE(summary.text().find(",INTERRUPTED,"), std::string::npos);
+        EXPECT_NE(summary.text().find(".Interrupted    ,1\n"), std::string::npos);
         struct sigaction after {};
         sigaction(sig, nullptr, &after);
         EXPECT_EQ(after.sa_handler, SIG_DFL) << "the handler has gone with the run";
     }
+}
+
+TEST_F(FrameworkInterrupt, AnInterruptionThatLosesNothingIsNotCounted) {
+    Suite suite;
+    suite.add("zorsA").onTiming = [] { return raise(SIGINT), OK; };
+    bxConditions all;
+    Capture listing(outErr);
+    suite.list.runTests(all);
+    EXPECT_EQ(suite.list.numResults[OK], 1);
+    EXPECT_EQ(listing.text().find(".Interrupted"), std::string::npos);
+}
+
+TEST_F(FrameworkInterrupt, ASignalAtAQuestionEndsIt) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    bxDefault<int> size(0, "Size", "");
+    bxDefault<int> order(0, "Order", "");
+    Suite suite;
+    ScriptedTest& asked = suite.add("zorsA");
+    asked.onCanStart = [&] {
+        g_istrm.setIStream(new i_stream(fdopen(ends[0], "r"))); // an answer never comes
+        const pid_t self = getpid();
+        if (fork() == 0) {
+            usleep(100000);
+            kill(self, SIGINT);
+            raise(SIGKILL);
+        }
+        return asked.regParm(size) && asked.regParm(order);
+    };
+    bxConditions all;
+    Capture listing(outErr);
+    suite.list.runTests(all);
+    g_istrm.setIStream(nullptr);
+    close(ends[1]);
+    EXPECT_EQ(suite.list.numInterrupted, 1);
+    EXPECT_EQ(asked.flushed, 0) << "nothing is measured";
 }
 
 TEST(InterruptDeathTest, ASecondCtrlCEndsTheProcess) {

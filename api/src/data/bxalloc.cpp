@@ -157,6 +157,10 @@ void bxFree(void* ptr) {
     giveBack(block);
 }
 
+void bxAllocatorLeft() {
+    s_busy = 0;
+}
+
 bool bxAllocatorBusy() {
     return s_busy != 0;
 }

@@ -29,6 +29,8 @@ void* bxMalloc(void*& ptr, int size, int misalign, int offset);
 void bxFree(void* ptr);
 /** Whether a block is just being made or freed: a moment that must not be left by a jump. */
 bool bxAllocatorBusy();
+/** After a jump out of a moment like that (a fault in a broken heap). */
+void bxAllocatorLeft();
 /** Looks a block up; either output may be null. */
 bool bxMallocInfo(void* ptr, int* size, void** owner);
 /** Walks the blocks in the order of their allocation; null at the end. No block may be freed during a walk.

@@ -33,10 +33,21 @@ bxInterruptScope::bxInterruptScope() {
 bxInterruptScope::~bxInterruptScope() {
     for (std::size_t i = 0; i < signals.size(); ++i)
         sigaction(signals[i], &m_previous[i], nullptr);
+    s_signal = 0;
 }
 
 bool bxInterrupted() {
     return s_signal != 0;
+}
+
+void bxInterruptReads(bool on) {
+    for (const int sig : bxInterruptScope::signals) {
+        struct sigaction action {};
+        sigaction(sig, nullptr, &action);
+        action.sa_flags = on ? action.sa_flags & ~SA_RESTART : action.sa_flags | SA_RESTART;
+        if (action.sa_handler == interrupt)
+            sigaction(sig, &action, nullptr);
+    }
 }
 
 const char* bxInterruptName() {

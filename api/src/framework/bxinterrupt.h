@@ -25,8 +25,10 @@ class bxInterruptScope {
     std::array<struct sigaction, signals.size()> m_previous{};
 };
 
-/** Whether the present run, or the last one, was asked to stop. */
+/** Whether the present run was asked to stop. */
 bool bxInterrupted();
+/** While on, a signal ends a read that waits, such as that of an answer on the console. */
+void bxInterruptReads(bool on);
 /** Name of the signal that asked. */
 const char* bxInterruptName();
 

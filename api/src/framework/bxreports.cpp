@@ -1,5 +1,6 @@
 #include "framework/bxreports.h"
 
+#include "framework/bxinterrupt.h"
 #include "framework/bxreportformat.h"
 #include "framework/bxtest.h"
 #include "framework/bxtestlist.h"
@@ -112,16 +113,30 @@ bxCStream& operator<<(bxCStream& out, const bxReportTestTitle& report) {
     return out;
 }
 
+/** What stands above a result's line where something is missing. */
+static bxString remark(const bxTest& test) {
+    bxString text;
+    if (test.result == UNDEFINED)
+        text << "--No measurements have been done\n";
+    if (test.interrupted() && test.notMeasured() > 0)
+        text << "--Interrupted by " << bxInterruptName() << ": "
+             << (test.notMeasured() < bxTest::maxCounted ? "" : "at least ") << test.notMeasured()
+             << " combinations of parameter values have not been measured\n";
+    return text;
+}
+
 bxReportTestResult::bxReportTestResult(const bxTest* test) {
     if (!test) {
         for (const char* title : bxTable::summary::columns)
             m_row << (m_row.empty() ? "" : ",") << title;
         return;
     }
-    push_back(bxResultName(test->result));
+    const bxString code =
+        test->interrupted() ? bxString(bxTable::summary::interrupted) : bxResultName(test->result);
+    push_back(code);
     push_back(test->name);
     push_back(bxCtimeText(test->endTime));
-    push_back(test->result == UNDEFINED ? "--No measurements have been done\n" : "");
+    push_back(remark(*test));
 
     const char* watch87 = test->bad87Status ? "?" : "-";
     const char* watchSSX = test->badSSXStatus ? "?" : "-";
@@ -132,7 +147,7 @@ bxReportTestResult::bxReportTestResult(const bxTest* test) {
     addCell(test->info.className);
     addCell(bxString() << static_cast<long long>(test->endTime - test->startTime));
     addCell(test->fileName);
-    addCell(bxResultName(test->result));
+    addCell(code);
     addCell(bxPaths::m_exePath.getFileName());
 }
 
@@ -179,7 +194,9 @@ bxReportEnd::bxReportEnd(const bxTestList& tests) {
     addCount("...Warnings     ", warnings);
     addCount(".....-WARNING   ", count({ACCURWRN, DATAWRN, FUNCWRN}));
     addCount(".....-BADSTSWRN ", count({BADSTSWRN}));
-    addCount("...Undefined    ", tests.numTests - count({OK}) - fails - warnings);
+    addCount("...Undefined    ", tests.numTests - count({OK}) - fails - warnings - tests.numInterrupted);
+    if (tests.numInterrupted > 0)
+        addCount(".Interrupted    ", tests.numInterrupted);
     add(".Total time     ", bxReportFormat::getTimeStr(static_cast<int>(tests.endTime - tests.startTime)));
 }
 

@@ -8,6 +8,7 @@
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
 #include "framework/bxtestinfo.h"
+#include "framework/bxtestloop.h"
 #include "output/bxlevels.h"
 #include "parameters/bxcacheiterator.h"
 #include "parameters/bxiterator.h"
@@ -19,7 +20,6 @@
 
 class bxConditions;
 class bxObject;
-class bxTurns;
 
 /**
  * One test. `run` is its whole life in a session: it announces the test, lets it register its parameters,
@@ -156,6 +156,15 @@ class bxTest {
     void putTableName();
     void putTableNameLine();
 
+    /** Whether an interruption left combinations of a test that is sound so far. */
+    bool interrupted() const { return m_interrupted && !bxIsFailure(result); }
+    /** Combinations that an interruption left, counted up to `maxCounted`. */
+    long long notMeasured() const { return m_notMeasured; }
+    static constexpr long long maxCounted = 1000000;
+
+    /** Values of `m_hot`. */
+    enum Hot { hotOff, hotColumn, hotOnly };
+
     // ---- State ----
 
     bool deprecated = false;     /**< the row being written is that of deprecated values */
@@ -182,7 +191,7 @@ class bxTest {
     static inline bxResult m_currentResult = UNDEFINED;
     static inline int m_numParmsColm = 0;  /**< function and parameter columns of the result table */
     static inline int m_numResultColm = 0; /**< result columns of the result table */
-    static inline int m_hot = 0;           /**< 1: column "Interest", 2: hot functions only */
+    static inline int m_hot = hotOff;      /**< a column "Interest", or hot functions only */
     static inline bool m_pressing = false; /**< run only tests that have a section in the ini file */
     static inline bool m_cache = false;    /**< measure in and out of cache */
     /** Blocks allocated for the current combination. */
@@ -193,24 +202,9 @@ class bxTest {
   private:
     bxTest(bxString testName, bxString path, bxString text);
 
-    // The life of a run.
-    void enter();
-    bool proceed();
-    void announce();
-    void measureAll();
-    void recover(const char* message, int openMessages);
-    void discardData();
-    void report();
+    friend class bxTestRun;
+    friend class bxTestLoop;
 
-    // One combination of parameter values.
-    void restoreTraceStep();
-    bool nextCombination();
-    void processCombination();
-    void checkRegisters();
-    /** Outside what is timed; returns the function's status. */
-    int callOnce();
-    void timeCombination();
-    void compareCombination(bxTurns& side);
     bool repeatWithNewSize();
 
     /** Raises the running result. */
@@ -218,13 +212,9 @@ class bxTest {
     /** Writes an error and raises the running result. */
     static void reportError(const bxString& message, bxResult r);
 
-    // Members rather than locals of the loop: a fault jumps over destructors.
-    bxString m_loopStep;        /**< trace step that every combination starts from */
-    bool m_announced = false;   /**< the title block has been written */
-    bool m_constDue = false;    /**< the constant description has not been written */
-    bool m_dataLive = false;    /**< data of a combination exist */
-    bool m_dataMissing = false; /**< some combination was passed over because its data could not be had */
-    long long m_dataMark = 0;   /**< of the moment before a combination's data */
+    bxCombination m_combination; /**< outlives a fault */
+    bool m_interrupted = false;  /**< the run stopped before the last combination */
+    long long m_notMeasured = 0; /**< combinations that an interruption left */
 };
 
 #endif

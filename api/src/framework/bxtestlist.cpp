@@ -63,14 +63,14 @@ bool bxTestList::runTests(bxConditions& conditions) {
         if (side)
             side->endTest(r);
         progress.afterTest();
-        // A test that stopped before it measured still holds the mark of its entry.
-        if (r != UNDEFINED || test->result != OK)
-            plus(r);
+        count(*test, r);
         m_pCurrentTest = nullptr;
     }
-    if (bxInterrupted())
-        g_ostrm << ERR << "-- Interrupted by " << bxInterruptName() << ": the run stops here\n"
+    if (bxInterrupted()) {
+        interruptedBy = bxInterruptName();
+        g_ostrm << ERR << "-- Interrupted by " << interruptedBy << ": the run stops here\n"
                 << endMessageFlush;
+    }
     return numResults[FAIL] != 0;
 }
 
@@ -79,6 +79,16 @@ int bxTestList::countSelected(bxConditions& conditions) const {
     for (bxTest* test : *this)
         n += test->tobeRun(conditions) && (n > 0 || test->name.find(m_startFunc, 0) >= 0);
     return n;
+}
+
+void bxTestList::count(const bxTest& test, bxResult r) {
+    if (test.interrupted()) {
+        ++numTests;
+        ++numInterrupted;
+    } else if (r != UNDEFINED || test.result != OK) {
+        // A test that stopped before it measured still holds the mark of its entry.
+        plus(r);
+    }
 }
 
 void bxTestList::plus(bxResult r) {

@@ -25,6 +25,8 @@ class bxTestList : public bxList<bxTest*> {
      */
     bool runTests(bxConditions& conditions);
 
+    /** Counts the test that has just run with result r. */
+    void count(const bxTest& test, bxResult r);
     /** Counts one result; a specific warning or failure also counts under WARNING or FAIL. */
     void plus(bxResult r);
 
@@ -39,6 +41,9 @@ class bxTestList : public bxList<bxTest*> {
     time_t endTime;           /**< end of the run */
     int numTests = 0;         /**< results counted */
     int numResults[numCodes]; /**< results counted per code */
+    int numInterrupted = 0;   /**< tests that an interruption cut short, under no code */
+    /** Name of the signal that ended the run early, or null. */
+    const char* interruptedBy = nullptr;
 
     /** While not empty, tests are passed over until one whose function name contains it. */
     static inline bxString m_startFunc;

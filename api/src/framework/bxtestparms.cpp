@@ -2,6 +2,7 @@
  * What a test works with: the combinations of its parameter values, its data and the floating-point watch.
  */
 #include "data/bxalloc.h"
+#include "framework/bxinterrupt.h"
 #include "framework/bxtest.h"
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
@@ -24,8 +25,11 @@ bxParameter* bxTest::regCacheParm(bxIterator<int>& size, bxObject* owner, bxCach
 }
 
 void bxTest::parmsFromIstrm() {
-    for (bxParameter* parm : parms)
+    for (bxParameter* parm : parms) {
+        if (bxInterrupted())
+            return;
         parm->fromIStream(g_istrm);
+    }
 }
 
 void bxTest::parmsToOstrm() {

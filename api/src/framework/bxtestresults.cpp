@@ -9,6 +9,7 @@
 #include "output/bxostream.h"
 #include "output/bxtable.h"
 #include "system/bxclock.h"
+#include "timing/bxsignal.h"
 
 #include <algorithm>
 #include <array>
@@ -277,6 +278,6 @@ void bxTest::putTableName() {
         putTableNameLine();
     if (bxSessionModes::m_nameMode & bxSessionModes::nameInOwnTable) {
         const NameTableOutputs exchanged;
-        putTableNameLine();
+        bxGuarded([this] { putTableNameLine(); }); // a fault must not jump over the exchange back
     }
 }

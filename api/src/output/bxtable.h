@@ -54,7 +54,8 @@ inline constexpr Text result = "Result";
 inline constexpr Text program = "ExeName";
 inline constexpr std::array columns{function, kind,    "Control87", "Status87", "ControlSSX", "StatusSSX",
                                     test,     seconds, source,      result,     program};
-inline constexpr Text end = "END_DATA"; /**< the counts follow */
+inline constexpr Text interrupted = "INTERRUPTED"; /**< result of a test that was cut short */
+inline constexpr Text end = "END_DATA";            /**< the counts follow */
 } // namespace summary
 
 // What stands behind a title to name the files of a run.

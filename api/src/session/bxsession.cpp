@@ -2,7 +2,6 @@
 
 #include "framework/bxhotlist.h"
 #include "framework/bxinfotests.h"
-#include "framework/bxinterrupt.h"
 #include "framework/bxreportformat.h"
 #include "framework/bxreports.h"
 #include "framework/bxtest.h"
@@ -96,7 +95,7 @@ int bxSession::measure() {
         g_pHotList = new bxStringList;
     putTableTitle();
     const bool failed = pTestList->runTests(*m_conditions);
-    return failed || bxInterrupted() ? 1 : 0;
+    return failed || pTestList->interruptedBy ? 1 : 0;
 }
 
 void bxSession::applyLibrarySettings() {

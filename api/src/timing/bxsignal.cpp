@@ -1,5 +1,6 @@
 #include "timing/bxsignal.h"
 
+#include "data/bxalloc.h"
 #include "system/bxpriority.h"
 #include "timing/bxexception.h"
 #include "timing/bxexit.h"
@@ -104,6 +105,7 @@ bxFaultGuard::~bxFaultGuard() {
 void bxFaultGuard::raise() {
     bxResetFpState();
     bxResetPriority();
+    bxAllocatorLeft();
     const char* const reason = std::exchange(s_reason, nullptr);
     throw bxException(reason ? reason : tsSignal::getInfo());
 }

@@ -1,0 +1,176 @@
+#include "framework/bxtestloop.h"
+
+#include "data/bxalloc.h"
+#include "framework/bxbuildstep.h"
+#include "framework/bxinterrupt.h"
+#include "framework/bxtest.h"
+#include "output/bxcstream.h"
+#include "output/bxostream.h"
+#include "timing/bxcallscope.h"
+#include "timing/bxcallwatch.h"
+#include "timing/bxfpwatch.h"
+#include "timing/bxturns.h"
+
+#include <algorithm>
+
+namespace {
+
+/** What a result counts as: a warning that is not shown does not lower the test's result. */
+bxResult counted(bxResult r) {
+    return bxIsWarning(r) && g_ostrm.outLevel() <= outErr ? OK : r;
+}
+
+} // namespace
+
+bxTestLoop::bxTestLoop(bxTest& test) : m_test(test), m_step(g_trace.getCurName()) {}
+
+void bxTestLoop::run() {
+    m_test.firstIteration = true;
+    g_cstrm.identicalLinesStart(bxTest::m_numParmsColm);
+    while (next()) {}
+    if (bxInterrupted() && !bxIsFailure(bxTest::m_currentResult))
+        countMissing();
+    finish();
+}
+
+/** A test's own step that was left open does not lead into the next combination. */
+void bxTestLoop::restoreTraceStep() {
+    while (!g_trace.empty() && !(*g_trace.begin() == m_step))
+        g_trace.traceOut(bxString(*g_trace.begin()));
+}
+
+/** Produces and measures one combination; false at the end of the loop. */
+bool bxTestLoop::next() {
+    restoreTraceStep();
+    g_placement.restart();
+    bxCombination& combination = m_test.m_combination;
+    combination.dataMark = bxMallocMark();
+    if (!bxBuildStep("canContinue", [this] { return m_test.canContinue(); })) {
+        if (m_test.firstIteration)
+            bxTest::reportError("-- One of argument list for timing is empty\n", DATAFAIL);
+        return false;
+    }
+    m_test.firstIteration = false;
+    // A cache iterator learns from the data of every size.
+    if (bxTurns* const side = bxTurns::side(); side && !side->nextCombination() && !m_test.cacheIter)
+        return true;
+    combination.dataLive = true;
+    if (bxBuildStep("initData", [this] { return m_test.initData(); }))
+        process();
+    else if (g_placement.failures > 0)
+        m_dataMissing = true;
+    bxTraced("flushData", [this] { return m_test.flushData(); });
+    combination.dataLive = false;
+    return !bxIsFailure(bxTest::m_currentResult) && !bxInterrupted();
+}
+
+void bxTestLoop::process() {
+    if (m_constDue) {
+        m_constDue = false;
+        m_test.outputConst();
+    }
+    if (m_test.cacheIter && !m_test.cacheIter->validateSize()) {
+        m_test.cacheRetry = true;
+        return;
+    }
+    m_test.putTextParms(PERF);
+    if (m_test.tool.includeDataSet)
+        bxTraced("reserveAllVectors", [] { return bxTest::reserveAllVectors(); });
+    if (bxTest::m_hot == bxTest::hotOnly && !m_test.isHotLine()) {
+        g_ostrm << "  measuring is omitted: not hot line\n";
+        return;
+    }
+    time();
+}
+
+/**
+ * Calls the function once to see whether it preserves its caller's registers, which a compiled loop around it
+ * could not survive. Where there is no such loop, the engine sees to it in its own untimed call.
+ */
+void bxTestLoop::checkRegisters() {
+    if (m_test.funcCall && (m_test.funcLoop || m_test.funcStat))
+        callOnce();
+}
+
+int bxTestLoop::callOnce() {
+    return bxTraced("zorFunctionCalls", [this] {
+        const bxCallScope scope(bxCallScope::called);
+        if (m_test.initFunc)
+            m_test.initFunc();
+        return g_callWatch.call(m_test.funcCall);
+    });
+}
+
+/** The present combination as one side of a comparison; the figures are those of who compares. */
+void bxTestLoop::compare(bxTurns& side) {
+    if (!side.wanted())
+        return;
+    bxTest::initCtrlStatus();
+    g_callWatch.init();
+    bxString parameters;
+    for (const bxParameter* parm : m_test.parms)
+        parameters << (parameters.empty() ? "" : " ") << parm->name() << "=" << parm->valueString();
+    if (m_test.cacheIter)
+        parameters << " " << m_test.cacheIter->getComment();
+    side.beginCombination(parameters);
+    bxStartWatchdog();
+    int status = 0;
+    if (m_test.funcCall)
+        status = callOnce();
+    side.calledOnce(status);
+    const bxResult r = bxTraced("runTiming", [this] { return m_test.runTiming(); });
+    bxStopWatchdog();
+    bxResetFpState();
+    bxTest::raiseResult(std::max(r, OK));
+}
+
+void bxTestLoop::time() {
+    if (bxTurns* const side = bxTurns::side())
+        return compare(*side);
+    m_test.printAllMemoryBlocks("before function calls");
+    const OutputLevel level = g_ostrm.outLevel();
+    bxTest::initCtrlStatus();
+    g_callWatch.init();
+    if (level == outWarn)
+        g_ostrm.setOutLevel(outPerf);
+    bxStartWatchdog();
+    checkRegisters();
+    bxResult r = bxTraced("runTiming", [this] { return m_test.runTiming(); });
+    bxStopWatchdog();
+    g_ostrm.setOutLevel(level);
+    // Figures are formatted and the next data built in the harness's own floating-point state.
+    bxResetFpState();
+    if (r == UNDEFINED)
+        bxTest::reportError("-- Internal test problem: runTiming() function returns undefined result\n",
+                            FAIL);
+    else
+        m_test.printAllMemoryBlocks("after function calls");
+    r = std::max(r, m_test.checkCtrlStatus());
+    bxTest::raiseResult(counted(r));
+    m_test.outputResult(r);
+}
+
+/** Steps through what an interruption left, without building any data. */
+void bxTestLoop::countMissing() {
+    long long& missing = m_test.m_notMeasured;
+    missing = m_test.cacheRetry; // the present combination waited for another size
+    m_test.cacheRetry = false;
+    bxBuildStep("canContinue", [this, &missing] {
+        while (missing < bxTest::maxCounted && m_test.canContinue())
+            ++missing;
+        return true;
+    });
+    m_test.m_interrupted = missing > 0;
+}
+
+void bxTestLoop::finish() {
+    if (bxTest::m_currentResult == UNDEFINED && !m_test.m_interrupted)
+        bxTest::reportError("-- Error while initialization of function data\n", DATAFAIL);
+    else if (m_dataMissing)
+        bxTest::raiseResult(counted(DATAWRN));
+    g_cstrm.linePostponeOut(bxTest::m_numResultColm + bxTest::m_numParmsColm);
+    if (g_cstrm.identicalLinesStop()) {
+        g_ostrm << WARN << "-- Warning: duplicate lines in performance table (csv-file)\n" << endMessage;
+        bxTest::raiseResult(counted(DATAWRN));
+    }
+}

@@ -1,0 +1,43 @@
+/** \file
+ * The combinations of a test's parameter values.
+ */
+#ifndef BXTESTLOOP_H
+#define BXTESTLOOP_H
+
+#include "foundation/bxstring.h"
+#include "timing/bxresult.h"
+
+class bxTest;
+class bxTurns;
+
+/** What a test is left with when a fault jumps out of a combination. */
+struct bxCombination {
+    bool dataLive = false;  /**< data of the combination exist */
+    long long dataMark = 0; /**< of the moment before its data */
+};
+
+/** Measures a test for every combination of its parameter values, the last parameter varying fastest. */
+class bxTestLoop {
+  public:
+    explicit bxTestLoop(bxTest& test);
+    void run();
+
+  private:
+    bool next();
+    void process();
+    void checkRegisters();
+    /** Outside what is timed; returns the function's status. */
+    int callOnce();
+    void time();
+    void compare(bxTurns& side);
+    void finish();
+    void countMissing();
+    void restoreTraceStep();
+
+    bxTest& m_test;
+    const bxString m_step;      /**< trace step that every combination starts from */
+    bool m_constDue = true;     /**< the constant description has not been written */
+    bool m_dataMissing = false; /**< some combination was passed over because its data could not be had */
+};
+
+#endif
