@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds what is missing and runs the main job: every test, in batch mode, with a listing, a result table and a
-# summary table in a directory of the run. Keys given to this script are passed on in place of the defaults:
+# summary table in a directory of the run. The exit status is 1 when a test failed, 2 when the run could not do its
+# work. Keys given to this script are passed on in place of the defaults:
 #   ./run.sh                 all tests, Auto method
 #   ./run.sh -B -f TNS -L P  the TNS functions, with the figures of every combination in the listing
 set -euo pipefail
@@ -17,7 +18,7 @@ keys=("$@")
 [ ${#keys[@]} -gt 0 ] || keys=(-B -L P)
 
 status=0
-"$build/bin/benchex" "-l$out" -o -r -u -g "${keys[@]}" || status=$?
+"$build/bin/benchex" "-l$out" -o -r -u -g -dStrict=yes "${keys[@]}" || status=$?
 echo
 echo "Listing, result table and summary table are in $out"
 exit "$status"

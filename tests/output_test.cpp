@@ -135,8 +135,9 @@ TEST(Outputs, UnopenedIsReportedAndNotAttached) {
     bxString line = "old";
     EXPECT_FALSE(in.getline(line));
     EXPECT_TRUE(line.empty());
-    EXPECT_EQ(capture.text(), "-- Can't open file /nonexistent/x.csv to write: \n"
-                              "-- Can't open file /nonexistent/x.ini to read: \n");
+    EXPECT_EQ(capture.text(),
+              "-- Can't open file /nonexistent/x.csv to write: \n   No such file or directory\n"
+              "-- Can't open file /nonexistent/x.ini to read: \n   No such file or directory\n");
 }
 
 TEST(Outputs, FullDiskIsToldByFailedAlone) {

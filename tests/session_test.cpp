@@ -52,6 +52,9 @@ TEST(CommandKey, IsReadFromAWordAndTheNext) {
         {"-f=+a", "", "f=+a"},
         {"-q+", "", "q+"},
         {"--", "x", "-x"},
+        {"--help", "x", "h"},
+        {"--version", "x", "v"},
+        {"--helpless", "", "-helpless"},
         {"-?", "", "?"},
         {"-", "x", nullptr},
         {"/", "", nullptr},
@@ -251,6 +254,22 @@ TEST_F(Session, RunsItsStepsInOrder) {
     session.starts = false;
     session.runWith({"-B"});
     EXPECT_EQ(session.steps, begin + "start signal");
+}
+
+TEST_F(Session, TakesConditionsBeforeItRuns) {
+    class Selecting : public OpenSession {
+      public:
+        int admitted = -1;
+        void putTableTitle() override {
+            admitted = 0;
+            for (const bxTest* test : *pTestList)
+                admitted += m_conditions->tobeRun(test);
+        }
+    };
+    Selecting selecting;
+    selecting.addCondition(new RunCondition_fNot("Quarn"));
+    selecting.runWith({"-B"});
+    EXPECT_EQ(selecting.admitted, 0) << "the report of the processor is the only test";
 }
 
 TEST_F(Session, EndsInOrderAfterAWrongValue) {

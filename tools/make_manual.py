@@ -41,12 +41,12 @@ TAIL = r""".SH FILES
 .I benchex.csv
 The result table
 .RB ( \-r ):
-a head of "label,value" lines, the column titles, one line for each measured combination.
+title lines "label,value" about the run, the column titles, one line for each measured combination.
 .TP
 .I benchex_sum.csv
 The summary table
 .RB ( \-u ):
-a line for each test with its result, then the counts.
+the same title lines, the column titles, a line for each test with its result, then the counts.
 .TP
 .I benchex_name.csv
 The names of the parameters, in builds that have the key
@@ -60,8 +60,20 @@ and written by
 .TP
 .I benchex.cfg
 Keys for a call without keys; the first line counts.
+.PP
+All stand in the directory of the program, or where
+.B \-l
+and
+.B \-p
+say; when the program was found through PATH, in the current directory.
 .SH EXIT STATUS
-1 when a test ended with a failure, else 0.
+1 when a test ended with a failure or the run was interrupted, else 0: also when no test ran, a value was wrong or an
+output could not be opened.
+With
+.B \-dStrict=yes
+(or Strict=yes in the ini file) 2 when the run ended before its tests, no test ran, a key or a \-d name was not known, or
+a table or listing could not be written.
+A second interruption, and a fault outside of a test, end the program by the signal.
 .SH EXAMPLES
 .TP
 .B benchex \-B \-LP \-fMDCT

@@ -4,8 +4,12 @@
 #include "output/bxpaths.h"
 
 #include <array>
+#include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <string>
+#include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -23,10 +27,18 @@ bxString completedName(const bxString& name, int mode) {
     return mode & ioRead ? bxPaths::getInPath(name) : mode & ioWrite ? bxPaths::getOutPath(name) : name;
 }
 
-void reportUnopened(const bxString& name, int mode) {
+/** As fopen for writing, without emptying the file. */
+std::FILE* openFull(const char* path) {
+    constexpr mode_t anybody = 0666; // less what the user masks
+    const int number = ::open(path, O_WRONLY | O_CREAT, anybody);
+    return number < 0 ? nullptr : fdopen(number, "w");
+}
+
+/** The reason stands on a line of its own, behind the text that others may look for. */
+void reportUnopened(const bxString& name, int mode, int error) {
     g_ostrm << ERR << "-- Can't open file " << name;
     g_ostrm << (mode & ioRead ? " to read" : mode & ioWrite ? " to write" : "");
-    g_ostrm << ": " << getLastErrorMessage() << "\n" << endMessage;
+    g_ostrm << ": " << getLastErrorMessage() << "\n   " << std::strerror(error) << "\n" << endMessage;
 }
 
 } // namespace
@@ -38,9 +50,10 @@ bxString getLastErrorMessage() {
 io_stream::io_stream(const bxString& name, int mode, bool report) {
     const bxString path = completedName(name, mode);
     if (const std::string how = openMode(mode); !how.empty())
-        m_file = std::fopen(path.c_str(), how.c_str());
+        m_file =
+            how == "w" && mode & ioEmptyLate ? openFull(path.c_str()) : std::fopen(path.c_str(), how.c_str());
     if (!m_file && report)
-        reportUnopened(path, mode);
+        reportUnopened(path, mode, errno);
 }
 
 void io_stream::flush() {
@@ -76,6 +89,9 @@ bool i_stream::getline(bxString& line) {
 }
 
 void o_stream::write(const char* text) {
+    // Fails for what is no file, which holds nothing either.
+    if (std::exchange(m_full, false) && handle() && ftruncate(fileno(handle()), 0) != 0)
+        errno = 0;
     std::fputs(text, handle() ? handle() : stdout);
 }
 
@@ -85,7 +101,8 @@ o_stream& operator<<(o_stream& out, const bxString& text) {
 }
 
 o_stream* createOStream(const bxString& name, bool append) {
-    auto stream = std::make_unique<o_stream>(name, ioWrite | (append ? ioAppend : 0) | ioNameAsGiven, true);
+    auto stream =
+        std::make_unique<o_stream>(name, ioWrite | (append ? ioAppend : ioEmptyLate) | ioNameAsGiven, true);
     return stream->handle() ? stream.release() : nullptr;
 }
 

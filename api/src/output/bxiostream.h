@@ -18,7 +18,8 @@ enum IoMode : int {
     ioWrite = 2,
     ioAppend = 4, /**< with ioWrite: keep what the file holds */
     ioBinary = 8,
-    ioNameAsGiven = 256 /**< do not complete the name by the session's directories */
+    ioNameAsGiven = 256, /**< do not complete the name by the session's directories */
+    ioEmptyLate = 512    /**< with ioWrite: a file that exists is emptied by the first write, not before */
 };
 
 /** The system's text for its last error; empty on this platform. */
@@ -61,13 +62,20 @@ class i_stream : public io_stream {
 class o_stream : public io_stream {
   public:
     using io_stream::io_stream;
+    o_stream(const bxString& name, int mode, bool report)
+        : io_stream(name, mode, report), m_full((mode & ioEmptyLate) != 0) {}
     /** Writes to the handle, or to standard output when it is null. Errors are left to failed(). */
     void write(const char* text);
+
+  private:
+    bool m_full = false; /**< holds what an earlier run has written */
 };
 
 o_stream& operator<<(o_stream& out, const bxString& text);
 
-/** Opens a file to write, its name as given; null, after an ERR message, when that fails. The caller owns it.
+/**
+ * Opens a file to write, its name as given; null, after an ERR message, when that fails. The caller owns it.
+ * Until something is written a file that exists keeps what it holds.
  */
 o_stream* createOStream(const bxString& name, bool append);
 

@@ -1,7 +1,16 @@
 #include "session/bxcommand.h"
 
+#include <string>
+
 namespace {
 const char* const separators = " ;\t\r\n";
+
+/** Words with two dashes, and the keys that they stand for. */
+struct LongWord {
+    const char* word;
+    char key;
+};
+constexpr LongWord longWords[] = {{"--help", 'h'}, {"--version", 'v'}};
 
 bool isSign(char c) {
     return c == '-' || c == '+' || c == '=';
@@ -15,6 +24,12 @@ bool isKeyString(const bxString& word) {
 bool bxCommandKey::setArg(bxString word, bxString next) {
     if (!isKeyString(word))
         return false;
+    for (const LongWord& row : longWords)
+        if (word == row.word) {
+            m_key = row.key;
+            m_argument = "";
+            return true;
+        }
     m_key = word.c_str()[1];
     bxString rest = word.substr(2);
     bxString sign;
@@ -31,6 +46,17 @@ bool bxCommandKey::getArg(char key, bxString& argument) const {
         return false;
     argument = m_argument;
     return true;
+}
+
+void bxCommandKey::removeQuotes() {
+    std::string text(m_argument.view());
+    std::erase(text, '"');
+    m_argument.assign(std::string_view(text));
+}
+
+void bxCommandList::removeQuotes() {
+    for (bxCommandKey& key : *this)
+        key.removeQuotes();
 }
 
 void bxCommandList::setArgs(int argc, char** argv) {

@@ -16,7 +16,7 @@ class bxCommandKey {
   public:
     /**
      * Reads the key from `word`; `next` is the argument when the word itself holds none. False when the
-     * word is no key string.
+     * word is no key string. "--help" and "--version" are -h and -v without an argument.
      */
     bool setArg(bxString word, bxString next);
 
@@ -26,6 +26,8 @@ class bxCommandKey {
 
     char key() const { return m_key; }
     const bxString& argument() const { return m_argument; }
+    /** Removes the quotes that group the words of the argument. */
+    void removeQuotes();
 
   private:
     char m_key = ' ';
@@ -48,6 +50,8 @@ class bxCommandList : public bxList<bxCommandKey> {
     /** Appends the key that `word` holds; false, and nothing is appended, when it holds none. */
     bool setArg(bxString word, bxString next);
     bool setArg(char key, bxString argument);
+    /** Of a line of text: takes the quotes off that a shell would have taken off. */
+    void removeQuotes();
 
     bool isKey(char key) const;
     /** The argument of the last such key; false when there is none. */

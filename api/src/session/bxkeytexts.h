@@ -34,7 +34,9 @@ inline constexpr const char* d_descr =
     them in a shell). -I shows the names of all parameters. Beside these, Precise=yes measures by
     differences against a chain of additions and gives core clocks with their 95 % interval, to
     within PreciseAccuracy (per cent; the Accuracy where it is not given); WatchdogSeconds=<n>
-    ends a combination that takes longer; GuardBlocks=yes ends test data at a protected page.
+    ends a combination that takes longer; GuardBlocks=yes ends test data at a protected page;
+    Strict=yes gives the exit status 2 when the run ended before its tests, no test ran, a key or a
+    name was not known, or an output could not be written.
     Default: no value is set.
     Example: benchex -B -dMethod=Manual -dNumLoops=100
 )";
@@ -105,16 +107,19 @@ inline constexpr const char* L_descr =
 
 inline constexpr const char* r_help = "-r[<file-name>]  = create csv-file and write BX results\n";
 inline constexpr const char* r_descr =
-    R"(    Writes the result table: a head line, then one row for each measured combination of
-    parameters. An old file of this name is replaced. Every -r and -R key opens one more file. A
-    name without "." gets ".csv". An absolute path is attached to the key (-r/tmp/run.csv).
+    R"(    Writes the result table: title lines about the run (CPU, OS, Computer, a Library line for each
+    part, Start: a label and a value each), a line of column titles, then one row for each measured
+    combination of parameters. An old file of this name is replaced. Every -r and -R key opens one
+    more file. A name without "." gets ".csv". An absolute path is attached to the key
+    (-r/tmp/run.csv).
     Default: no file; -r alone: the output directory (-l), the title name (-n) and ".csv".
     Example: benchex -B -fFIR -r fir   writes fir.csv
 )";
 
 inline constexpr const char* R_help = "-R[<file-name>]  = add BX results to csv-file\n";
 inline constexpr const char* R_descr =
-    R"(    As -r, but the table is added to the end of the file. Every -r and -R key opens one more file.
+    R"(    As -r, but the table is added to the end of the file, with its title lines and column titles.
+    Every -r and -R key opens one more file.
     Default: no file; -R alone: the output directory (-l), the title name (-n) and ".csv".
     Example: benchex -B -R history     adds the results of this run to history.csv
 )";
@@ -124,7 +129,8 @@ inline constexpr const char* q_help =
     "-q+              = add function parameter name lines to BX results table file\n";
 inline constexpr const char* q_descr =
     R"(    Writes one line for each function that names its parameters in the order of the result table.
-        -q[<file-name>]    into a file of its own; every such key opens one more file
+        -q[<file-name>]    into a file of its own, behind title lines and column titles as those of
+                           -r; every such key opens one more file
         -q+                into the result tables of -r and -R, before the rows of the function
     Default: no name lines; -q alone: the output directory (-l), the title name (-n) and "_name.csv".
     Example: benchex -B -q names -Q    writes names_name.csv and measures nothing
@@ -141,9 +147,10 @@ inline constexpr const char* Q_descr =
 inline constexpr const char* u_help =
     "-u[<file-name>]  = create csv-file and write summary table ('_sum' is added to default title name)\n";
 inline constexpr const char* u_descr =
-    R"(    Writes the summary table: one row for each test with its result, its time and the state of the
-    floating-point control, and the counts of all results at the end. An old file of this name is
-    replaced. Every -u and -U key opens one more file. A name without "." gets "_sum.csv".
+    R"(    Writes the summary table: the title lines of -r, a line of column titles, one row for each test
+    with its result, its time and the state of the floating-point control, then END_DATA and the
+    counts of all results. An old file of this name is replaced. Every -u and -U key opens one more
+    file. A name without "." gets "_sum.csv".
     Default: no file; -u alone: the output directory (-l), the title name (-n) and "_sum.csv".
     Example: benchex -B -u day1        writes day1_sum.csv
 )";
@@ -161,7 +168,8 @@ inline constexpr const char* g_help =
 inline constexpr const char* g_descr =
     R"(    The last thing that a run writes, also after an error or a wrong value: the duration as hours,
     minutes and seconds, and the time of the end. Its appearance tells a watching script that the
-    run is over. A name without "." gets ".end". The last -g is valid.
+    run is over: one of an earlier run is removed when the run starts. A name without "." gets
+    ".end". The last -g is valid.
     Default: no file; -g alone: the output directory (-l), the title name (-n) and ".end".
     Example: benchex -B -r -g done     writes done.end when the table is complete
 )";
@@ -178,7 +186,8 @@ inline constexpr const char* p_help =
     "-p<dir-name>     = default directory for input files i.e. ini & test data files\n";
 inline constexpr const char* p_descr =
     R"(    Where files are read from when their name is not absolute. A relative directory is relative to
-    the directory of the program, not to the current one. The last -p is valid.
+    the directory of the program, not to the current one. The last -p is valid. When the program was
+    found through PATH its directory is not known: the current one stands for it.
     Default: the directory of the program.
     Example: benchex -B -p settings -i night   reads settings/night.ini beside the program
 )";
@@ -187,7 +196,8 @@ inline constexpr const char* l_help = "-l<dir-name>     = default directory for 
 inline constexpr const char* l_descr =
     R"(    Where files are written to when their name is not absolute. The directory has to exist. A
     relative one is relative to the directory of the program, not to the current one. The last -l
-    is valid.
+    is valid. When the program was found through PATH its directory is not known: the current one
+    stands for it.
     Default: the directory of the program.
     Example: benchex -B -l/tmp/results -r   writes the result table into /tmp/results
 )";
@@ -314,7 +324,7 @@ inline constexpr const char* h_descr =
     several times either combine (A, L, d, f, t) or open one more file each time (o, O, r, R, q,
     u, U); of all others the last one is valid. Without any key the first line of the file
     <program>.cfg is read as the keys, if there is one in the current directory or beside the
-    program.
+    program; quotes group words with blanks there. --help and --version are -h and -v.
     Default: no help.
     Example: benchex -hf               explains the key -f
 )";

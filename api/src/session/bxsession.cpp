@@ -15,6 +15,7 @@
 #include "session/bxprecisesetting.h"
 #include "session/bxprotection.h"
 #include "session/bxregister.h"
+#include "session/bxstrict.h"
 #include "system/bxenvironment.h"
 #include "timing/bxexception.h"
 
@@ -37,7 +38,6 @@ bxSession::~bxSession() {
 }
 
 void bxSession::initSession() {
-    m_conditions = std::make_unique<bxConditions>();
     m_askMode = 0;
     m_batchMode = false;
     m_quickMode = false;
@@ -70,7 +70,13 @@ int bxSession::run(int argc, char** argv) {
     reportWriteFailures();
     outputSignal();
     deleteTestList();
-    return status;
+    m_conditions = std::make_unique<bxConditions>();
+    return exitStatus(status);
+}
+
+int bxSession::exitStatus(int status) const {
+    constexpr int faultyRun = 2;
+    return m_faulty && bxIsStrict() ? faultyRun : status;
 }
 
 void bxSession::attachConsole() {
@@ -95,6 +101,8 @@ int bxSession::measure() {
         g_pHotList = new bxStringList;
     putTableTitle();
     const bool failed = pTestList->runTests(*m_conditions);
+    if (pTestList->numTests == pTestList->numResults[UNDEFINED])
+        m_faulty = true; // not one test has been measured
     return failed || pTestList->interruptedBy ? 1 : 0;
 }
 
@@ -150,6 +158,7 @@ bool bxSession::settleCommonData() {
     } catch (const bxException& wrong) {
         g_ostrm << ERR << wrong.msg() << "\n-- No test has been run\n" << endMessageFlush;
         settled = false;
+        m_faulty = true;
     }
     endCommonData();
     return settled;
@@ -166,6 +175,7 @@ void bxSession::endCommonData() {
 }
 
 void bxSession::readCommonData() {
+    bxReadStrict();
     bxReadProtection();
     int asked = readTimingMethod();
     bxReadPrecise();

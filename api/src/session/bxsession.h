@@ -12,6 +12,7 @@
 #include "output/bxlevels.h"
 #include "output/bxpaths.h"
 #include "session/bxcommand.h"
+#include "session/bxkeyfiles.h"
 #include "session/bxoption.h"
 
 #include <memory>
@@ -34,7 +35,8 @@ class bxSession : public bxPaths, public bxSessionModes {
   public:
     /**
      * One complete run; the exit status: 1 when a test ended in a failure or the run was interrupted, else
-     * 0.
+     * 0. With the setting Strict it is 2 when the run ended before its tests, no test ran, a key or a -d name
+     * was not known, or an output could not be written.
      */
     virtual int run(int argc, char** argv);
 
@@ -123,6 +125,8 @@ class bxSession : public bxPaths, public bxSessionModes {
     void selectTestParameters();
     void beginCommonData();
     void endCommonData();
+    /** The exit status of a run whose tests gave `status`. */
+    int exitStatus(int status) const;
     /** All common settings; false when a wrong value ended them. */
     bool settleCommonData();
 
@@ -135,18 +139,23 @@ class bxSession : public bxPaths, public bxSessionModes {
     /** First line of the program's ".cfg" file and the path under which it was found. */
     bool readCfgFile(bxString& args, bxString& path);
     bool openIniFile();
+    /** After two keys that name one file: says so, and writes no file that one of them names. */
+    void refuseSharedFile();
+    /** So that a watching script does not take the end of an earlier run for that of this one. */
+    void removeOldSignal();
     /** Ends the report with an error that ends the run. */
     bool fatalError(const char* text);
 
     /** Names every output that did not take all that was written to it, as on a full disk. */
     void reportWriteFailures();
+    void reportUnwritten(const bxString& path);
 
     // Questions of the common settings; each returns whether its group was open to the console.
     int readTimingMethod();
     int readTestParameters();
     int readDataOffset();
 
-    std::unique_ptr<bxConditions> m_conditions;
+    std::unique_ptr<bxConditions> m_conditions = std::make_unique<bxConditions>();
     bxList<bxOption*> m_options;
     int m_askMode = 0;
     bool m_batchMode = false;
@@ -160,6 +169,7 @@ class bxSession : public bxPaths, public bxSessionModes {
     bxString m_optionsText;
     bxString m_sglName;
     bool m_headerWritten = false;
+    bool m_faulty = false; ///< of what Strict lets the exit status tell, something has happened
 
   private:
     /** An output file named by a key; the stream that it is attached to owns it. */
@@ -168,6 +178,7 @@ class bxSession : public bxPaths, public bxSessionModes {
         const o_stream* file = nullptr;
     };
     bxList<OutputFile> m_outputFiles;
+    bxSharedFile m_shared;
 };
 
 #endif

@@ -7,6 +7,8 @@
 #include "system/bxcputype.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 namespace {
 /** Labels of the library's processor types in lines of the extended help, without the last line end. */
@@ -34,8 +36,11 @@ bool bxSession::parseCommandLine(int argc, char** argv) {
     settleExitLevel(keys);
     settlePaths(keys);
     g_ostrm.setOutLevel(outPerf);
+    m_shared = bxFindSharedFile(keys);
     for (const bxCommandKey& key : keys)
         applyOption(key.key(), key.argument());
+    refuseSharedFile();
+    removeOldSignal();
     g_ostrm << m_optionsText;
     m_optionsText = "";
     if (m_unopenedFile)
@@ -54,6 +59,7 @@ void bxSession::resetOptions() {
     m_nameMode = 0;
     m_nameExit = false;
     m_unopenedFile = false;
+    m_faulty = false;
     m_iniName = "";
     m_optionsText = "Command line options: ";
 }
@@ -67,9 +73,11 @@ bxCommandList bxSession::readCommandKeys(int argc, char** argv) {
         m_optionsText += "\n";
     } else if (readCfgFile(line, path)) {
         keys.setArgs(line.c_str());
+        keys.removeQuotes();
         m_optionsText << "read from " << path << " file\n";
     } else if (pCmdLine) {
         keys.setArgs(pCmdLine->c_str());
+        keys.removeQuotes();
         m_optionsText += "set by _FORCE_CMDLINE preprocessor definition\n";
     } else {
         m_optionsText = "";
@@ -119,7 +127,27 @@ bool bxSession::openIniFile() {
     return g_istrm.setIniFile(m_iniName, m_iniWrite) || !m_iniWrite;
 }
 
+void bxSession::refuseSharedFile() {
+    if (m_shared.first == 0)
+        return;
+    unopenedFile();
+    g_ostrm << ERR << "-- Can't open file " << m_shared.path << " to write: \n   -" << m_shared.first
+            << " and -" << m_shared.second << " name the same file\n"
+            << endMessage;
+    if (m_shared.first == 'g' || m_shared.second == 'g')
+        m_sglName = "";
+}
+
+void bxSession::removeOldSignal() {
+    std::error_code error;
+    const std::filesystem::path signal = std::filesystem::canonical(m_sglName.c_str(), error);
+    if (!error && std::filesystem::is_regular_file(signal, error) && !std::filesystem::remove(signal, error))
+        g_ostrm << WARN << "-- Can't remove file " << m_sglName << "\n   " << error.message().c_str() << "\n"
+                << endMessage;
+}
+
 bool bxSession::fatalError(const char* text) {
+    m_faulty = true;
     g_ostrm << text;
     return false;
 }
@@ -152,6 +180,7 @@ void bxSession::applyOption(char key, bxString argument) {
     const bxOption* option = getOption(key);
     if (!option) {
         m_optionsText += "ignored: incorrect option key\n";
+        m_faulty = true;
         return;
     }
     m_optionsText << option->info(argument) << "\n";

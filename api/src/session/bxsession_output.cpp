@@ -72,17 +72,21 @@ void bxSession::outputSignal() {
     if (m_sglName.empty())
         return;
     o_stream file(m_sglName, ioWrite | ioNameAsGiven, true);
-    if (!file.handle())
+    if (!file.handle()) {
+        m_faulty = true;
         return;
+    }
     const double seconds = std::difftime(pTestList->endTime, pTestList->startTime);
     file << bxReportFormat::getTimeStr(static_cast<int>(seconds)) << "\n"
          << std::ctime(&pTestList->endTime) << "\n";
     file.flush();
     if (file.failed())
-        g_ostrm << ERR << "-- Can't write all of file " << m_sglName << "\n" << endMessageFlush;
+        reportUnwritten(m_sglName);
 }
 
 void bxSession::openOutput(bxOutputs& stream, const bxString& path, bool append) {
+    if (m_shared.first != 0) // nothing is opened, so that nothing is lost
+        return;
     if (!stream.addStream(path, append)) {
         unopenedFile();
         return;
@@ -91,13 +95,20 @@ void bxSession::openOutput(bxOutputs& stream, const bxString& path, bool append)
     m_outputFiles.push_back({path, *--last});
 }
 
+void bxSession::reportUnwritten(const bxString& path) {
+    m_faulty = true;
+    g_ostrm << ERR << "-- Can't write all of file " << path << "\n" << endMessageFlush;
+}
+
 void bxSession::reportWriteFailures() {
     for (bxOutputs* stream : {static_cast<bxOutputs*>(&g_ostrm), static_cast<bxOutputs*>(&g_cstrm),
                               static_cast<bxOutputs*>(&g_qstrm), static_cast<bxOutputs*>(&g_ustrm)})
         stream->flush();
     for (const OutputFile& output : m_outputFiles)
         if (output.file->failed())
-            g_ostrm << ERR << "-- Can't write all of file " << output.path << "\n" << endMessageFlush;
-    if (c_out.failed())
+            reportUnwritten(output.path);
+    if (c_out.failed()) {
+        m_faulty = true;
         std::fputs("-- Can't write all of the listing to standard output\n", stderr);
+    }
 }
