@@ -142,7 +142,8 @@ TEST_F(IniFile, MissingFile) {
     Capture listing(outErr);
     bxIniFile read;
     EXPECT_FALSE(read.open(name(), false));
-    EXPECT_EQ(listing.text(), std::string("-- Can't open file ") + name().c_str() + " to read: \n");
+    EXPECT_EQ(listing.text(), std::string("-- Can't open file ") + name().c_str() +
+                                  " to read: \n   No such file or directory\n");
     EXPECT_FALSE(fs::exists(m_path));
     {
         bxIniFile written;
