@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Opens a report in a headless Chromium and uses it: charts, filter, sorting, themes, console.
+"""Opens a report in a headless Chromium and uses it: overview, charts, filter, links, sorting,
+themes, paper, 100,000 rows, console.
 
     report_browser_test.py --report benchex-report [--pictures DIR] TABLE...
 
@@ -73,6 +74,11 @@ class Browser:
     def type(self, selector, text):
         self.call("POST", self.element(selector) + "/value", {"text": text})
 
+    def press(self, text):
+        """Keys for the element that has the focus; nothing is scrolled for them as for `type`."""
+        keys = [{"type": kind, "value": key} for key in text for kind in ("keyDown", "keyUp")]
+        self.call("POST", self.session + "/actions", {"actions": [{"type": "key", "id": "keys", "actions": keys}]})
+
     def click(self, selector):
         self.call("POST", self.element(selector) + "/click", {})
 
@@ -111,11 +117,32 @@ return [...document.querySelectorAll('canvas')].filter(c => {
   return box.bottom > 0 && box.top < innerHeight && box.width > 0;
 }).length;
 """
-VISIBLE_ROWS = "return [...document.querySelectorAll('#rows tbody tr')].filter(r => !r.hidden).length"
+SHOWN = "return document.getElementById('shown').value"
 CLOCKS = """
 const column = [...document.querySelectorAll('#rows th')].findIndex(t => t.textContent === 'Clocks');
-return [...document.querySelectorAll('#rows tbody tr')].filter(r => !r.hidden)
-  .map(r => r.cells[column].dataset.value).filter(Boolean).map(Number);
+return [...document.querySelectorAll('#rows tbody tr:not(.gap)')].map(r => r.cells[column].textContent).filter(Boolean)
+  .map(Number);
+"""
+LINES = "return document.querySelectorAll('#rows tbody tr:not(.gap)').length"
+TARGET = """
+const row = document.querySelector('#rows tr.target');
+if (!row) return null;
+const box = row.getBoundingClientRect();
+return box.top >= 0 && box.bottom <= innerHeight ? row.textContent : 'out of view';
+"""
+# Ticks of all charts that stand closer than their texts are wide.
+CROWDED = """
+const pen = document.createElement('canvas').getContext('2d');
+pen.font = '12px sans-serif';
+return [...document.querySelectorAll('canvas')].map(Chart.getChart).filter(c => c && c.config.type === 'line').flatMap(c => {
+  const axis = c.scales.x;
+  return axis.ticks.slice(1).filter((tick, i) => axis.getPixelForValue(tick.value) - axis.getPixelForValue(axis.ticks[i].value)
+    < (pen.measureText(tick.value).width + pen.measureText(axis.ticks[i].value).width) / 2);
+}).length;
+"""
+KINDS = """
+return Object.fromEntries([...document.querySelectorAll('article')].map(a =>
+  [a.dataset.function, Chart.getChart(a.querySelector('canvas'))?.config.type]));
 """
 GROUND = "return getComputedStyle(document.body).backgroundColor"
 
@@ -131,13 +158,25 @@ class Check:
         self.failures += not truth
 
 
+def count(browser):
+    return int(browser.run(SHOWN).split()[0])
+
+
 def use_page(browser, check, pictures):
-    rows = browser.run(VISIBLE_ROWS)
+    rows = count(browser)
     check(rows > 1, f"the table has rows ({rows})")
+    ratios = browser.run("return [...document.querySelectorAll('#overview tr:not(.domain) [data-ratio]')]"
+                         ".map(cell => [cell.closest('tr').dataset.function, Number(cell.textContent)])")
+    check(["zorsMDCTFwd_32f_I", 0.77] in ratios, f"the overview has the ratios of the functions ({ratios})")
+    check(len({name for name, _ in ratios}) == len(ratios), "each once")
     browser.run("document.querySelector('#functions').scrollIntoView()")
     time.sleep(1)
     shown, drawn = browser.run(IN_VIEW), browser.run(DRAWN)
     check(shown > 0 and drawn == shown, f"all charts in view are drawn ({drawn} of {shown})")
+    kinds = browser.run(KINDS)
+    check(kinds.get("zorsUnpack_MP3") == "bar" and kinds.get("zorsMDCTFwd_32f_I") == "line" and
+          "zorsNew_16s_I" not in kinds, f"names have bars, sizes have lines, a single number has no chart ({kinds})")
+    check(browser.run(CROWDED) == 0, "no labels of an axis print over each other")
 
     grounds = {}
     for theme in ("light", "dark"):
@@ -152,17 +191,30 @@ def use_page(browser, check, pictures):
     check(browser.run(GROUND) == grounds["light"], "the button changes the theme")
     browser.click("#theme")
 
-    word = browser.run("return document.querySelector('#rows tbody tr:last-child').dataset.function")
-    expected = browser.run(
-        f"return [...document.querySelectorAll('#rows tbody tr')].filter(r => r.textContent.includes('{word}')).length")
-    browser.type("#filter", word.lower())
-    check(browser.run(VISIBLE_ROWS) == expected, f"a word typed leaves the rows that hold it ({expected} of {rows})")
-    left = browser.run("return [...document.querySelectorAll('article')].filter(a => !a.hidden).length")
-    check(0 < left <= expected, f"and the charts of their functions ({left})")
+    place = "return document.querySelector('#domain-MP3').getBoundingClientRect().top"
+    browser.run("document.querySelector('#domain-MP3').scrollIntoView()")
+    before = browser.run(place)
+    browser.run("document.getElementById('filter').focus({preventScroll: true})")
+    browser.press("mp3 stereo")
+    check(count(browser) == 2, f"words typed leave the rows that hold them all ({browser.run(SHOWN)})")
+    left = browser.run("return [...document.querySelectorAll('article')].filter(a => !a.hidden).map(a => a.dataset.function)")
+    check(left == ["zorsUnpack_MP3"], f"and the charts of their functions ({left})")
+    now = browser.run(place)
+    check(0 <= now <= before + 80, f"what is looked at stays in view ({before} to {now})")
+    check("q=mp3+stereo" in browser.run("return location.href"), "the address holds the filter")
+    browser.call("POST", browser.session + "/refresh", {})
+    check(count(browser) == 2, "and brings it back")
     if pictures:
         browser.picture(pictures / "filtered.png")
-    browser.type("#filter", "\ue003" * len(word))  # backspace
-    check(browser.run(VISIBLE_ROWS) == rows, "the filter emptied shows all rows again")
+
+    link = browser.run("return document.querySelector('#rows tbody a').href")
+    browser.type("#filter", "\ue003" * 10)  # backspace
+    check(count(browser) == rows, "the filter emptied shows all rows again")
+    browser.open("about:blank")
+    browser.open(link.replace("mp3+stereo", "copy"))
+    time.sleep(0.3)
+    found = browser.run(TARGET) or ""
+    check("zorsUnpack_MP3" in found and "stereo" in found, f"a link to a row shows it, whatever is filtered ({found})")
 
     position = browser.run(
         "return [...document.querySelectorAll('#rows th')].findIndex(t => t.textContent === 'Clocks') + 1")
@@ -170,16 +222,65 @@ def use_page(browser, check, pictures):
     browser.run(f"document.querySelector('{title}').scrollIntoView({{block: 'center'}})")
     browser.click(title)
     clocks = browser.run(CLOCKS)
-    check(clocks == sorted(clocks), "a click on a title sorts the rows")
+    check(len(clocks) == rows and clocks == sorted(clocks), "a click on a title sorts the rows")
     browser.click(title)
     clocks = browser.run(CLOCKS)
     check(clocks == sorted(clocks, reverse=True), "another click turns the order round")
+
+    browser.run("window.dispatchEvent(new Event('beforeprint'))")
+    check(browser.run(LINES) == rows, "paper gets all rows")
+    browser.run("window.dispatchEvent(new Event('afterprint'))")
     for theme in ("dark", "light") if pictures else ():
         browser.run("document.getElementById('rows').scrollIntoView()")
         browser.picture(pictures / f"rows_{theme}.png")
         browser.run("scrollTo(0, 0)")
         browser.picture(pictures / f"head_{theme}.png")
         browser.click("#theme")
+
+
+TITLES = "Function,Types,Descriptor,P1,P2,P3,P4,P5,P6,P7,P8,Comment,Clocks,per,Time (usec),MFlops"
+
+
+def large_table(path, rows):
+    """A table of a thousand rows for each function."""
+    lines = ["CPU,one", "Start,Sun Nov 22 23:26:43 2026", TITLES]
+    for i in range(rows):
+        lines.append(f"zorsF{i // 1000},32f,-,{i % 1000 + 1},-,-,-,-,-,-,-,nLps=4,{1 + i % 7}.25,e,{i % 13}.5,-")
+    path.write_text("\n".join(lines) + "\n")
+
+
+# The longest time between two frames while the table is scrolled from end to end, milliseconds.
+SCROLLED = """
+const done = arguments[arguments.length - 1];
+const frame = document.getElementById('rows');
+frame.scrollIntoView();
+let step = 0, last = performance.now(), longest = 0;
+const next = now => {
+  longest = Math.max(longest, now - last);
+  last = now;
+  frame.scrollTop = frame.scrollHeight * step / 100;
+  if (++step <= 100) requestAnimationFrame(next); else done(longest);
+};
+requestAnimationFrame(next);
+"""
+
+
+def use_large_page(browser, check, report, directory, rows=100000):
+    table, page = directory / "large.csv", directory / "large.html"
+    large_table(table, rows)
+    subprocess.run([report, table, "-o", page], check=True, capture_output=True)
+    start = time.monotonic()
+    browser.open(page.as_uri())
+    check(count(browser) == rows, f"{rows} rows are there, opened in {time.monotonic() - start:.2f} s")
+    lines = browser.run(LINES)
+    check(lines < 200, f"only those in view are laid out ({lines})")
+    longest = browser.call("POST", browser.session + "/execute/async", {"script": SCROLLED, "args": []})
+    print(f"        scrolling: {longest:.0f} ms between two frames at most")
+    last = browser.run("return [...document.querySelectorAll('#rows tbody tr:not(.gap)')].pop().textContent")
+    check(f"zorsF{(rows - 1) // 1000}_32f" in last and "1000" in last, f"the end of the table is its last row ({last})")
+    start = time.monotonic()
+    browser.type("#filter", "zorsf99")
+    check(count(browser) == 1000, f"filtered in {time.monotonic() - start:.2f} s")
 
 
 def main():
@@ -210,9 +311,10 @@ def main():
             browser.open(page.as_uri())
             use_page(browser, check, arguments.pictures)
             browser.open(bare.as_uri())
-            check(browser.run(VISIBLE_ROWS) > 1, "without the chart library the table is there")
+            check(count(browser) > 1, "without the chart library the table is there")
             check("No charts" in browser.run("return document.querySelector('.notice').textContent"),
                   "and the page says what is missing")
+            use_large_page(browser, check, arguments.report, pathlib.Path(directory))
             messages = [entry["message"] for entry in browser.messages()]
             check(not messages, "no message on the console " + " ".join(messages))
         finally:

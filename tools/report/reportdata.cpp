@@ -14,7 +14,7 @@ namespace {
 bool namesSize(std::string name) {
     std::transform(name.begin(), name.end(), name.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    constexpr std::array<std::string_view, 5> words{"len", "size", "count", "num", "range"};
+    constexpr std::array<std::string_view, 6> words{"len", "size", "count", "num", "range", "divisor"};
     return name == "n" || std::any_of(words.begin(), words.end(), [&](std::string_view word) {
                return name.starts_with(word) || name.ends_with(word);
            });
@@ -43,6 +43,11 @@ bool growsByFactors(const std::set<double>& values) {
     for (auto at = values.begin(), next = std::next(at); next != values.end(); ++at, ++next)
         large += *next >= 1.5 * *at ? 1U : 0U;
     return 2 * large >= values.size() - 1;
+}
+
+/** Numbers in a row, one by one, are codes more often than amounts. */
+bool areConsecutive(const std::set<double>& values) {
+    return *values.rbegin() - *values.begin() == static_cast<double>(values.size() - 1);
 }
 
 /** The number of different combinations of some parameters. */
@@ -144,10 +149,28 @@ std::optional<ChartAxis> chooseAxis(const std::vector<RowRef>& rows, const std::
             numbers ? (namesSize(names[i]) ? 2'000'000 : 1'000'000) + numbers->size() : 1;
         if (value > bestValue) {
             bestValue = value;
-            best = ChartAxis{i, numbers.has_value(), numbers && growsByFactors(*numbers)};
+            const bool quantity =
+                numbers && numbers->size() > 2 && (namesSize(names[i]) || !areConsecutive(*numbers));
+            best = ChartAxis{i, numbers.has_value(), numbers && growsByFactors(*numbers), quantity};
         }
     }
     return best;
+}
+
+std::string domainOf(std::string_view name) {
+    const auto capital = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); };
+    std::string_view rest = name;
+    for (std::size_t at = rest.rfind('_'); at != std::string_view::npos; at = rest.rfind('_')) {
+        const std::string_view word = rest.substr(at + 1);
+        if (word.size() > 1 && std::all_of(word.begin(), word.end(), capital))
+            return std::string(word);
+        rest = rest.substr(0, at);
+    }
+    const auto first = std::find_if(rest.begin(), rest.end(), capital);
+    auto last = std::find_if_not(first, rest.end(), capital);
+    if (last != rest.end() && last != first)
+        --last; // the capital of the next word
+    return last - first > 1 ? std::string(first, last) : "general";
 }
 
 std::string testResult(const TableRun& run, const std::string& function) {
@@ -175,6 +198,7 @@ ReportData makeReport(const Collection& tables) {
             if (added)
                 data.functions.emplace_back().name = row.function;
             FunctionView& function = data.functions[at->second];
+            function.domain = domainOf(row.name);
             function.hot |= row.hot;
             function.rows.push_back({run, &row});
         }

@@ -30,11 +30,14 @@ struct ChartAxis {
     std::size_t parameter = 0; /**< parameter column that grows along it */
     bool numeric = false;      /**< else its cells are names, in order of appearance */
     bool logarithmic = false;  /**< sizes that multiply rather than add up */
+    bool quantity =
+        false; /**< its values are amounts, three or more, with others between them: a line may join them */
 };
 
 /** A tested function over all runs. */
 struct FunctionView {
     std::string name;
+    std::string domain;
     bool hot = false;
     std::vector<std::string> parameterNames; /**< "P1" where none is given; as many as the function has */
     std::vector<RowRef> rows;
@@ -51,6 +54,13 @@ struct ReportData {
 
 /** The name of a parameter column, counted from 0, where no other is known: "P1". */
 std::string neutralName(std::size_t parameter);
+
+/**
+ * The domain that a function's name tells: its last word of capitals and digits ("AAC" of
+ * "zorsDecodeTNS_AAC"), else the capitals that begin its name behind the prefix ("MDCT" of "zorsMDCTFwd"),
+ * else "general".
+ */
+std::string domainOf(std::string_view name);
 
 ReportData makeReport(const Collection& tables);
 

@@ -52,16 +52,15 @@ Json function(const FunctionView& view) {
     if (view.axis) {
         axis = {{"parameter", view.parameterNames[view.axis->parameter]},
                 {"numeric", view.axis->numeric},
-                {"logarithmic", view.axis->logarithmic}};
+                {"logarithmic", view.axis->logarithmic},
+                {"quantity", view.axis->quantity}};
     }
     Json lines = Json::array();
     for (const std::size_t i : view.lines)
         lines.push_back(view.parameterNames[i]);
-    return {{"name", view.name},
-            {"hot", view.hot},
-            {"parameters", view.parameterNames},
-            {"axis", std::move(axis)},
-            {"lines", std::move(lines)}};
+    return {{"name", view.name},       {"domain", view.domain},
+            {"hot", view.hot},         {"parameters", view.parameterNames},
+            {"axis", std::move(axis)}, {"lines", std::move(lines)}};
 }
 
 Json row(const TableRun& run, const FunctionView& view, const RowRef& ref) {

@@ -1,5 +1,5 @@
 /** \file
- * The files of the page: page.html with places to fill ("{{rows}}"), page.css and page.js.
+ * The files of the page: page.html with places to fill ("{{data}}"), page.css, and its scripts in a row.
  */
 #ifndef TEMPLATES_H
 #define TEMPLATES_H
