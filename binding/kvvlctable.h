@@ -24,14 +24,13 @@ class kvacVLCTable {
     /** Number of records of the table selected. */
     int size() const { return m_size; }
     /** The largest magnitude that is coded without an escape. */
-    int maxValue() const { return m_flag != 0 ? 14 : 15; }
+    int maxValue() const { return 15; }
     int getTableSize_AAC() const;
     int getTableSize_MP3() const;
 
   private:
     const ZorVLCTable_32s* m_table = nullptr;
     int m_size = 0;
-    unsigned char m_flag = 0; // reserves the largest magnitude for the escape
 };
 
 #endif

@@ -37,7 +37,7 @@ class TimacAACDecodeElt : public PerElementTest {
             return false;
         s_stream.setConst(0, 0);
         s_stream.setBitPos(0);
-        s_dataCount = std::min(count, m_fill ? aacMaxFill : aacMaxData);
+        m_divisor = s_dataCount = std::min(count, m_fill ? aacMaxFill : aacMaxData);
         if (m_fill)
             putFillHead(s_stream, s_dataCount);
         else
@@ -46,7 +46,8 @@ class TimacAACDecodeElt : public PerElementTest {
         return true;
     }
 
-    double getDivisor() override { return s_dataCount; }
+    /** A call behind the element, as -S makes one, finds no bytes. */
+    double getDivisor() override { return s_dataCount > 0 ? s_dataCount : m_divisor; }
 
   private:
     bool m_fill = false;
