@@ -55,6 +55,15 @@ without_companion_libraries() {
         ! cmake --build "$dir" --target benchex-report
 }
 
+# The example for notebooks, with the Python that Debian's packages are for.
+notebook_example() {
+    local picture="$work/sizes.png"
+    rm -f "$picture"
+    build/bin/benchex-report --json -o "$work/report.json" tests/tools/tables &&
+        /usr/bin/python3 examples/notebook/sizes.py "$work/report.json" zorsMDCTFwd_32f_I "$picture" |
+        grep -E '^4096.0 +3.92 +2.61|^4096.0 +2.61 +3.92' && [ -s "$picture" ]
+}
+
 # Reproducible, without errors of lintian; installed, used and removed in a bare root.
 debian_package() { .ci/package.sh "$work"; }
 
@@ -73,5 +82,5 @@ report_in_a_browser() { ctest --test-dir build --output-on-failure -R '^tools\.(
 
 checks=(rules_of_the_tree tables_match_their_sources formatted report_in_a_browser x86_tests
     x86_tns_under_the_emulator clang_with_sanitizers_tests
-    fuzz_targets_find_nothing without_companion_libraries debian_package example_against_the_installed_package
+    fuzz_targets_find_nothing without_companion_libraries debian_package notebook_example example_against_the_installed_package
     valgrind_finds_nothing clang_tidy cppcheck_finds_nothing)

@@ -30,6 +30,7 @@ function cellOf(row, column) {
   const value = column.of(row);
   const cell = make('td', {class: column.number ? 'number' : column.title === 'Result' ? 'result' : ''},
     column.number ? digits(value) : value ?? '');
+  if (printing) return cell; // thousands of links make a printed page slow
   cell.title = cell.textContent;
   if (column.title === 'Function') {
     cell.replaceChildren(make('a', {href: '#row=' + encodeURIComponent(keyOf(row)), title: 'link to this row'}, '#'), ' ',
