@@ -14,6 +14,7 @@ class ScalarLoopTest : public PerElementTest {
     using PerElementTest::PerElementTest;
 
     bool canContinue() override {
+        flushData(); // of a combination that was left out
         if (!PerElementTest::canContinue())
             return false;
         m_created = createData();
