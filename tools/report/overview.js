@@ -94,7 +94,8 @@ function showOverview() {
       return ratios.length ? geometricMean(ratios) : undefined;
     };
     body.push(make('tr', {class: 'domain', 'data-domain': domain},
-      make('th', {colspan: 4, scope: 'rowgroup'}, make('a', {href: '#domain-' + domain}, domain), ` (${list.length})`),
+      make('th', {scope: 'rowgroup'}, make('a', {href: '#domain-' + domain}, domain), ` (${list.length})`),
+      ...titles.slice(1).map(() => make('td')),
       ...others.map(i => ratioCell(mean(i)))));
     for (const view of list) {
       body.push(make('tr', {'data-function': view.name, id: hasChart(view) ? undefined : anchorOf(view.name)},
