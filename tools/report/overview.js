@@ -102,7 +102,9 @@ function showOverview() {
         make('td', {}, functionLink(view.name), ...badges(view)), ...overviewCells(view)));
     }
   }
-  byId('overview').querySelector('table').replaceChildren(
+  const table = byId('overview').querySelector('table');
+  table.className = others.length ? 'several' : '';
+  table.replaceChildren(
     make('thead', {}, make('tr', {}, ...titles.map((title, i) => make('th', {class: i === 1 || i === 2 ? 'number' : ''}, title)),
       ...others.map(i => make('th', {class: 'number'}, data.runs[i].label)))),
     make('tbody', {}, ...body));

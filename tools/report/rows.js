@@ -46,8 +46,8 @@ const gap = lines => make('tr', {class: 'gap', 'aria-hidden': 'true', style: `he
 
 function showLines() {
   const visible = Math.ceil(frame.clientHeight / lineHeight);
-  const first = Math.max(0, Math.min(Math.floor(frame.scrollTop / lineHeight) - 20, shown.length - visible));
-  const last = Math.min(shown.length, first + visible + 40);
+  const first = Math.max(0, Math.min(Math.floor(frame.scrollTop / lineHeight) - 10, shown.length - visible));
+  const last = Math.min(shown.length, first + visible + 20);
   tableBody.replaceChildren(gap(first), ...shown.slice(first, last).map(lineOf), gap(shown.length - last));
 }
 
