@@ -149,6 +149,24 @@ TEST_P(Aac, MidSideMatricesTheBandsInUse) {
         }
 }
 
+TEST_P(Aac, MidSideOfAPairLeavesTheNoiseOfEitherChannelAlone) {
+    const Layout& layout = layouts[0];
+    const Lines mid(1024, 100), side(1024, 30);
+    Bytes leftBooks(layout.tableSize(), 1), rightBooks(layout.tableSize(), 1);
+    leftBooks[3] = rightBooks[5] = 13;
+    rightBooks[7] = 15;
+    Lines left = mid, right = side;
+    ASSERT_EQ(zorStsNoErr, zorsDecodeMsStereoPair_AAC_32s_I(
+                               left.data(), right.data(), 2, nullptr, leftBooks.data(), rightBooks.data(),
+                               layout.groupCount(), layout.groups.data(), layout.maxSfb, 0, layout.winLen));
+    for (int i = 0; i < 1024; ++i) {
+        const int band = layout.bandOf(i);
+        const bool on = band >= 0 && band != 3 && band != 5 && band != 7;
+        EXPECT_EQ(left[static_cast<std::size_t>(i)], on ? 130 : 100) << i;
+        EXPECT_EQ(right[static_cast<std::size_t>(i)], on ? 70 : 30) << i;
+    }
+}
+
 TEST_P(Aac, IntensityScalesTheLeftChannel) {
     for (const Layout& layout : layouts)
         for (const int mask : {0, 1, 2}) {
@@ -263,6 +281,25 @@ TEST_P(Aac, NoiseOfMarkedBandsIsThatOfTheFirstChannel) {
     }
     EXPECT_GT(same, 100);
     EXPECT_GT(different, 100);
+}
+
+TEST_P(Aac, NoiseThatTheFirstChannelNeverMadeIsTheSecondOnesOwn) {
+    NoiseCall call(layouts[0]);
+    std::fill(call.used.begin(), call.used.end(), Zor8u{1});
+    std::fill(call.books.begin(), call.books.end(), Zor8u{1});
+    std::fill(call.energies.begin(), call.energies.end(), Zor16s{80});
+    std::fill(call.bandState.begin(), call.bandState.end(), 0);
+    call.run(0); // no noise at all
+    EXPECT_EQ(call.state, 1U);
+    std::fill(call.books.begin(), call.books.end(), Zor8u{13});
+    const Lines second = call.run(1);
+    // Bands of 64 lines at the end: no two alike, which they would be from one state or from none.
+    for (std::size_t band = 640; band + 128 <= 1024; band += 64) {
+        double product = 0;
+        for (std::size_t i = 0; i < 64; ++i)
+            product += static_cast<double>(second[band + i]) * second[band + 64 + i];
+        EXPECT_LT(std::abs(product), std::exp2(40.0) / 2) << band;
+    }
 }
 
 TEST_P(Aac, LongTermReconstructionAddsTheBandsInUse) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <random>
 
 namespace {
 
@@ -91,59 +92,63 @@ TEST_P(FdpTest, SteadyLinesBecomeSmall) {
     EXPECT_GT(10 * std::log10(energy(oscillation(79)) / energy(errors)), 15);
 }
 
-/** The recursion of the standard for one line, written out once more in double with its roundings. */
+/**
+ * The recursion of the standard for one line, in its single precision: every product, sum and quotient is
+ * rounded to a float by itself.
+ */
 class ReferencePredictor {
   public:
     /** One frame; returns the prediction error. */
     float step(float x) {
-        const double k0 = reflection(cor[0], var[0]), k1 = reflection(cor[1], var[1]);
-        const float predicted = roundAway(static_cast<float>(k0 * r[0] + k1 * r[1]));
-        const float error = x - predicted;
-        const double e0 = static_cast<double>(error + predicted), e1 = e0 - k0 * r[0];
-        const double feed = r[0] - k0 * e0;
-        cor[0] = cut(0.90625 * cor[0] + r[0] * e0);
-        cor[1] = cut(0.90625 * cor[1] + r[1] * e1);
-        var[0] = cut(0.90625 * var[0] + 0.5 * (r[0] * r[0] + e0 * e0));
-        var[1] = cut(0.90625 * var[1] + 0.5 * (r[1] * r[1] + e1 * e1));
-        r[1] = cut(0.953125 * feed);
-        r[0] = cut(0.953125 * e0);
+        const float k0 = reflection(cor[0], var[0]), k1 = reflection(cor[1], var[1]);
+        const float error = x - roundAway(k0 * r[0] + k1 * r[1]);
+        const float e0 = error + roundAway(k0 * r[0] + k1 * r[1]), e1 = e0 - k0 * r[0];
+        const float feed = r[0] - k0 * e0;
+        cor[0] = cut(0.90625f * cor[0] + r[0] * e0);
+        cor[1] = cut(0.90625f * cor[1] + r[1] * e1);
+        var[0] = cut(0.90625f * var[0] + 0.5f * (r[0] * r[0] + e0 * e0));
+        var[1] = cut(0.90625f * var[1] + 0.5f * (r[1] * r[1] + e1 * e1));
+        r[1] = cut(0.953125f * feed);
+        r[0] = cut(0.953125f * e0);
         return error;
     }
 
   private:
-    static double cut(double value) {
-        return std::ldexp(std::trunc(std::ldexp(value, 7 - exponent(value))), exponent(value) - 7);
+    static int exponent(float value) { return value == 0 ? 0 : std::ilogb(value); }
+    /** Eight bits of mantissa are left, by one of the three roundings. */
+    template <class Rounding>
+    static float toEightBits(float value, Rounding rounding) {
+        const int e = exponent(value);
+        return std::ldexp(rounding(std::ldexp(value, 7 - e)), e - 7);
     }
-    static int exponent(double value) { return value == 0 ? 0 : std::ilogb(value); }
+    static float cut(float value) {
+        return toEightBits(value, [](float v) { return std::trunc(v); });
+    }
     static float roundAway(float value) {
-        const int e = exponent(static_cast<double>(value));
-        return static_cast<float>(
-            std::ldexp(std::round(std::ldexp(static_cast<double>(value), 7 - e)), e - 7));
+        return toEightBits(value, [](float v) { return std::round(v); });
     }
-    static double reflection(double correlation, double energy) {
+    static float reflection(float correlation, float energy) {
         if (energy <= 1)
             return 0;
-        const double factor = 0.953125 / energy;
-        const int e = exponent(factor);
-        return correlation * std::ldexp(std::nearbyint(std::ldexp(factor, 7 - e)), e - 7);
+        return correlation * toEightBits(0.953125f / energy, [](float v) { return std::nearbyint(v); });
     }
-    double r[2] = {0, 0}, cor[2] = {0, 0}, var[2] = {1, 1};
+    float r[2] = {0, 0}, cor[2] = {0, 0}, var[2] = {1, 1};
 };
 
 TEST_P(FdpTest, FollowsTheRecursionOfTheStandard) {
     const State state = makeState();
     std::vector<ReferencePredictor> references(length);
-    int apart = 0;
-    for (int frame = 0; frame < 25; ++frame) {
-        const auto spectrum = oscillation(frame);
+    std::mt19937 engine(7);
+    std::uniform_real_distribution<float> noise(-3000, 3000);
+    // A product that is not rounded by itself shows in a state of 8 bits now and then only: many frames.
+    for (int frame = 0; frame < 200; ++frame) {
+        auto spectrum = oscillation(frame);
+        for (float& line : spectrum)
+            line += noise(engine);
         const auto errors = forward(spectrum, state.get());
-        for (std::size_t i = 0; i < spectrum.size(); ++i) {
-            // A value on the edge of a rounding may fall to either side in float and double.
-            const float expected = references[i].step(spectrum[i]);
-            apart += std::fabs(expected - errors[i]) > 0.05f;
-        }
+        for (std::size_t i = 0; i < spectrum.size(); ++i)
+            ASSERT_EQ(references[i].step(spectrum[i]), errors[i]) << "frame " << frame << ", line " << i;
     }
-    EXPECT_LT(apart, 25 * length / 50);
 }
 
 TEST_P(FdpTest, ResetsForgetTheirLinesOnly) {

@@ -11,6 +11,10 @@ set(zor_flags_sse2 -msse2)
 set(zor_flags_avx -mavx)
 set(zor_flags_avx2 -mavx2 -mfma)
 
+# Kernels whose arithmetic a standard fixes, or whose results round to integers that all paths have to share: they are
+# compiled without contraction of multiply and add.
+set(zor_exact_kernels aac/kernels/fdp_kernels.cpp aac/kernels/spectrum_kernels.cpp)
+
 function(zor_library target)
   set(sources "src/version/${target}.cpp")
   set(kernels)
@@ -19,6 +23,9 @@ function(zor_library target)
     file(GLOB domain_kernels CONFIGURE_DEPENDS "src/${domain}/kernels/*.cpp")
     list(APPEND sources ${domain_sources})
     list(APPEND kernels ${domain_kernels})
+  endforeach()
+  foreach(kernel ${zor_exact_kernels})
+    set_source_files_properties("src/${kernel}" PROPERTIES COMPILE_OPTIONS -ffp-contract=off)
   endforeach()
   set(objects)
   foreach(path portable sse2 avx avx2)

@@ -66,7 +66,7 @@ ZOR_API ZorStatus zorGetMaxCacheSizeB(int* sizeByte);
 /** The text of a status; never null. */
 ZOR_API const char* zorGetStatusString(ZorStatus status);
 
-/** Chooses the best code path for this processor. */
+/** Chooses the best code path for this processor, which is in force from the start. */
 ZOR_API ZorStatus zorInit(void);
 
 /**

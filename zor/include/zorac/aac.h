@@ -142,12 +142,22 @@ ZOR_API ZorStatus zorsDeinterleaveSpectrum_AAC_32s(const Zor32s* src, Zor32s* ds
  * M/S stereo in place, window order: (l, r) becomes (l + r, l - r), saturated, in the bands in use.
  * \param msMaskPresent  0 no band, 1 those of msUsed, 2 all bands
  * \param msUsed        per band: not 0 where the band is coded as M/S; may be null unless msMaskPresent is 1
- * \param sfbCb         per band: the right channel's code book; bands of noise and intensity are left alone
+ * \param sfbCb         per band: the right channel's code book; bands of noise and intensity are left alone.
+ *                       A band in which only the left channel has noise cannot be told by it: use
+ *                       zorsDecodeMsStereoPair_AAC_32s_I for streams with noise substitution
  */
 ZOR_API ZorStatus zorsDecodeMsStereo_AAC_32s_I(Zor32s* srcDstL, Zor32s* srcDstR, int msMaskPresent,
                                                const Zor8u* msUsed, const Zor8u* sfbCb, int numWinGrp,
                                                const int* winGrpLen, int maxSfb, int samplingRateIndex,
                                                int winLen);
+/**
+ * The same with the code books of both channels: bands in which either has noise, or the right one intensity,
+ * are left alone (ISO/IEC 14496-3, 4.6.8.1 and 4.6.13).
+ */
+ZOR_API ZorStatus zorsDecodeMsStereoPair_AAC_32s_I(Zor32s* srcDstL, Zor32s* srcDstR, int msMaskPresent,
+                                                   const Zor8u* msUsed, const Zor8u* sfbCbL,
+                                                   const Zor8u* sfbCbR, int numWinGrp, const int* winGrpLen,
+                                                   int maxSfb, int samplingRateIndex, int winLen);
 /**
  * Intensity stereo, window order: in the bands whose code book (of the right channel) is 14 or 15 the right
  * channel is the left one times 2^(-position / 4), negated for book 14; where msMaskPresent is 1 and the band
@@ -164,10 +174,11 @@ ZOR_API ZorStatus zorsDecodeIsStereo_AAC_32s(const Zor32s* srcL, Zor32s* dstR, c
  *
  * \param scaleFactor per band: the noise energy
  * \param randomState state of the generator; any number at first
- * \param bandState   per band: where the generator stood at the band's start. The first channel of a pair
- *                     writes it
+ * \param bandState   per band: where the generator stood at the band's start, or in bands without noise a
+ *                     state apart from these. The first channel of a pair writes all of it
  * \param second       1 for the second channel of a pair: in the bands marked in msUsed it repeats the first
- *                     channel's noise. msUsed may be null when it is 0
+ *                     channel's noise, or makes noise of its own where the first one has none. msUsed may be
+ *                     null when it is 0
  */
 ZOR_API ZorStatus zorsDecodePNS_AAC_32s(Zor32s* srcDst, const Zor16s* scaleFactor, const Zor8u* sfbCb,
                                         Zor32u* randomState, Zor32s* bandState, int second,

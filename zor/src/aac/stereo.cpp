@@ -26,6 +26,14 @@ void forEachWindow(const Grouping& groups, Visit visit) {
             visit(window, static_cast<int>(group));
 }
 
+/**
+ * A state of the generator for the noise of a second channel in a band where the first one has none to
+ * repeat: far from those that the channels come by, another one in each band.
+ */
+Zor32u apart(Zor32u state, int band) {
+    return (state ^ (0x9E3779B9U * static_cast<Zor32u>(band + 1))) * 0x85EBCA6BU;
+}
+
 ZorStatus checkMask(int msMaskPresent, const Zor8u* msUsed) {
     if (msMaskPresent < 0 || msMaskPresent > 2)
         return zorStsBadArgErr;
@@ -43,7 +51,16 @@ extern "C" ZorStatus zorsDecodeMsStereo_AAC_32s_I(Zor32s* srcDstL, Zor32s* srcDs
                                                   const Zor8u* msUsed, const Zor8u* sfbCb, int numWinGrp,
                                                   const int* winGrpLen, int maxSfb, int samplingRateIndex,
                                                   int winLen) {
-    if (anyNull(srcDstL, srcDstR, sfbCb))
+    return zorsDecodeMsStereoPair_AAC_32s_I(srcDstL, srcDstR, msMaskPresent, msUsed, sfbCb, sfbCb, numWinGrp,
+                                            winGrpLen, maxSfb, samplingRateIndex, winLen);
+}
+
+extern "C" ZorStatus zorsDecodeMsStereoPair_AAC_32s_I(Zor32s* srcDstL, Zor32s* srcDstR, int msMaskPresent,
+                                                      const Zor8u* msUsed, const Zor8u* sfbCbL,
+                                                      const Zor8u* sfbCbR, int numWinGrp,
+                                                      const int* winGrpLen, int maxSfb, int samplingRateIndex,
+                                                      int winLen) {
+    if (anyNull(srcDstL, srcDstR, sfbCbL, sfbCbR))
         return zorStsNullPtrErr;
     if (const ZorStatus status = checkMask(msMaskPresent, msUsed); status != zorStsNoErr)
         return status;
@@ -57,7 +74,8 @@ extern "C" ZorStatus zorsDecodeMsStereo_AAC_32s_I(Zor32s* srcDstL, Zor32s* srcDs
     forEachWindow(groups, [&](int window, int group) {
         const int table = group * maxSfb;
         const auto use = [&](int band) {
-            return isCoded(sfbCb[table + band]) && (msMaskPresent == 2 || msUsed[table + band] != 0);
+            const int i = table + band;
+            return isCoded(sfbCbL[i]) && isCoded(sfbCbR[i]) && (msMaskPresent == 2 || msUsed[i] != 0);
         };
         forEachRun(maxSfb, use, [&](int first, int end) {
             const int line = window * winLen + groups.bands.offset[first];
@@ -117,11 +135,12 @@ extern "C" ZorStatus zorsDecodePNS_AAC_32s(Zor32s* srcDst, const Zor16s* scaleFa
     Zor32s* window = srcDst;
     for (int group = 0, i = 0; group < numWinGrp; window += winGrpLen[group++] * winLen)
         for (int band = 0; band < maxSfb; ++band, ++i) {
-            if (sfbCb[i] != zorAacNoiseBook)
+            const bool noisy = sfbCb[i] == zorAacNoiseBook;
+            if (second == 0)
+                bandState[i] = static_cast<Zor32s>(noisy ? state : apart(state, i));
+            if (!noisy)
                 continue;
             const bool repeats = second == 1 && msUsed[i] != 0;
-            if (second == 0)
-                bandState[i] = static_cast<Zor32s>(state);
             Zor32u noiseState = repeats ? static_cast<Zor32u>(bandState[i]) : state;
             const int first = groups.bands.offset[band];
             const int width = groups.bands.offset[band + 1] - first;

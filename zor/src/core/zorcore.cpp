@@ -9,8 +9,6 @@
 #include <optional>
 #include <unistd.h>
 
-int zor_code_path = static_cast<int>(zor::CodePath::portable);
-
 namespace {
 
 /** The instruction sets of this processor, asked for once. */
@@ -40,6 +38,10 @@ zor::CacheBytes detectedCacheSize() {
     return systemCacheSize();
 }
 
+zor::CodePath bestPath() {
+    return zor::findCpuType(zor::cpuTypeOf(features()))->path;
+}
+
 ZorStatus initCpu(const zor::CpuTypeRow& type) {
     if (!zor::canRun(type, features()))
         return zorStsCpuNotSupportedErr;
@@ -48,6 +50,9 @@ ZorStatus initCpu(const zor::CpuTypeRow& type) {
 }
 
 } // namespace
+
+/** Until zorInitCpu chooses another one, the best path of this processor: a caller need not ask for it. */
+int zor_code_path = static_cast<int>(bestPath());
 
 extern "C" {
 
