@@ -47,6 +47,17 @@ ZOR_API ZorStatus zorsInterleave_32f(const Zor32f* const src[], int numChannels,
 ZOR_API ZorStatus zorsMakeFloat_16s32f(const Zor16s* src, Zor32f* dst, int length);
 
 /**
+ * Between the fixed-point and the floating-point world: 32s32f gives src times 2^-scaleFactor, the other two
+ * src times 2^-scaleFactor rounded to the nearest integer, halves away from zero, and saturated; what is no
+ * number becomes the largest. With the number of bits behind the point of a fixed-point format as scaleFactor
+ * (its negative towards fixed point), 1.0 is full scale. These stand beside the timed functions. \return
+ * zorStsNullPtrErr; zorStsSizeErr for length below 1; zorStsScaleRangeErr outside -31 to 31.
+ */
+ZOR_API ZorStatus zorsConvert_32s32f_Sfs(const Zor32s* src, Zor32f* dst, int length, int scaleFactor);
+ZOR_API ZorStatus zorsConvert_32f32s_Sfs(const Zor32f* src, Zor32s* dst, int length, int scaleFactor);
+ZOR_API ZorStatus zorsConvert_32f16s_Sfs(const Zor32f* src, Zor16s* dst, int length, int scaleFactor);
+
+/**
  * The power law of the AAC and MP3 quantisers (ISO/IEC 14496-3, 4.6.1; ISO/IEC 11172-3, 2.4.3.4), sign kept:
  * Pow34_32f |x|^(3/4); Pow34_32f16s the same plus 0.4054, cut to an integer, saturated at 32767; Pow43_16s32f
  * its inverse |x|^(4/3). Floats are right to 4 units in the last place. \return zorStsNullPtrErr;

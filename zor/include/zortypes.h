@@ -10,6 +10,7 @@
 #ifndef ZORTYPES_H
 #define ZORTYPES_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #if defined(ZOR_BUILD)
@@ -76,6 +77,11 @@ typedef struct {
 typedef struct {
     int width, height;
 } ZoriSize;
+
+/** The bits that a call has read or written: from the position in a stream before it to that behind it. */
+static inline ptrdiff_t zorBitsBetween(const Zor8u* from, int fromOffset, const Zor8u* to, int toOffset) {
+    return 8 * (to - from) + toOffset - fromOffset;
+}
 
 /** What a library says of itself; the texts live as long as the library is loaded. */
 typedef struct {

@@ -308,6 +308,19 @@ ZOR_API ZorStatus zorsGetFrameInfo_MP3(const ZorMP3FrameHeader* frameHeader, Zor
 ZOR_API ZorStatus zorsGetSfbTables_MP3(const ZorMP3FrameHeader* frameHeader, const Zor16s (**sfbLong)[23],
                                        const Zor16s (**sfbShort)[14]);
 
+/** Mid and side in place to left and right: (m + s) / sqrt 2 and (m - s) / sqrt 2. \return zorStsNullPtrErr;
+ * zorStsSizeErr for length below 1. */
+ZOR_API ZorStatus zorsDecodeMidSide_MP3_32f_I(Zor32f* srcDstL, Zor32f* srcDstR, int length);
+
+/**
+ * Intensity stereo of one band: the carrier at srcDstL becomes the left channel, dstR receives the right one.
+ * \param position of the band: 0 to 6 for id 1, 0 to 30 for id 0
+ * \param intensityScale for id 0 the lowest bit of the right channel's scalefacCompress; for id 1 not used
+ * \return zorStsNullPtrErr; zorStsSizeErr for length below 1; zorStsBadArgErr for a position out of range
+ */
+ZOR_API ZorStatus zorsDecodeIntensity_MP3_32f_I(Zor32f* srcDstL, Zor32f* dstR, int length, int id,
+                                                int position, int intensityScale);
+
 /**
  * Polyphase synthesis of a granule, 18 slots of 32 sub-band samples, into 576 PCM samples, as 18 calls of
  * zorsSynthesisFilter_PQMF_MP3_32f give them, but faster; both forms may take turns on one state.

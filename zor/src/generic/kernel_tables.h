@@ -15,6 +15,9 @@ struct VectorKernels {
     void (*pow34)(const float* src, float* dst, int length);
     void (*pow34ToInt)(const float* src, Zor16s* dst, int length);
     void (*pow43)(const Zor16s* src, float* dst, int length);
+    void (*toFloat)(const Zor32s* src, float* dst, int length, float factor);
+    void (*toInt32)(const float* src, Zor32s* dst, int length, float factor);
+    void (*toInt16)(const float* src, Zor16s* dst, int length, float factor);
 };
 
 template <class Sample>

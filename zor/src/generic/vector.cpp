@@ -3,6 +3,8 @@
 #include "generic/kernel_tables.h"
 #include "zors.h"
 
+#include <cmath>
+
 using namespace zor;
 
 namespace {
@@ -21,6 +23,18 @@ ZorStatus convert(void (*const VectorKernels::*kernel)(const Source*, Target*, i
     if (const ZorStatus status = checkVectors(length, src, dst))
         return status;
     (kernels<VectorKernels>().*kernel)(src, dst, length);
+    return zorStsNoErr;
+}
+
+/** The same with a factor of 2^-scaleFactor. */
+template <class Source, class Target>
+ZorStatus convert(void (*const VectorKernels::*kernel)(const Source*, Target*, int, float), const Source* src,
+                  Target* dst, int length, int scaleFactor) {
+    if (const ZorStatus status = checkVectors(length, src, dst))
+        return status;
+    if (scaleFactor < -31 || scaleFactor > 31)
+        return zorStsScaleRangeErr;
+    (kernels<VectorKernels>().*kernel)(src, dst, length, std::ldexp(1.0f, -scaleFactor));
     return zorStsNoErr;
 }
 
@@ -48,6 +62,18 @@ ZorStatus zorsCalcSF_16s32f(const Zor16s* src, int offset, Zor32f* dst, int leng
 
 ZorStatus zorsMakeFloat_16s32f(const Zor16s* src, Zor32f* dst, int length) {
     return convert(&VectorKernels::makeFloat, src, dst, length);
+}
+
+ZorStatus zorsConvert_32s32f_Sfs(const Zor32s* src, Zor32f* dst, int length, int scaleFactor) {
+    return convert(&VectorKernels::toFloat, src, dst, length, scaleFactor);
+}
+
+ZorStatus zorsConvert_32f32s_Sfs(const Zor32f* src, Zor32s* dst, int length, int scaleFactor) {
+    return convert(&VectorKernels::toInt32, src, dst, length, scaleFactor);
+}
+
+ZorStatus zorsConvert_32f16s_Sfs(const Zor32f* src, Zor16s* dst, int length, int scaleFactor) {
+    return convert(&VectorKernels::toInt16, src, dst, length, scaleFactor);
 }
 
 ZorStatus zorsPow34_32f(const Zor32f* src, Zor32f* dst, int length) {

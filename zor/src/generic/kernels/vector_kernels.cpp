@@ -74,6 +74,34 @@ void pow43(const Zor16s* __restrict src, float* __restrict dst, int length) {
     }
 }
 
+void toFloat(const Zor32s* __restrict src, float* __restrict dst, int length, float factor) {
+    for (int i = 0; i < length; ++i)
+        dst[i] = static_cast<float>(src[i]) * factor;
+}
+
+/** To the nearest integer, halves away from zero, within `least` and `most`, which floats hold. */
+inline int rounded(float value, float least, float most) {
+    value = value < most ? value : most;
+    value = value > least ? value : least;
+    const int whole = static_cast<int>(value);
+    const float rest = value - static_cast<float>(whole);
+    return whole + (rest >= 0.5f) - (rest <= -0.5f);
+}
+
+void toInt32(const float* __restrict src, Zor32s* __restrict dst, int length, float factor) {
+    constexpr float beyond = 2147483648.0f, most = 2147483520.0f; // the largest float below
+    for (int i = 0; i < length; ++i) {
+        const float value = src[i] * factor;
+        const int whole = rounded(value, -beyond, most);
+        dst[i] = value < beyond ? whole : 2147483647;
+    }
+}
+
+void toInt16(const float* __restrict src, Zor16s* __restrict dst, int length, float factor) {
+    for (int i = 0; i < length; ++i)
+        dst[i] = static_cast<Zor16s>(rounded(src[i] * factor, -32768.0f, 32767.0f));
+}
+
 } // namespace
 
 template <>
@@ -83,6 +111,9 @@ const zor::VectorKernels& zor::kernelTable<zor::VectorKernels, ZOR_PATH>() {
                                          .makeFloat = makeFloat,
                                          .pow34 = pow34,
                                          .pow34ToInt = pow34ToInt,
-                                         .pow43 = pow43};
+                                         .pow43 = pow43,
+                                         .toFloat = toFloat,
+                                         .toInt32 = toInt32,
+                                         .toInt16 = toInt16};
     return table;
 }
