@@ -101,6 +101,7 @@ TEST_F(Dialogue, TimingFromSettingsWithoutAQuestion) {
          "2 loops 10 stat 5/-1 best 1/2048 accuracy 0.05"},
         {{"Method=Iter", "StartNumLoops=4", "StopNumLoops=10"},
          "3 loops 10 stat 12/10000 best 4/32 accuracy 0.05"},
+        {{"Method=", "Accuracy=", "NumLoops=7"}, "0 loops 10 stat 12/10000 best 1/2048 accuracy 0.05"},
         {{"Method=Iter", "Accuracy=10"}, "3 loops 10 stat 12/10000 best 1/2048 accuracy 0.1"},
     };
     for (const auto& row : rows) {
@@ -140,7 +141,7 @@ TEST_F(Dialogue, WrongSettingNamesTheParameter) {
         Session(0).readTimingMethod();
         FAIL() << "taken";
     } catch (const bxException& e) {
-        EXPECT_STREQ(e.info(), "Invalid value of Method = quick");
+        EXPECT_THAT(e.info(), StartsWith("Invalid value of Method = quick (from -d; allowed: Auto|Manual|"));
     }
 }
 

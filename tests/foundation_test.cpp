@@ -1,5 +1,6 @@
 #include "foundation/bxlist.h"
 #include "foundation/bxnames.h"
+#include "foundation/bxnearest.h"
 #include "foundation/bxparse.h"
 #include "foundation/bxstring.h"
 #include "foundation/bxstringlist.h"
@@ -168,6 +169,10 @@ TEST(Conversion, TextIntoInteger) {
         EXPECT_EQ(wide, row.value) << row.text;
         EXPECT_EQ(text.failed(), row.failed) << row.text;
     }
+    const bxString large = "2147483648";
+    int narrow = 7;
+    EXPECT_EQ(narrow << large, 7);
+    EXPECT_TRUE(large.failed()) << "it is no int";
     long long wide = 0;
     EXPECT_EQ(wide << bxString("-9223372036854775808"), LLONG_MIN);
     EXPECT_EQ(wide << bxString("0x123456789AB"), 0x123456789AB);
@@ -252,6 +257,21 @@ TEST(Tables, Enumerations) {
 TEST(Tables, SkippingMoreThanTheNameFitsOnlyTheEmptyWord) {
     EXPECT_FALSE(fitString("x", "ab", 5));
     EXPECT_TRUE(fitString("", "ab", 5));
+}
+
+TEST(Nearest, AFewLettersApart) {
+    bxStringList names;
+    for (const char* name : {"NumLoops", "NumCalls", "Len", "Order"})
+        names.push_back(name);
+    for (const auto& [word, nearest] : {std::pair("numloop", "NumLoops"),
+                                        {"NumCall", "NumCalls"},
+                                        {"Lne", ""},
+                                        {"Lens", "Len"},
+                                        {"Ordre", ""},
+                                        {"oder", "Order"},
+                                        {"", ""},
+                                        {"Window", ""}})
+        EXPECT_STREQ(bxNearestName(word, names).c_str(), nearest) << word;
 }
 
 TEST(Parse, Words) {

@@ -1,13 +1,7 @@
-// The ini file, the -d values, and the order in which a parameter's value is sought.
-#include "output/bxiostream.h"
-#include "output/bxpaths.h"
-#include "parameters/bxdefault.h"
+// The ini file.
+#include "inisupport.h"
 #include "parameters/bxinifile.h"
-#include "parameters/bxistream.h"
-#include "parameters/bxiterator.h"
-#include "parameters/bxmap.h"
 #include "testsupport.h"
-#include "timing/bxexception.h"
 
 #include <gmock/gmock.h>
 
@@ -15,7 +9,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -25,36 +18,6 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {
-
-std::string contentOf(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
-
-/** A directory of its own for every test, with one ini file in it. */
-class IniFile : public testing::Test {
-  protected:
-    IniFile() {
-        std::string pattern = (fs::temp_directory_path() / "bxini.XXXXXX").string();
-        m_dir = mkdtemp(pattern.data());
-        m_path = m_dir / "a.ini";
-    }
-    ~IniFile() override { fs::remove_all(m_dir); }
-
-    void put(const std::string& text) const { std::ofstream(m_path) << text; }
-    bxString name() const { return m_path.c_str(); }
-    std::string content() const { return contentOf(m_path); }
-    std::vector<std::string> files() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(m_dir))
-            names.push_back(entry.path().filename());
-        return names;
-    }
-
-    fs::path m_dir;
-    fs::path m_path;
-};
 
 TEST_F(IniFile, LineForms) {
     put("ignored = 1\n"
@@ -106,6 +69,17 @@ TEST_F(IniFile, WritesBackInTheOrderFirstMet) {
     ini.close();
     EXPECT_EQ(content(), "\n[b]\nk=3\nbare\nnew=short\t// long|short\nalone\n\n[a]\nz=2\n\n[c]\n");
     EXPECT_THAT(files(), ElementsAre("a.ini"));
+}
+
+TEST_F(IniFile, WhatStandsBesideASectionsNameIsKept) {
+    const std::string once = "\n[x]\nA=[x]\nk=1\nB=[ x ]\n\n[1]\n# from [1]\nl=2\n";
+    for (const std::string& before : {std::string("A=[x] // a\nk=1\nB=[ x ]\n# from [1]\nl=2\n"), once}) {
+        put(before);
+        bxIniFile ini;
+        ASSERT_TRUE(ini.open(name(), true));
+        EXPECT_TRUE(ini.close());
+        EXPECT_EQ(content(), once);
+    }
 }
 
 TEST_F(IniFile, ErasesKeysAndSections) {
@@ -217,7 +191,7 @@ TEST_F(IniFile, FailedRewriteLeavesTheOldFileWhole) {
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     Capture listing(outErr);
     setrlimit(RLIMIT_FSIZE, &full);
-    ini.updateFile();
+    EXPECT_FALSE(ini.close());
     setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, handler);
     EXPECT_EQ(content(), text);
@@ -243,138 +217,6 @@ TEST_F(IniFile, TimeGrowsLikeTheNumberOfKeys) {
     EXPECT_EQ(content(), "\n" + text);
     RecordProperty("milliseconds", static_cast<int>(seconds * 1000));
     EXPECT_LT(seconds, 10) << "a walk for each key would take minutes";
-}
-
-TEST(DataList, LastSettingOfANameWins) {
-    const struct {
-        const char *text, *name, *value;
-    } rows[] = {
-        {"Len=64", "Len", "64"}, {" Len = 128 ", "Len", "128"}, {"len=1", "len", "1"},   {"Bare", "Bare", ""},
-        {"Two=a=b", "Two", "a"}, {"Len=256", "Len", "256"},     {"Empty=", "Empty", ""},
-    };
-    bxDataList list;
-    for (const auto& row : rows) {
-        list.set(row.text);
-        bxString value = "none";
-        EXPECT_TRUE(list.get(row.name, value));
-        EXPECT_STREQ(value.c_str(), row.value) << row.text;
-    }
-    list.set(" = 5");
-    list.set("");
-    bxString value = "kept";
-    EXPECT_FALSE(list.get("", value));
-    EXPECT_FALSE(list.get("LEN", value));
-    EXPECT_STREQ(value.c_str(), "kept");
-    EXPECT_EQ(list.size(), 5);
-    EXPECT_STREQ((--list.end())->name.c_str(), "Empty");
-    EXPECT_EQ(list.find("none"), list.end());
-}
-
-/** An input stream with its ini file and a console of given answers. */
-class Resolution : public IniFile {
-  protected:
-    void answer(const std::string& lines) {
-        std::ofstream(m_dir / "answers") << lines;
-        m_in.setIStream(new i_stream((m_dir / "answers").c_str(), ioRead | ioNameAsGiven, false));
-    }
-    std::string get(const char* key, const char* deflt, const char* valid = "") {
-        return m_in.getItemValue(key, deflt, "", valid).c_str();
-    }
-
-    bxIStream m_in;
-};
-
-TEST_F(Resolution, DataKeyThenIniThenConsoleThenDefault) {
-    put("[Benchex]\nIni=2\nBoth=2\nEmpty=\nOther=[\n[Test]\nIni=3\n");
-    EXPECT_EQ(get("Len", "1"), "1");
-    EXPECT_EQ(m_in.source(), bxIStream::fromDefault);
-    ASSERT_TRUE(m_in.setIniFile(name(), false));
-    testing::internal::CaptureStdout();
-    m_in.dataList().set("Both=4");
-    m_in.dataList().set("Blank");
-    answer("5\n\n 6 ");
-    const struct {
-        const char *key, *value;
-        int source;
-    } rows[] = {
-        {"Both", "4", bxIStream::fromDataKey}, {"Ini", "2", bxIStream::fromIniFile},
-        {"Blank", "", bxIStream::fromDataKey}, {"Empty", "5", bxIStream::fromConsole},
-        {"Len", "1", bxIStream::fromDefault},  {"Len", " 6 ", bxIStream::fromConsole},
-        {"Len", "1", bxIStream::fromDefault},  {"Len", "1", bxIStream::fromDefault},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(get(row.key, "1"), row.value) << row.key;
-        EXPECT_EQ(m_in.source(), row.source) << row.key;
-    }
-    testing::internal::GetCapturedStdout();
-    EXPECT_STREQ(m_in.setIniSection("Test").c_str(), "Benchex");
-    EXPECT_EQ(get("Ini", "1"), "3");
-    EXPECT_STREQ(m_in.setIniSection("Benchex").c_str(), "Test");
-    m_in.setIStream(nullptr);
-    EXPECT_EQ(get("Empty", "1"), "1");
-    EXPECT_EQ(m_in.source(), bxIStream::fromDefault);
-}
-
-TEST_F(Resolution, QuestionShowsPromptAndDefault) {
-    answer("\n");
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(m_in.getItemValue("Len", "16", "Length {16|32}", "16|32"), "16");
-    EXPECT_EQ(m_in.getItemValue("Len", "16", "", ""), "16");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n Length {16|32} [16] = \n Len [16] = ");
-}
-
-TEST_F(Resolution, UpdateWritesEveryValueFound) {
-    put("[Benchex]\nLen=128\nMode=long\n");
-    ASSERT_TRUE(m_in.setIniFile(name(), true));
-    EXPECT_TRUE(m_in.updateIni());
-    m_in.dataList().set("Len=64");
-    bxIterator<int> len(0, "Len", "");
-    bxMapDefault<int> kind(1, "Kind", "");
-    kind[0] = "none";
-    kind[1] = "all";
-    Capture listing(outErr);
-    len.fromIStream(m_in);
-    EXPECT_EQ(m_in.source(), bxIStream::fromDataKey);
-    kind.fromIStream(m_in);
-    m_in.setIniSection("Test");
-    kind.fromIStream(m_in);
-    m_in.deleteIniFile();
-    EXPECT_FALSE(m_in.updateIni());
-    EXPECT_EQ(m_in.iniFile(), nullptr);
-    EXPECT_EQ(content(), "\n[Benchex]\nLen=64\nMode=long\nKind=all\t// none|all\n"
-                         "\n[Test]\nKind=all\t// none|all\n");
-}
-
-TEST_F(Resolution, NewIniFileReleasesTheOldOne) {
-    ASSERT_TRUE(m_in.setIniFile(name(), true));
-    get("Len", "7");
-    bxPaths::m_inDir = m_dir.c_str() + bxString("/");
-    Capture listing(outErr);
-    EXPECT_FALSE(m_in.setIniFile("other.ini", false));
-    bxPaths::m_inDir = "";
-    EXPECT_EQ(content(), "\n[Benchex]\nLen=7\n");
-    EXPECT_THAT(listing.text(), HasSubstr((m_dir / "other.ini").string()));
-    EXPECT_NE(m_in.iniFile(), nullptr);
-    EXPECT_FALSE(m_in.updateIni());
-}
-
-TEST_F(Resolution, DialogueIsShownWhateverTheLevel) {
-    bxIterator<int> len(0, "Len", "");
-    len.add(4);
-    answer("1;2\nx\n");
-    testing::internal::CaptureStdout();
-    Capture listing(outErr);
-    g_ostrm << PERF;
-    len.fromIStream(m_in);
-    EXPECT_EQ(listing.text(), " Len = 1; 2\n");
-    EXPECT_EQ(g_ostrm.outLevel(), outErr);
-    EXPECT_THROW(len.fromIStream(m_in), bxException);
-    EXPECT_EQ(g_ostrm.outLevel(), outPerf) << "the level of the dialogue stays when it breaks off";
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n Len [4] = \n Len [1; 2] = ");
-    g_ostrm.setOutLevel(outErr);
-    m_in.dataList().set("Len");
-    EXPECT_THROW(len.fromIStream(m_in), bxException) << "an empty value is an empty list";
-    g_ostrm << endMessage;
 }
 
 } // namespace

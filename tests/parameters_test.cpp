@@ -65,7 +65,8 @@ TEST(Parameter, ReadsIntegersAndKeepsTheValueOtherwise) {
     EXPECT_EQ(complaint(parm, "0x40"), "");
     EXPECT_EQ(parm.value(), 64);
     EXPECT_STREQ(parm.description().c_str(), "Len = 64");
-    EXPECT_EQ(complaint(parm, "abc"), "Invalid value of Len = abc");
+    for (const char* wrong : {"abc", "2147483648", "-2147483649", "0x80000000", "99999999999999999999"})
+        EXPECT_EQ(complaint(parm, wrong), std::string("Invalid value of Len = ") + wrong);
     EXPECT_EQ(parm.value(), 64);
     EXPECT_EQ(complaint(parm, ""), "");
     EXPECT_EQ(parm.value(), 0);
@@ -144,8 +145,9 @@ TEST(ValueList, ReadsLists) {
         const char* text;
         std::vector<int> values;
     } rows[] = {
-        {"1;2;3", {1, 2, 3}}, {" 5 ; 0x10\t;5;", {5, 16, 5}}, {"1,2,3", {1}}, {"1 10 +3 7", {1}},
-        {";;8", {8}},
+        {"1;2;3", {1, 2, 3}}, {" 5 ; 0x10\t;5;", {5, 16, 5}},
+        {"1,2,3", {1}},       {"1 10 +3 7", {1}},
+        {";;8", {8}},         {"1; ;3", {1, 3}},
     };
     for (const auto& row : rows) {
         bxIterator<int> list(0, "Len", "");
@@ -329,6 +331,12 @@ TEST(Names, SingleNamedValue) {
     EXPECT_STREQ(parm.validString().c_str(), "Automatic|Manual");
     EXPECT_EQ(complaint(parm, "aUTO"), "");
     EXPECT_EQ(parm.value(), 0);
+    parm[2] = "MAN";
+    EXPECT_EQ(complaint(parm, "man"), "") << "an exact name wins over a longer one";
+    EXPECT_EQ(parm.value(), 2);
+    EXPECT_EQ(complaint(parm, "ma"), "");
+    EXPECT_EQ(parm.value(), 1);
+    parm.setValue(0);
     EXPECT_EQ(complaint(parm, "x"), "Invalid value of Method = x");
     EXPECT_EQ(parm.value(), 0);
 }

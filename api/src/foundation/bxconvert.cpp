@@ -1,12 +1,16 @@
 /** \file
  * Conversions between text and numbers.
  */
+#include "foundation/bxreading.h"
 #include "foundation/bxstring.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
+#include <string_view>
 
 namespace {
 
@@ -19,16 +23,43 @@ std::string_view decimal(Digits& digits, T value) {
     return {digits.data(), static_cast<std::size_t>(end - digits.data())};
 }
 
-/** Scans one number; a text that ends before anything could be scanned is no failure. */
-template <class T>
-void scan(const bxString& text, const bxString& format, T& value) {
-    text.setFailed(std::sscanf(text.c_str(), format.c_str(), &value) == 0);
+constexpr std::string_view blanks = " \t\n\v\f\r";
+
+/** What stands behind the blanks. */
+std::string_view withoutBlanks(std::string_view text) {
+    return text.substr(std::min(text.find_first_not_of(blanks), text.size()));
 }
 
-/** The scan letter of an integer: that of its "0x", or decimal. */
-char integerFormat(const bxString& text) {
-    const bool hexadecimal = text.length() > 1 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-    return hexadecimal ? text[1] : 'd';
+/** A number in front of anything else. */
+template <class T>
+bxReading<T> readInteger(const bxString& text, T none) {
+    std::string_view rest(text.c_str()); // up to a NUL in it
+    int base = 10;
+    if (rest.starts_with("0x") || rest.starts_with("0X")) {
+        const bool digits = rest.size() > 2 && std::isxdigit(static_cast<unsigned char>(rest[2]));
+        rest.remove_prefix(digits ? 2 : 0); // "0x" alone is a 0 with something behind
+        base = digits ? 16 : 10;
+    } else {
+        rest = withoutBlanks(rest);
+        if (rest.empty())
+            return {none};
+        if (rest.starts_with('+') && !rest.starts_with("+-"))
+            rest.remove_prefix(1);
+    }
+    bxReading<T> reading{none};
+    const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), reading.value, base);
+    rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
+    reading.good = error == std::errc();
+    reading.whole = withoutBlanks(rest).empty();
+    return reading;
+}
+
+/** Gives a value that was read to its place, and tells the text. */
+template <class T>
+void store(T& value, const bxReading<T>& reading, const bxString& text) {
+    text.setFailed(!reading.good);
+    if (reading.good)
+        value = reading.value;
 }
 
 } // namespace
@@ -58,18 +89,35 @@ bxString& bxString::operator<<(const void* address) {
     return append(digits.data());
 }
 
+bxReading<int> bxReadInt(const bxString& text, int none) {
+    return readInteger(text, none);
+}
+
+bxReading<long long> bxReadLong(const bxString& text, long long none) {
+    return readInteger(text, none);
+}
+
+bxReading<double> bxReadDouble(const bxString& text, double none) {
+    bxReading<double> reading{none};
+    int length = 0;
+    const int fields = std::sscanf(text.c_str(), "%lf%n", &reading.value, &length);
+    reading.good = fields != 0;
+    reading.whole = fields < 1 || withoutBlanks(text.c_str() + length).empty();
+    return reading;
+}
+
 int& operator<<(int& value, const bxString& text) {
-    scan(text, bxString("%") + integerFormat(text), value);
+    store(value, bxReadInt(text, value), text);
     return value;
 }
 
 long long& operator<<(long long& value, const bxString& text) {
-    scan(text, bxString("%") + bxString::prefixI64() + integerFormat(text), value);
+    store(value, bxReadLong(text, value), text);
     return value;
 }
 
 double& operator<<(double& value, const bxString& text) {
-    scan(text, "%lf", value);
+    store(value, bxReadDouble(text, value), text);
     return value;
 }
 

@@ -25,6 +25,7 @@ bxParameter* bxTest::regCacheParm(bxIterator<int>& size, bxObject* owner, bxCach
 }
 
 void bxTest::parmsFromIstrm() {
+    g_istrm.expect(parms);
     for (bxParameter* parm : parms) {
         if (bxInterrupted())
             return;

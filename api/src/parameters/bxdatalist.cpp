@@ -24,3 +24,11 @@ bool bxDataList::get(bxString name, bxString& value) {
     value = place->value;
     return true;
 }
+
+std::optional<bxGiven> bxDataList::valueOf(const bxQuestion& question) {
+    const iterator place = find(question.name);
+    if (place == end())
+        return std::nullopt;
+    place->asked = true;
+    return bxGiven{place->value.empty() ? question.deflt : place->value, bxGiven::fromDataKey, "from -d"};
+}

@@ -5,11 +5,13 @@
 #define BXDATALIST_H
 
 #include "parameters/bxnamedlist.h"
+#include "parameters/bxvaluesource.h"
 
 /** One -d setting. */
 struct bxData {
     bxString name;
     bxString value;
+    bool asked = false; /**< some parameter asked for it */
 };
 
 inline const bxString& bxNameOfData(const bxData& data) {
@@ -17,7 +19,7 @@ inline const bxString& bxNameOfData(const bxData& data) {
 }
 
 /** The -d settings in the order given; the last one for a name wins. Names are compared exactly. */
-class bxDataList : public bxNamedList<bxData, bxNameOfData> {
+class bxDataList : public bxNamedList<bxData, bxNameOfData>, public bxValueSource {
   public:
     /** Takes "name=value"; what follows a second "=" is dropped. */
     void set(bxString text);
@@ -25,6 +27,7 @@ class bxDataList : public bxNamedList<bxData, bxNameOfData> {
     void set(bxString name, bxString value);
     /** Gives the value of a name; false, and `value` is untouched, when it is not set. */
     bool get(bxString name, bxString& value);
+    std::optional<bxGiven> valueOf(const bxQuestion& question) override;
 };
 
 #endif

@@ -7,6 +7,7 @@
 #include "foundation/bxlist.h"
 #include "parameters/bxparameter.h"
 #include "parameters/bxtextform.h"
+#include "parameters/bxvalueerror.h"
 
 /** A parameter with a value of type T (int, bool, an enumeration, a size) but no text form of its own. */
 template <class T>
@@ -29,7 +30,9 @@ class bxDefault_NSC : public bxParameter {
     virtual bxString valueToString(T) const { return ""; }
     /** Reads a value; sets the text's conversion-failed flag when it is none. */
     virtual T stringToValue(bxString&) const { return T(); }
-    /** Reads a value; throws bxException "Invalid value of NAME = TEXT" when it is none. */
+    /** False when a value that `stringToValue` reads is only in the beginning of the text. */
+    virtual bool readsWhole(const bxString&) const { return true; }
+    /** Reads a value; throws bxValueError "Invalid value of NAME = TEXT" when it is none. */
     virtual T validItem(bxString text);
 
     /** Sets the current value only: a sequence of values that is under way goes on from its own position. */
@@ -41,6 +44,9 @@ class bxDefault_NSC : public bxParameter {
     }
 
   protected:
+    /** What may be read from text. */
+    bool isAllowed(T) const { return true; }
+
     T m_value;
 
   private:
@@ -68,21 +74,17 @@ template <class T>
 T bxDefault_NSC<T>::validItem(bxString text) {
     const T read = stringToValue(text);
     if (text.failed())
-        bxThrowInvalidValue(name(), text);
+        throw bxValueError(bxString("Invalid value of ") + name() + " = " + text, true);
+    this->noteReading(readsWhole(text));
     return read;
 }
 
 /** A single value with a plain text form: `bxDefault<int>` reads and writes decimal integers. */
 template <class T>
-class bxDefault : public bxDefault_NSC<T> {
-  public:
-    using bxDefault_NSC<T>::bxDefault_NSC;
-    bxString valueToString(T value) const override { return bxTextForm<T>::toText(value); }
-    T stringToValue(bxString& text) const override { return bxTextForm<T>::fromText(text); }
-};
+using bxDefault = bxWithTextForm<T, bxDefault_NSC<T>>;
 
 extern template class bxDefault_NSC<int>;
 extern template class bxDefault_NSC<bool>;
-extern template class bxDefault<int>;
+extern template class bxWithTextForm<int, bxDefault_NSC<int>>;
 
 #endif

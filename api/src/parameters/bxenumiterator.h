@@ -25,7 +25,8 @@ class bxEnumIterator_NCS : public bxIterator_NSC<T> {
     virtual void addValidation(const bxList<T>* values);
 
   protected:
-    bool isAllowed(T value) const;
+    bool isAllowed(T value) const { return !m_validation || contains(value); }
+    bool contains(T value) const;
 
     bxList<T> m_allowed;
     bool m_validation = false;
@@ -60,7 +61,7 @@ template <class T>
 bool bxEnumIterator_NCS<T>::addValidation(T value) {
     if (!m_validation)
         initValidation();
-    if (isAllowed(value))
+    if (contains(value))
         return false;
     m_allowed.insert(m_allowed.end(), value);
     return true;
@@ -73,7 +74,7 @@ void bxEnumIterator_NCS<T>::addValidation(const bxList<T>* values) {
 }
 
 template <class T>
-bool bxEnumIterator_NCS<T>::isAllowed(T value) const {
+bool bxEnumIterator_NCS<T>::contains(T value) const {
     for (const T& allowed : m_allowed)
         if (allowed == value)
             return true;
@@ -82,20 +83,9 @@ bool bxEnumIterator_NCS<T>::isAllowed(T value) const {
 
 /** Integers of which only the allowed ones are read from text while validation is on. */
 template <class T>
-class bxEnumIterator : public bxEnumIterator_NCS<T> {
-  public:
-    using bxEnumIterator_NCS<T>::bxEnumIterator_NCS;
-    bxString valueToString(T value) const override { return bxTextForm<T>::toText(value); }
-    T stringToValue(bxString& text) const override {
-        const T value = bxTextForm<T>::fromText(text);
-        if (!this->m_validation || text.failed() || this->isAllowed(value))
-            return value;
-        text.setFailed(true);
-        return T();
-    }
-};
+using bxEnumIterator = bxWithTextForm<T, bxEnumIterator_NCS<T>>;
 
 extern template class bxEnumIterator_NCS<int>;
-extern template class bxEnumIterator<int>;
+extern template class bxWithTextForm<int, bxEnumIterator_NCS<int>>;
 
 #endif

@@ -28,15 +28,21 @@ void reportFailure(const bxString& name, const char* what, int error) {
             << endMessage;
 }
 
-void writeInPlace(const bxString& name, const std::string& content) {
+bool writeInPlace(const bxString& name, const std::string& content) {
     o_stream out(name, ioWrite | ioNameAsGiven, true);
     if (!out.handle())
-        return;
+        return false;
     errno = 0;
     out.write(content.c_str());
     out.flush();
     if (out.failed())
         reportFailure(name, "write file", errno);
+    return !out.failed();
+}
+
+/** A section header that says nothing else. */
+bool isPlainHeader(std::string_view line) {
+    return line.front() == '[' && line.find(']') + 1 == line.size();
 }
 
 } // namespace
@@ -51,11 +57,12 @@ bxValueItem* bxValues::exist(const bxString& key) {
     return place == end() ? nullptr : *place;
 }
 
-void bxValues::set(const bxString& key, const bxString& value, const bxString& comment) {
-    if (bxValueItem* const item = exist(key))
+bxValueItem& bxValues::set(const bxString& key, const bxString& value, const bxString& comment) {
+    if (bxValueItem* const item = exist(key)) {
         item->value = value;
-    else
-        append(new bxValueItem{key, value, comment});
+        return *item;
+    }
+    return **append(new bxValueItem{key, value, comment});
 }
 
 void bxValues::deleteKey(const bxString& key) {
@@ -119,15 +126,19 @@ bool bxIniFile::parse(i_stream& in) {
     bxValues* values = nullptr;
     bxString raw, name, key, value;
     errno = 0;
-    while (in.getline(raw)) {
+    for (int number = 1; in.getline(raw); ++number) {
         const bxString line = trimmed(withoutComment(raw.view()));
         if (line.empty())
             continue;
         if (getSection(line, name)) {
-            values = &m_sections.obtain(name).values;
+            bxSectionItem& section = m_sections.obtain(name);
+            section.line = section.line == 0 ? number : section.line;
+            values = &section.values;
+            if (m_writable && !isPlainHeader(line.view()))
+                values->set(line, bareKey, "");
         } else if (values) {
             getValue(line, key, value);
-            values->set(key, value, "");
+            values->set(key, value, "").line = number;
         }
     }
     if (!in.failed())
@@ -139,26 +150,32 @@ bool bxIniFile::parse(i_stream& in) {
     return false;
 }
 
-void bxIniFile::close() {
-    updateFile();
-    m_sections.deleteAll();
+bool bxIniFile::finish() {
+    const bool written = updateFile();
     m_writable = false;
+    return written;
 }
 
-void bxIniFile::updateFile() const {
+bool bxIniFile::close() {
+    const bool written = finish();
+    m_sections.deleteAll();
+    return written;
+}
+
+bool bxIniFile::updateFile() const {
     if (!m_writable)
-        return;
+        return true;
     const std::string content = text();
     switch (bxReplaceFile(m_name.c_str(), content)) {
     case bxReplaced::done:
-        break;
+        return true;
     case bxReplaced::refused:
-        writeInPlace(m_name, content);
-        break;
+        return writeInPlace(m_name, content);
     case bxReplaced::failed:
-        reportFailure(m_name, "write file", errno);
         break;
     }
+    reportFailure(m_name, "write file", errno);
+    return false;
 }
 
 std::string bxIniFile::text() const {
@@ -198,6 +215,32 @@ void bxIniFile::write(bxString section, bxString key) {
 
 void bxIniFile::write(bxString section) {
     m_sections.obtain(section);
+}
+
+std::optional<bxGiven> bxIniFile::valueOf(const bxQuestion& question) {
+    bxValues* const values = getSectionValues(question.section);
+    const bxValueItem* const item = values ? values->exist(question.name) : nullptr;
+    if (!item || item->value.empty())
+        return std::nullopt;
+    bxString origin = bxString("from ini file ") + m_name;
+    if (item->line > 0)
+        origin << ", line " << item->line;
+    return bxGiven{item->value, bxGiven::fromIniFile, origin};
+}
+
+void bxIniFile::keep(const bxString& section, const bxString& key, const bxString& value,
+                     const bxString& comment) {
+    bxValueItem& item = m_sections.obtain(section).values.set(key, value, comment);
+    if (item.comment.empty())
+        item.comment = comment;
+}
+
+bool bxIniFile::readsBack(const bxString& key, const bxString& value) {
+    const bxString written = key + "=" + value;
+    bxString readKey, readValue, section;
+    getValue(trimmed(withoutComment(written.view())), readKey, readValue);
+    return readKey == key && readValue == value && value != bareKey && !getSection(written, section) &&
+           written.find("\n") < 0;
 }
 
 bool bxIniFile::sectionExist(bxString section) {

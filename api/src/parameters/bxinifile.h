@@ -5,6 +5,7 @@
 #define BXINIFILE_H
 
 #include "parameters/bxnamedlist.h"
+#include "parameters/bxvaluesource.h"
 
 #include <string>
 
@@ -15,6 +16,7 @@ struct bxValueItem {
     bxString key;
     bxString value;
     bxString comment;
+    int line = 0; /**< of the file, from 1; 0 for what is new */
 };
 
 inline const bxString& bxNameOfValue(bxValueItem* const& item) {
@@ -27,8 +29,8 @@ class bxValues : public bxNamedList<bxValueItem*, bxNameOfValue> {
     ~bxValues() override;
     /** The item with that key, or null. */
     bxValueItem* exist(const bxString& key);
-    /** Gives the key a new value and keeps its comment, or appends a new item. */
-    void set(const bxString& key, const bxString& value, const bxString& comment);
+    /** Gives the key a new value and keeps its comment, or appends a new item; returns the item. */
+    bxValueItem& set(const bxString& key, const bxString& value, const bxString& comment);
     void deleteKey(const bxString& key);
 };
 
@@ -36,6 +38,7 @@ class bxValues : public bxNamedList<bxValueItem*, bxNameOfValue> {
 struct bxSectionItem {
     bxString name;
     bxValues values;
+    int line = 0; /**< of its first header, as for items */
 };
 
 inline const bxString& bxNameOfSection(bxSectionItem* const& item) {
@@ -57,28 +60,31 @@ class bxSections : public bxNamedList<bxSectionItem*, bxNameOfSection> {
 /**
  * Sections of "key=value" lines, read once into memory and, when writable, written back on `close`. Names and
  * keys are compared exactly. "//" starts a comment, anywhere on a line; lines before the first section are
- * ignored.
+ * ignored. What a line says beside its section's name in brackets is kept as a line of that section.
  */
-class bxIniFile {
+class bxIniFile : public bxValueSource {
   public:
     bxIniFile() = default;
     bxIniFile(const bxIniFile&) = delete;
     bxIniFile& operator=(const bxIniFile&) = delete;
-    ~bxIniFile();
+    ~bxIniFile() override;
 
     /**
      * Reads the file of that very name. A missing file is created when `writable`, else its lack is reported
      * as a message and the model stays empty. False when the file can be neither read nor created.
      */
     bool open(bxString name, bool writable);
-    /** Writes the file back if it is writable and forgets all. */
-    void close();
+    /** Writes the file back if it is writable, which it then is no more; false when it could not be written.
+     */
+    bool finish();
+    /** As `finish`, and forgets all; false when it could not be written. */
+    bool close();
     /**
      * Rewrites a writable file. A plain file is replaced whole by a new one written beside it; where that
      * cannot be (a link, a device, a closed directory) it is written in place. Failures are reported as
-     * messages.
+     * messages; true unless one happened.
      */
-    void updateFile() const;
+    bool updateFile() const;
 
     /** The value of a key, or `deflt` when there is none. */
     bxString read(bxString section, bxString key, bxString deflt);
@@ -96,6 +102,14 @@ class bxIniFile {
     void eraseSection(bxString section);
     void deleteKey(bxString section, bxString key);
 
+    /** The value of the question's name in its section; an empty one counts as none. */
+    std::optional<bxGiven> valueOf(const bxQuestion& question) override;
+    /** As `write`, and an existing key without a comment gets this one. */
+    void keep(const bxString& section, const bxString& key, const bxString& value, const bxString& comment);
+    /** Whether a written value reads back as it is. */
+    static bool readsBack(const bxString& key, const bxString& value);
+
+    bxSections& sections() { return m_sections; }
     bxString fileName() const { return m_name; }
     bool writable() const { return m_writable; }
 

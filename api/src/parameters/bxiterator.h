@@ -8,9 +8,6 @@
 #include "foundation/bxstringlist.h"
 #include "parameters/bxdefault.h"
 
-/** Throws bxException "Empty iterator definition". */
-[[noreturn]] void bxThrowEmptyIterator();
-
 /**
  * A parameter with a list of values (the `bxList<T>` base, in written order, repetitions kept). Its text form
  * is the values joined by "; ". The declared value is only the current value: the list starts empty.
@@ -51,13 +48,15 @@ void bxIterator_NSC<T>::reset() {
 template <class T>
 void bxIterator_NSC<T>::translate(bxString text) {
     bxStringList words;
-    if (text.parse(words, ";") == 0)
-        bxThrowEmptyIterator();
+    text.parse(words, ";");
     bxList<T> values;
     for (bxString word : words) {
         word.trim();
-        values.insert(values.end(), this->validItem(word));
+        if (!word.empty())
+            values.insert(values.end(), this->validItem(word));
     }
+    if (values.empty())
+        throw bxValueError("Empty iterator definition");
     this->swap(values);
     m_started = false;
 }
@@ -98,16 +97,11 @@ bxString bxIterator_NSC<T>::listDescr(const bxList<T>& list, bxString separator)
 
 /** A list of values with a plain text form, for example of integers. */
 template <class T>
-class bxIterator : public bxIterator_NSC<T> {
-  public:
-    using bxIterator_NSC<T>::bxIterator_NSC;
-    bxString valueToString(T value) const override { return bxTextForm<T>::toText(value); }
-    T stringToValue(bxString& text) const override { return bxTextForm<T>::fromText(text); }
-};
+using bxIterator = bxWithTextForm<T, bxIterator_NSC<T>>;
 
 extern template class bxIterator_NSC<int>;
-extern template class bxIterator<int>;
+extern template class bxWithTextForm<int, bxIterator_NSC<int>>;
 extern template class bxIterator_NSC<ZoriSize>;
-extern template class bxIterator<ZoriSize>;
+extern template class bxWithTextForm<ZoriSize, bxIterator_NSC<ZoriSize>>;
 
 #endif

@@ -8,7 +8,8 @@
 
 /**
  * A list of values and a parallel list of their names, as read and written by the named parameters. A value
- * is read from any beginning of its name, in any case; the first name in table order that fits wins.
+ * is read from its name or any beginning of it, in any case; the name itself wins over a longer one, and then
+ * the first in table order.
  */
 namespace bxNames {
 
@@ -22,14 +23,17 @@ bxString nameOf(const bxList<T>& values, const bxList<bxString>& names, T value)
     return "";
 }
 
-/** The value of the first name that begins with `text`; else the text's conversion-failed flag and T(). */
+/** The value of the name that is `text`, or of the first that begins with it; else the text's
+ * conversion-failed flag and T(). */
 template <class T>
 T valueOf(const bxList<T>& values, const bxList<bxString>& names, bxString& text) {
     text.setFailed(false);
-    auto name = names.begin();
-    for (auto it = values.begin(); it != values.end() && name != names.end(); ++it, ++name)
-        if (fitString(text, *name, 0))
-            return *it;
+    for (const bool abbreviated : {false, true}) {
+        auto name = names.begin();
+        for (auto it = values.begin(); it != values.end() && name != names.end(); ++it, ++name)
+            if ((abbreviated || text.length() == name->length()) && fitString(text, *name, 0))
+                return *it;
+    }
     text.setFailed(true);
     return T();
 }

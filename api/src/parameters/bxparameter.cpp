@@ -4,12 +4,8 @@
 #include "output/bxiostream.h"
 #include "output/bxostream.h"
 #include "parameters/bxistream.h"
-#include "timing/bxexception.h"
+#include "parameters/bxvalueerror.h"
 #include "timing/bxsignal.h"
-
-void bxThrowInvalidValue(bxString name, bxString text) {
-    throw bxException(bxString("Invalid value of ") + name + " = " + text);
-}
 
 bxParameter::bxParameter(bxString name, bxString prompt) : m_name(name), m_prompt(prompt) {}
 
@@ -107,22 +103,40 @@ void bxParameter::nameToCStream(bxCStream& table) const {
     toColumn(table, m_name);
 }
 
-void bxParameter::list() const {
-    g_ostrm << bxString(" ") + description() + "\n";
+/** A dialogue shows what it has understood, whatever the level. */
+void bxParameter::list(bool always) const {
+    const bxString line = bxString(" ") + description() + "\n";
+    if (always)
+        g_ostrm << ERR << line << endMessage;
+    else
+        g_ostrm << line;
 }
 
-void bxParameter::obtainGuarded(bxIStream& in) {
+void bxParameter::translateGuarded(bxIStream& in) {
     bxFaultGuard guard;
     if (sigsetjmp(guard.buffer(), 1) != 0)
         guard.raise();
-    translate(in.getItemValue(m_name, defaultString(), prompt(), validString()));
+    translate(in.find(m_name, defaultString(), prompt()).text);
+}
+
+bxString bxParameter::details(const bxGiven& given, bool withText) const {
+    return (withText ? m_name + " = " + given.text + ", " : bxString()) + given.origin;
 }
 
 void bxParameter::obtain(bxIStream& in) {
-    if (in.iStream())
-        g_ostrm.setOutLevel(outPerf); // a dialogue shows what it has understood
-    obtainGuarded(in);
-    list();
+    m_readPartly = false;
+    try {
+        translateGuarded(in);
+    } catch (const bxValueError& wrong) {
+        const bxString allowed = wrong.showsText() ? allowedText() : bxString();
+        throw wrong.withDetails(details(in.given(), !wrong.showsText()) +
+                                (allowed.empty() ? bxString() : bxString("; allowed: ") + allowed));
+    }
+    if (m_readPartly)
+        in.sayOnce(bxString("-- Warning: only the beginning was read of ") + details(in.given(), true) +
+                   ": " + defaultString() + "\n");
+    in.keep(m_name, m_readPartly ? defaultString() : in.given().text, defaultString(), validString());
+    list(in.iStream() != nullptr);
     if (in.source() == bxIStream::fromConsole)
         c_out.flush();
 }
@@ -130,12 +144,10 @@ void bxParameter::obtain(bxIStream& in) {
 void bxParameter::fromIStream(bxIStream& in) {
     if (m_name.empty())
         return;
-    const OutputLevel level = g_ostrm.outLevel();
     if (m_needsInput)
         obtain(in);
     else
-        list();
-    g_ostrm.setOutLevel(level);
+        list(false);
 }
 
 void bxParameter::translate(bxString) {}

@@ -9,6 +9,7 @@
 class bxCStream;
 class bxIStream;
 class bxOStream;
+struct bxGiven;
 
 /**
  * A named setting: its console prompt, its one-shot iteration and its way into the listing and the table.
@@ -63,13 +64,14 @@ class bxParameter {
 
     /**
      * Gets the value from the input stream and lists it; a parameter that needs no input is only listed.
-     * Throws bxException for a text that is no value and for a fault raised while reading.
+     * Throws bxException for a text that is no value, saying where it stands and what is allowed, and for a
+     * fault raised while reading. Says it where only the beginning of a text was read.
      */
     virtual void fromIStream(bxIStream& in);
     /** Takes the value from text; throws bxException, and keeps the old value, when it cannot. */
     virtual void translate(bxString text);
 
-    bxString name() const { return m_name; }
+    const bxString& name() const { return m_name; }
     void setName(bxString name) { m_name = name; }
     void setPrompt(bxString prompt) { m_prompt = prompt; }
     /** While set (as at first), fromIStream obtains a value; else it only lists the parameter. */
@@ -82,24 +84,27 @@ class bxParameter {
     /** The prompt as given, or the name. */
     bxString plainPrompt() const;
     void setDeprecated(bool on, bxString text);
+    /** What may be given, in words, for a refusal; empty when that cannot be said. */
+    virtual bxString allowedText() const { return validString(); }
+    /** For `translate`: notes when only the beginning of a text was read. */
+    void noteReading(bool whole) { m_readPartly = m_readPartly || !whole; }
 
   private:
     bxString tableText() const;
     void toColumn(bxCStream& table, bxString text) const;
-    void list() const;
+    void list(bool always) const;
     void obtain(bxIStream& in);
-    void obtainGuarded(bxIStream& in);
+    void translateGuarded(bxIStream& in);
+    bxString details(const bxGiven& given, bool withText) const;
 
     bxString m_name;
     bxString m_prompt;
     bool m_valueProduced = false;
     bool m_needsInput = true;
+    bool m_readPartly = false;
     int m_outputFlags = 0;
     bool m_deprecatedFlag = false;
     bxString m_deprecatedText;
 };
-
-/** Throws bxException "Invalid value of NAME = TEXT". */
-[[noreturn]] void bxThrowInvalidValue(bxString name, bxString text);
 
 #endif

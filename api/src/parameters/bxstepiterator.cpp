@@ -1,17 +1,6 @@
 #include "parameters/bxstepiterator.h"
 
-#include "timing/bxexception.h"
-
 namespace {
-
-/** Reads one of the three numbers of a range. */
-int readNumber(const char* what, const bxString& word) {
-    int value = 0;
-    value << word;
-    if (word.failed())
-        throw bxException(bxString("Invalid ") + what + " = " + word);
-    return value;
-}
 
 bool isOperation(char c) {
     return c == stepAdd || c == stepSubtract || c == stepMultiply;
@@ -40,7 +29,7 @@ template <class T>
 void bxStepIterator<T>::validate(T first, T last, T& step, StepOprtn& op, bool& descending) const {
     descending = first > last;
     if (!reaches(first, last, step, op))
-        throw bxException(bxString("Conflict between iterator limits and operation"));
+        throw bxValueError("Conflict between iterator limits and operation");
 }
 
 template <class T>
@@ -61,9 +50,16 @@ bool bxStepIterator<T>::translateStep(bxString text) {
     bxString firstWord, lastWord, stepWord;
     if (text.parse(firstWord, lastWord, stepWord, "; ") != 3 || !isOperation(stepWord[0]))
         return false;
-    const T first = readNumber("first value", firstWord);
-    const T last = readNumber("last value", lastWord);
-    const T step = readNumber("step", stepWord.substr(1));
+    const auto number = [this](const char* what, const bxString& word) {
+        const bxReading<T> reading = bxTextForm<T>::read(word);
+        if (!reading.good)
+            throw bxValueError(bxString("Invalid ") + what + " = " + word);
+        this->noteReading(reading.whole);
+        return reading.value;
+    };
+    const T first = number("first value", firstWord);
+    const T last = number("last value", lastWord);
+    const T step = number("step", stepWord.substr(1));
     setRange(first, last, stepWord[0], step);
     return true;
 }

@@ -4,24 +4,20 @@ bxString bxTextForm<int>::toText(int value) {
     return bxString() << value;
 }
 
-int bxTextForm<int>::fromText(bxString& text) {
-    int value = 0;
-    value << text;
-    return value;
+bxReading<int> bxTextForm<int>::read(const bxString& text) {
+    return bxReadInt(text);
 }
 
 bxString bxTextForm<ZoriSize>::toText(ZoriSize value) {
     return bxString() << value.width << "x" << value.height;
 }
 
-ZoriSize bxTextForm<ZoriSize>::fromText(bxString& text) {
-    bxString width, height;
-    const int words = text.parse(width, height, "xX");
-    if (words == 1)
-        height = width;
-    ZoriSize value{0, 0};
-    value.width << width;
-    value.height << height;
-    text.setFailed(words > 2 || width.failed() || height.failed());
-    return text.failed() ? ZoriSize{0, 0} : value;
+bxReading<ZoriSize> bxTextForm<ZoriSize>::read(const bxString& text) {
+    bxString widthText, heightText;
+    const int words = text.parse(widthText, heightText, "xX");
+    const bxReading<int> width = bxReadInt(widthText);
+    const bxReading<int> height = words == 1 ? width : bxReadInt(heightText);
+    if (words > 2 || !width.good || !height.good)
+        return {{0, 0}, false, false};
+    return {{width.value, height.value}, true, width.whole && height.whole};
 }

@@ -4,32 +4,51 @@
 #ifndef BXTEXTFORM_H
 #define BXTEXTFORM_H
 
-#include "foundation/bxstring.h"
+#include "foundation/bxreading.h"
 #include "zortypes.h"
 
-/**
- * How a plain value is written and read. `fromText` sets the text's conversion-failed flag when the text is
- * no value, and then gives a zero value; an empty text is no failure and gives a zero value too.
- */
+/** How a plain value is written and read, and which texts are values, in words. A blank text is a zero. */
 template <class T>
 struct bxTextForm;
 
 /** Decimal, or hexadecimal after 0x when read. */
 template <>
 struct bxTextForm<int> {
+    static constexpr char allowed[] = "whole numbers from -2147483648 to 2147483647";
     static bxString toText(int value);
-    static int fromText(bxString& text);
+    static bxReading<int> read(const bxString& text);
 };
 
 /** "WIDTHxHEIGHT", for example 64x48; one number alone is a square. */
 template <>
 struct bxTextForm<ZoriSize> {
+    static constexpr char allowed[] = "sizes as 64x48, or one number for a square";
     static bxString toText(ZoriSize value);
-    static ZoriSize fromText(bxString& text);
+    static bxReading<ZoriSize> read(const bxString& text);
 };
 
 inline bool operator==(const ZoriSize& a, const ZoriSize& b) {
     return a.width == b.width && a.height == b.height;
 }
+
+/** Gives a parameter class a plain text form. */
+template <class T, class Base>
+class bxWithTextForm : public Base {
+  public:
+    using Base::Base;
+    bxString valueToString(T value) const override { return bxTextForm<T>::toText(value); }
+    T stringToValue(bxString& text) const override {
+        const bxReading<T> reading = bxTextForm<T>::read(text);
+        text.setFailed(!(reading.good && this->isAllowed(reading.value)));
+        return text.failed() ? T() : reading.value;
+    }
+    bool readsWhole(const bxString& text) const override { return bxTextForm<T>::read(text).whole; }
+
+  protected:
+    bxString allowedText() const override {
+        const bxString valid = this->validString();
+        return valid.empty() ? bxString(bxTextForm<T>::allowed) : valid;
+    }
+};
 
 #endif

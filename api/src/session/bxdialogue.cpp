@@ -11,6 +11,10 @@
 
 namespace {
 
+/** What one method or another asks for. */
+constexpr const char* methodSettings[] = {"NumLoops",      "NumCalls",     "TotalCpuClocks",
+                                          "StartNumLoops", "StopNumLoops", "Accuracy"};
+
 /** Lets a parameter find its value, and gives it. */
 template <class Parameter>
 auto readValue(Parameter& parm) {
@@ -123,6 +127,8 @@ bxString bxSession::getEnterTitle(bxString title) {
 }
 
 int bxSession::readTimingMethod() {
+    for (const char* name : methodSettings)
+        g_istrm.expect(name);
     const bxTool setup = registeredSetup();
     const bool open = openGroup(m_askMode & askTiming, "Specify timing method, please");
     const int method = readMethod(setup);
@@ -155,6 +161,7 @@ int bxSession::readTestParameters() {
 }
 
 int bxSession::readDataOffset() {
+    g_istrm.expect("MisalignFirstVectorOnly");
     const bool open = openGroup(m_askMode & askAlignment, "Specify vectors alignment, please");
     const bool byByte = readBool("AlignVectorsBy", false, "byte", "element");
     bxSetAlignByByte(byByte);

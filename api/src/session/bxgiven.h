@@ -9,16 +9,18 @@
 #include "parameters/bxistream.h"
 #include "parameters/bxparameter.h"
 
-/** Whether a -d key or the ini file has a value for a name. */
-bool bxIsGiven(const bxString& name);
+class bxTestList;
 
 /** Reads a parameter and applies its value, if one is given. Throws bxException for a wrong value. */
 template <class Parameter, class Apply>
 void bxReadGiven(Parameter& parm, Apply apply) {
-    if (!bxIsGiven(parm.name()))
+    if (!g_istrm.isGiven(parm.name()))
         return;
     parm.fromIStream(g_istrm);
     apply(parm.value());
 }
+
+/** Lists at ERR what was given and nothing in the run asked for; true when a -d name was unknown. */
+bool bxReportUnused(const bxTestList& tests);
 
 #endif

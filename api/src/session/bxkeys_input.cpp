@@ -23,6 +23,13 @@ int askModeOf(const bxString& argument) {
     return mode != 0 ? mode : askAll;
 }
 
+/** A name and "=". */
+bool isSetting(const bxString& argument) {
+    bxString name = argument.substr(0, argument.find("="));
+    name.trim();
+    return argument.find("=") >= 0 && !name.empty();
+}
+
 bxString iniPath(bxString argument) {
     return bxSession::genInPath(argument, extIni);
 }
@@ -56,18 +63,18 @@ void A_apply(bxString argument, bxSession* session) {
 }
 
 bxString d_info(bxString argument) {
-    const int equals = argument.find("=", 0);
-    bxString name = equals < 0 ? bxString() : argument.substr(0, equals);
-    name.trim();
     bxString text = bxString("set BX parameter ") + argument;
     if (argument.length() == 0)
         text = "ignored: empty data argument";
-    else if (name.length() == 0)
+    else if (!isSetting(argument))
         text = "ignored: incorrect data format";
+    else if (argument.find("=", argument.find("=") + 1) >= 0)
+        text += " (without what follows the second =)";
     return bxSession::unlessExit(1, text);
 }
 void d_apply(bxString argument, bxSession*) {
-    g_istrm.dataList().set(argument);
+    if (isSetting(argument))
+        g_istrm.dataList().set(argument);
 }
 
 bxString i_info(bxString argument) {

@@ -30,8 +30,9 @@ inline constexpr const char* d_help = "-d<name>=<value> = set BX parameter value
 inline constexpr const char* d_descr =
     R"(    Sets a parameter of the session or of a test. This value has the highest priority: before the
     ini file, the console and the default. Keys combine; the last one for a name is valid. The
-    value cannot hold "=". A list is written 64;128;256, a range 16;1024;*2 (put quotes around
-    them in a shell). -I shows the names of all parameters. Beside these, Precise=yes measures by
+    value cannot hold "=", and an empty one stands for the default. A list is written 64;128;256,
+    a range 16;1024;*2 (put quotes around them in a shell). -I shows the names of all parameters;
+    a name that nothing asked for is named at the end. Beside these, Precise=yes measures by
     differences against a chain of additions and gives core clocks with their 95 % interval, to
     within PreciseAccuracy (per cent; the Accuracy where it is not given); WatchdogSeconds=<n>
     ends a combination that takes longer; GuardBlocks=yes ends test data at a protected page;
@@ -46,8 +47,9 @@ inline constexpr const char* i_descr =
     R"(    Reads parameter values from an ini file. The section [Benchex] holds the common parameters;
     each function has a section of its name. A value counts only where no -d key gives one;
     parameters that the file does not give are asked on the console (-A) or get their defaults. A
-    file that cannot be read is reported, and the run goes on without it. The last of all -i and
-    -I keys is valid. -I makes a file with all parameters and their allowed values.
+    file that cannot be read is reported, and the run goes on without it. Keys and sections that
+    nothing asked for are named at the end. The last of all -i and -I keys is valid. -I makes a
+    file with all parameters and their allowed values.
     Default: the input directory (-p), the title name (-n) and ".ini".
     Example: benchex -B -i night       reads night.ini beside the program
 )";
@@ -56,7 +58,9 @@ inline constexpr const char* I_help = "-I[<file-name>]  = write BX parameters to
 inline constexpr const char* I_descr =
     R"(    Writes the parameters of every selected test with their present values into an ini file, one
     section for each function and [Benchex] for the common parameters; the allowed values stand
-    behind as a comment. Values that the file already holds are kept unless a -d key changes them.
+    behind as a comment. Of what the file already holds, sections, keys and values are kept in
+    their order, unless a -d key changes a value; your own comments, blank lines and lines before
+    the first section are not. The file is written at the end of the run.
     Nothing is measured. The last of all -i and -I keys is valid.
     Default: the input directory (-p), the title name (-n) and ".ini".
     Example: benchex -B -fTNS -I tns   makes tns.ini, to be edited and read back with -i tns

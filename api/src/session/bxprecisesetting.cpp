@@ -14,17 +14,20 @@ class PerCent : public bxDefault_NSC<double> {
     bxString valueToString(double value) const override { return bxString() << value; }
     double stringToValue(bxString& text) const override {
         constexpr double most = 50;
-        double value = 0;
-        value << text;
-        if (!(value > 0 && value <= most))
-            text.setFailed(true);
-        return value;
+        const bxReading<double> reading = bxReadDouble(text);
+        text.setFailed(!(reading.good && reading.value > 0 && reading.value <= most));
+        return reading.value;
     }
+    bool readsWhole(const bxString& text) const override { return bxReadDouble(text).whole; }
+
+  protected:
+    bxString allowedText() const override { return "numbers above 0, at most 50"; }
 };
 
 } // namespace
 
 void bxReadPrecise() {
+    g_istrm.expect("PreciseAccuracy");
     bxMapDefault<bool> precise(g_tool.precise, "Precise", "");
     precise[true] = "yes";
     precise[false] = "no";

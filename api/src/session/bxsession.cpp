@@ -11,6 +11,7 @@
 #include "parameters/bxistream.h"
 #include "parameters/bxparmlist.h"
 #include "session/bxdialogue.h"
+#include "session/bxgiven.h"
 #include "session/bxkeys.h"
 #include "session/bxprecisesetting.h"
 #include "session/bxprotection.h"
@@ -103,6 +104,8 @@ int bxSession::measure() {
     const bool failed = pTestList->runTests(*m_conditions);
     if (pTestList->numTests == pTestList->numResults[UNDEFINED])
         m_faulty = true; // not one test has been measured
+    if (!pTestList->interruptedBy && bxReportUnused(*pTestList))
+        m_faulty = true;
     return failed || pTestList->interruptedBy ? 1 : 0;
 }
 
@@ -145,6 +148,7 @@ void bxSession::selectTestParameters() {
     const int mode = m_askMode;
     m_batchMode = true;
     m_askMode = 0;
+    g_istrm.expect(*g_pParmList);
     pTestList->selectCommonParms(*m_conditions, *g_pParmList);
     m_batchMode = batchMode;
     m_askMode = mode;

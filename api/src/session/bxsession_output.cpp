@@ -7,6 +7,7 @@
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
 #include "output/bxtable.h"
+#include "parameters/bxistream.h"
 #include "session/bxsession.h"
 
 #include <ctime>
@@ -101,6 +102,8 @@ void bxSession::reportUnwritten(const bxString& path) {
 }
 
 void bxSession::reportWriteFailures() {
+    if (!g_istrm.writeIniFile())
+        m_faulty = true;
     for (bxOutputs* stream : {static_cast<bxOutputs*>(&g_ostrm), static_cast<bxOutputs*>(&g_cstrm),
                               static_cast<bxOutputs*>(&g_qstrm), static_cast<bxOutputs*>(&g_ustrm)})
         stream->flush();
