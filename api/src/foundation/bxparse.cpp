@@ -55,7 +55,7 @@ void bxParse::removeQuote(bxString& word) const {
     std::string text(word.view());
     const auto adjacent = [](char a, char b) { return a == '"' && b == '"'; };
     text.erase(std::unique(text.begin(), text.end(), adjacent), text.end());
-    word.assign(std::string_view(text));
+    word = bxString(text);
 }
 
 int bxParse::parse(bxStringList& words, const bxString& separators) {

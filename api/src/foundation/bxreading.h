@@ -14,6 +14,13 @@ struct bxReading {
     bool whole = true; /**< nothing but blanks stands behind what was read */
 };
 
+/** Sets the text's conversion-failed flag; the value, or a zero value where there is none. */
+template <class T>
+T bxTell(bxString& text, const bxReading<T>& reading) {
+    text.setFailed(!reading.good);
+    return reading.good ? reading.value : T();
+}
+
 /**
  * \name Numbers
  * Decimal, or hexadecimal after "0x" at the very start. A text of blanks gives `none`. A number outside the

@@ -4,9 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
-#include <new>
-#include <utility>
 
 namespace {
 
@@ -21,83 +18,7 @@ char lowered(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-void copyText(char* to, std::string_view text) {
-    if (!text.empty())
-        std::memmove(to, text.data(), text.size());
-}
-
 } // namespace
-
-bxString& bxString::operator=(const bxString& other) {
-    if (this != &other)
-        assign(other.view());
-    return *this;
-}
-
-bxString& bxString::operator=(bxString&& other) noexcept {
-    if (this != &other)
-        take(other);
-    return *this;
-}
-
-/** Leaves the other text empty; the conversion-failed flags stay where they are. */
-void bxString::take(bxString& other) noexcept {
-    m_long = std::move(other.m_long);
-    std::memcpy(m_short, other.m_short, shortest);
-    m_length = std::exchange(other.m_length, 0);
-    m_capacity = std::exchange(other.m_capacity, shortest);
-    std::memset(other.m_short, 0, shortest);
-}
-
-/** The text may lie in the present buffer. */
-void bxString::assign(std::string_view text) {
-    const int length = static_cast<int>(text.size());
-    Buffer old; // lives until the text is copied
-    if (getBufSize(length) != m_capacity) {
-        old = std::move(m_long);
-        m_capacity = shortest;
-        extend(length);
-    }
-    copyText(buffer(), text);
-    std::memset(buffer() + length, 0, static_cast<std::size_t>(m_capacity - length));
-    m_length = length;
-}
-
-/** Makes room for a text that is longer than the buffer; what is new in the buffer is NUL. */
-void bxString::extend(int length) {
-    const int capacity = getBufSize(length);
-    if (capacity <= m_capacity)
-        return;
-    // In place where the system can, so that a long text appended to piece by piece is not copied for each
-    // piece.
-    void* grown = std::realloc(m_long.get(), static_cast<std::size_t>(capacity));
-    if (!grown)
-        throw std::bad_alloc();
-    const bool wasShort = !m_long;
-    static_cast<void>(m_long.release());
-    m_long.reset(static_cast<char*>(grown));
-    if (wasShort)
-        std::memcpy(m_long.get(), m_short, shortest);
-    std::memset(m_long.get() + m_capacity, 0, static_cast<std::size_t>(capacity - m_capacity));
-    m_capacity = capacity;
-}
-
-/** The text may lie in the present buffer. */
-bxString& bxString::append(std::string_view text) {
-    const int length = m_length + static_cast<int>(text.size());
-    if (length >= m_capacity) {
-        const char* before = c_str();
-        const bool own =
-            !std::less<>()(text.data(), before) && !std::less<>()(before + m_length, text.data());
-        const std::ptrdiff_t place = own ? text.data() - before : 0;
-        extend(length);
-        if (own)
-            text = std::string_view(c_str() + place, text.size());
-    }
-    copyText(buffer() + m_length, text);
-    m_length = length;
-    return *this;
-}
 
 bool bxString::operator==(const bxString& other) const noexcept {
     return std::strcmp(c_str(), other.c_str()) == 0;
@@ -105,8 +26,7 @@ bool bxString::operator==(const bxString& other) const noexcept {
 
 bxString operator+(const bxString& a, const bxString& b) {
     bxString sum = a;
-    sum += b;
-    return sum;
+    return sum += b;
 }
 
 int bxString::find(const bxString& text, int start) const noexcept {
@@ -118,7 +38,7 @@ int bxString::rfind(const bxString& text) const noexcept {
 }
 
 bxString bxString::substr(int pos, int n) const {
-    const int first = std::clamp(pos, 0, m_length);
+    const int first = std::clamp(pos, 0, length());
     return bxString(view().substr(static_cast<std::size_t>(first), static_cast<std::size_t>(std::max(n, 0))));
 }
 
@@ -126,31 +46,22 @@ int bxString::compare(const bxString& other) const noexcept {
     const auto [mine, theirs] =
         std::mismatch(view().begin(), view().end(), other.view().begin(), other.view().end());
     if (mine == view().end() || theirs == other.view().end())
-        return m_length - other.m_length;
+        return length() - other.length();
     return static_cast<signed char>(*mine) < static_cast<signed char>(*theirs) ? -1 : 1;
 }
 
 void bxString::resize(int n, char fill) {
-    const auto length = static_cast<std::size_t>(std::max(n, 0));
-    std::string_view kept = view().substr(0, length);
-    bxString sized;
-    sized.extend(static_cast<int>(length));
-    copyText(sized.buffer(), kept);
-    std::memset(sized.buffer() + kept.size(), fill, length - kept.size());
-    sized.m_length = static_cast<int>(length);
-    take(sized);
+    m_text.resize(static_cast<std::size_t>(std::max(n, 0)), fill);
 }
 
 void bxString::trim() {
-    const std::size_t first = view().find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return assign(std::string_view());
-    assign(view().substr(first, view().find_last_not_of(blanks) + 1 - first));
+    m_text.erase(m_text.find_last_not_of(blanks) + 1); // from the start, where there are blanks only
+    m_text.erase(0, m_text.find_first_not_of(blanks));
 }
 
 bxString bxString::toLower() const {
     bxString copy = *this;
-    std::transform(copy.buffer(), copy.buffer() + m_length, copy.buffer(), lowered);
+    std::transform(copy.m_text.begin(), copy.m_text.end(), copy.m_text.begin(), lowered);
     return copy;
 }
 

@@ -1,12 +1,11 @@
 /** \file
- * Text of the harness: an owned, NUL-terminated buffer with the conversions between text and numbers.
+ * Text of the harness, with the conversions between text and numbers.
  */
 #ifndef BXSTRING_H
 #define BXSTRING_H
 
 #include <concepts>
-#include <cstdlib>
-#include <memory>
+#include <string>
 #include <string_view>
 #include <type_traits>
 
@@ -14,54 +13,50 @@ class bxStringList;
 
 /**
  * A text. Crosses interfaces by value; implicit from `const char*` (null counts as empty) and `char`.
- *
- * The buffer holds length() + 1 bytes rounded up to a multiple of 16, and every byte past the length is NUL.
- * A buffer of 16 bytes lies in the object itself. Conversions from text to a value never throw: they set the
- * flag that failed() shows, and leave the value alone.
+ * Conversions from text to a value never throw: they set the flag that failed() shows, and leave the value
+ * alone. Nothing else touches that flag, copies and assignments included.
  */
 class bxString {
   public:
     bxString() = default;
-    bxString(const char* text) { assign(text); }
-    bxString(char c) { assign(c); }
-    explicit bxString(std::string_view text) { assign(text); }
-    bxString(const bxString& other) { assign(other.view()); }
-    bxString(bxString&& other) noexcept { take(other); }
+    bxString(const char* text) : m_text(text ? text : "") {}
+    bxString(char c) : m_text(1, c) {}
+    explicit bxString(std::string_view text) : m_text(text) {}
+    bxString(const bxString&) = default;
+    bxString(bxString&&) noexcept = default;
     /** A number is no text: append it with `<<`. */
     template <class T>
     requires((std::is_arithmetic_v<T> || std::is_enum_v<T>)&&!std::same_as<T, char>) bxString(T)
     = delete;
     virtual ~bxString() = default;
 
-    bxString& operator=(const bxString& other);
-    bxString& operator=(bxString&& other) noexcept;
-    void assign(const bxString& other) { assign(other.view()); }
-    void assign(const char* text) { assign(text ? std::string_view(text) : std::string_view()); }
-    void assign(char c) { assign(std::string_view(&c, 1)); }
-    void assign(std::string_view text);
+    bxString& operator=(const bxString&) = default;
+    bxString& operator=(bxString&&) noexcept = default;
+    void assign(const bxString& other) { m_text = other.m_text; }
+    void assign(const char* text) { m_text = text ? text : ""; }
+    void assign(char c) { m_text.assign(1, c); }
 
-    const char* c_str() const noexcept { return m_long ? m_long.get() : m_short; }
-    std::string_view view() const noexcept { return {c_str(), static_cast<std::size_t>(m_length)}; }
-    int length() const noexcept { return m_length; }
-    bool empty() const noexcept { return m_length == 0; }
-    /** Size of the buffer in bytes. */
-    int capacity() const noexcept { return m_capacity; }
+    const char* c_str() const noexcept { return m_text.c_str(); }
+    std::string_view view() const noexcept { return m_text; }
+    int length() const noexcept { return static_cast<int>(m_text.size()); }
+    bool empty() const noexcept { return m_text.empty(); }
     /** The character at an index from 0 to length(); the one at length() is NUL. */
-    char operator[](int index) const noexcept { return c_str()[index]; }
+    char operator[](int index) const noexcept { return m_text.c_str()[index]; }
 
     /** True when the last conversion from this text to a value could not read it. */
-    bool failed() const noexcept { return m_failed; }
+    bool failed() const noexcept { return m_failed.on; }
     /** For conversions, which may be given a constant text. */
-    void setFailed(bool failed) const noexcept { m_failed = failed; }
+    void setFailed(bool failed) const noexcept { m_failed.on = failed; }
 
-    bxString& operator+=(const bxString& text) { return append(text.view()); }
+    bxString& operator+=(const bxString& text) { return append(text.m_text); }
+    /** Compares up to the first NUL. */
     bool operator==(const bxString& other) const noexcept;
 
     /** Index of the first occurrence at or after `start`, -1 if none. */
     int find(const bxString& text, int start = 0) const noexcept;
     /** Index of the last occurrence, -1 if none; the length for an empty text. */
     int rfind(const bxString& text) const noexcept;
-    bxString substr(int pos) const { return substr(pos, m_length); }
+    bxString substr(int pos) const { return substr(pos, length()); }
     /** At most n characters from `pos`. */
     bxString substr(int pos, int n) const;
     /** -1 or 1 by the first differing (signed) byte; the difference of the lengths where one text begins the
@@ -105,7 +100,7 @@ class bxString {
 
     /** \name Value into text: appends
      * @{ */
-    bxString& operator<<(const bxString& text) { return append(text.view()); }
+    bxString& operator<<(const bxString& text) { return append(text.m_text); }
     bxString& operator<<(const char* text) {
         return append(text ? std::string_view(text) : std::string_view());
     }
@@ -130,25 +125,24 @@ class bxString {
     /** @} */
 
   private:
-    static constexpr int shortest = 16;
-    static int getBufSize(int length) noexcept { return (length + shortest) / shortest * shortest; }
-    char* buffer() noexcept { return m_long ? m_long.get() : m_short; }
-    void extend(int length);
-    bxString& append(std::string_view text);
+    /** A flag that keeps its own state when texts are copied and assigned. */
+    struct Flag {
+        Flag() = default;
+        Flag(const Flag&) noexcept {}
+        Flag& operator=(const Flag&) noexcept { return *this; }
+        ~Flag() = default;
+        bool on = false;
+    };
+
+    bxString& append(std::string_view text) {
+        m_text.append(text);
+        return *this;
+    }
     bxString& appendSigned(long long value);
     bxString& appendUnsigned(unsigned long long value);
-    void take(bxString& other) noexcept;
 
-    struct Release {
-        void operator()(char* buffer) const noexcept { std::free(buffer); }
-    };
-    using Buffer = std::unique_ptr<char[], Release>;
-
-    Buffer m_long; // where the text needs more than m_short
-    int m_length = 0;
-    int m_capacity = shortest;
-    char m_short[shortest] = {};
-    mutable bool m_failed = false;
+    std::string m_text;
+    mutable Flag m_failed;
 };
 
 /** A new text of the summed length. */

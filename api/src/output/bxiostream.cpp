@@ -84,7 +84,7 @@ bool i_stream::getline(bxString& line) {
     }
     if (!text.empty() && text.back() == '\n')
         text.pop_back();
-    line.assign(std::string_view(text));
+    line = bxString(std::string_view(text));
     return !line.empty() || (!std::feof(file) && !std::ferror(file));
 }
 

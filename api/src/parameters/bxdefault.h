@@ -4,10 +4,12 @@
 #ifndef BXDEFAULT_H
 #define BXDEFAULT_H
 
-#include "foundation/bxlist.h"
 #include "parameters/bxparameter.h"
 #include "parameters/bxtextform.h"
 #include "parameters/bxvalueerror.h"
+
+#include <utility>
+#include <vector>
 
 /** A parameter with a value of type T (int, bool, an enumeration, a size) but no text form of its own. */
 template <class T>
@@ -20,7 +22,7 @@ class bxDefault_NSC : public bxParameter {
         m_value = T();
     }
     bxString valueString() const override { return valueToString(value()); }
-    bool isDeprecatedParm() const override { return m_deprecatedValues.begin() != m_deprecatedValues.end(); }
+    bool isDeprecatedParm() const override { return !m_deprecated.empty(); }
     /** Values are compared by their text. */
     bool setDeprecatedFlag(bool on) override;
     void translate(bxString text) override { m_value = validItem(text); }
@@ -32,16 +34,18 @@ class bxDefault_NSC : public bxParameter {
     virtual T stringToValue(bxString&) const { return T(); }
     /** False when a value that `stringToValue` reads is only in the beginning of the text. */
     virtual bool readsWhole(const bxString&) const { return true; }
+    /** What a text is: a value or none. Ends the way of the text's flag, which only `stringToValue` has. */
+    bxReading<T> read(bxString text) const {
+        const T value = stringToValue(text);
+        return {value, !text.failed(), readsWhole(text)};
+    }
     /** Reads a value; throws bxValueError "Invalid value of NAME = TEXT" when it is none. */
     virtual T validItem(bxString text);
 
     /** Sets the current value only: a sequence of values that is under way goes on from its own position. */
     void setValue(T value) { m_value = value; }
     /** Marks `value` as deprecated; `text` stands in the table instead of it. */
-    void addDeprecated(T value, bxString text) {
-        m_deprecatedValues.insert(m_deprecatedValues.end(), value);
-        m_deprecatedTexts.insert(m_deprecatedTexts.end(), text);
-    }
+    void addDeprecated(T value, bxString text) { m_deprecated.emplace_back(value, text); }
 
   protected:
     /** What may be read from text. */
@@ -50,18 +54,16 @@ class bxDefault_NSC : public bxParameter {
     T m_value;
 
   private:
-    bxList<T> m_deprecatedValues;
-    bxList<bxString> m_deprecatedTexts; // the n-th text belongs to the n-th value
+    std::vector<std::pair<T, bxString>> m_deprecated; // values with their texts
 };
 
 template <class T>
 bool bxDefault_NSC<T>::setDeprecatedFlag(bool on) {
     if (on) {
         const bxString current = valueToString(value());
-        auto text = m_deprecatedTexts.begin();
-        for (auto it = m_deprecatedValues.begin(); it != m_deprecatedValues.end(); ++it, ++text) {
-            if (valueToString(*it) == current) {
-                setDeprecated(true, *text);
+        for (const auto& [deprecated, text] : m_deprecated) {
+            if (valueToString(deprecated) == current) {
+                setDeprecated(true, text);
                 return true;
             }
         }
@@ -72,11 +74,11 @@ bool bxDefault_NSC<T>::setDeprecatedFlag(bool on) {
 
 template <class T>
 T bxDefault_NSC<T>::validItem(bxString text) {
-    const T read = stringToValue(text);
-    if (text.failed())
+    const bxReading<T> reading = read(text);
+    if (!reading.good)
         throw bxValueError(bxString("Invalid value of ") + name() + " = " + text, true);
-    this->noteReading(readsWhole(text));
-    return read;
+    noteReading(reading.whole);
+    return reading.value;
 }
 
 /** A single value with a plain text form: `bxDefault<int>` reads and writes decimal integers. */

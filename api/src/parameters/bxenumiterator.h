@@ -6,6 +6,8 @@
 
 #include "parameters/bxiterator.h"
 
+#include <algorithm>
+
 /** A value list with a list of allowed values; any value is allowed until validation is switched on. */
 template <class T>
 class bxEnumIterator_NCS : public bxIterator_NSC<T> {
@@ -46,7 +48,7 @@ bxString bxEnumIterator_NCS<T>::validString() const {
 
 template <class T>
 void bxEnumIterator_NCS<T>::initValidation() {
-    m_allowed.erase(m_allowed.begin(), m_allowed.end());
+    m_allowed.clear();
     m_validation = true;
     addValidation(this);
 }
@@ -54,7 +56,7 @@ void bxEnumIterator_NCS<T>::initValidation() {
 template <class T>
 void bxEnumIterator_NCS<T>::resetValidation() {
     m_validation = false;
-    m_allowed.erase(m_allowed.begin(), m_allowed.end());
+    m_allowed.clear();
 }
 
 template <class T>
@@ -75,10 +77,7 @@ void bxEnumIterator_NCS<T>::addValidation(const bxList<T>* values) {
 
 template <class T>
 bool bxEnumIterator_NCS<T>::contains(T value) const {
-    for (const T& allowed : m_allowed)
-        if (allowed == value)
-            return true;
-    return false;
+    return std::find(m_allowed.begin(), m_allowed.end(), value) != m_allowed.end();
 }
 
 /** Integers of which only the allowed ones are read from text while validation is on. */

@@ -6,39 +6,50 @@
 
 #include "parameters/bxenumiterator.h"
 
+#include <algorithm>
+#include <list>
+
 /**
- * A list of values and a parallel list of their names, as read and written by the named parameters. A value
- * is read from its name or any beginning of it, in any case; the name itself wins over a longer one, and then
- * the first in table order.
+ * Values with their names. A value is read from its name or any beginning of it, in any case; the name itself
+ * wins over a longer one, and then the first in table order.
  */
-namespace bxNames {
-
-/** The name paired with the first entry equal to `value`; empty when there is none. */
 template <class T>
-bxString nameOf(const bxList<T>& values, const bxList<bxString>& names, T value) {
-    auto name = names.begin();
-    for (auto it = values.begin(); it != values.end() && name != names.end(); ++it, ++name)
-        if (*it == value)
-            return *name;
-    return "";
-}
-
-/** The value of the name that is `text`, or of the first that begins with it; else the text's
- * conversion-failed flag and T(). */
-template <class T>
-T valueOf(const bxList<T>& values, const bxList<bxString>& names, bxString& text) {
-    text.setFailed(false);
-    for (const bool abbreviated : {false, true}) {
-        auto name = names.begin();
-        for (auto it = values.begin(); it != values.end() && name != names.end(); ++it, ++name)
-            if ((abbreviated || text.length() == name->length()) && fitString(text, *name, 0))
-                return *it;
+class bxNameTable {
+  public:
+    /** The name of a value; empty when it has none. */
+    bxString nameOf(T value) const {
+        const auto entry = std::ranges::find(m_entries, value, &Entry::value);
+        return entry == m_entries.end() ? bxString() : entry->name;
     }
-    text.setFailed(true);
-    return T();
-}
+    bxReading<T> read(const bxString& text) const {
+        for (const bool abbreviated : {false, true})
+            for (const Entry& entry : m_entries)
+                if ((abbreviated || text.length() == entry.name.length()) && fitString(text, entry.name, 0))
+                    return {entry.value};
+        return {T(), false};
+    }
+    /** All names, joined by "|". */
+    bxString names() const {
+        bxString text;
+        for (const Entry& entry : m_entries)
+            text << (&entry == &m_entries.front() ? "" : "|") << entry.name;
+        return text;
+    }
+    /** The place of a value's name; a new value gets an empty one. */
+    bxString& operator[](T value) {
+        const auto entry = std::ranges::find(m_entries, value, &Entry::value);
+        return entry == m_entries.end() ? m_entries.emplace_back(value, bxString()).name : entry->name;
+    }
+    void clear() { m_entries.clear(); }
 
-} // namespace bxNames
+  private:
+    struct Entry {
+        Entry(T v, const bxString& n) : value(v), name(n) {}
+        T value;
+        bxString name;
+    };
+    std::list<Entry> m_entries; // whose places stay where they are
+};
 
 /** A value list of named values. A declaration writes `iterator[value] = name` for each, then adds values. */
 template <class T>
@@ -47,28 +58,24 @@ class bxMapIterator : public bxEnumIterator_NCS<T> {
     using bxEnumIterator_NCS<T>::bxEnumIterator_NCS;
     using bxEnumIterator_NCS<T>::addValidation;
 
-    bxString valueToString(T value) const override {
-        return bxNames::nameOf(this->m_allowed, m_names, value);
-    }
-    T stringToValue(bxString& text) const override {
-        return bxNames::valueOf(this->m_allowed, m_names, text);
-    }
+    bxString valueToString(T value) const override { return m_names.nameOf(value); }
+    T stringToValue(bxString& text) const override { return bxTell(text, m_names.read(text)); }
 
     /** Switches validation on with no allowed value: only named ones are. */
     void initValidation() override {
-        this->m_allowed.erase(this->m_allowed.begin(), this->m_allowed.end());
-        m_names.erase(m_names.begin(), m_names.end());
+        this->m_allowed.clear();
+        m_names.clear();
         this->m_validation = true;
     }
     void resetValidation() override {
         bxEnumIterator_NCS<T>::resetValidation();
-        m_names.erase(m_names.begin(), m_names.end());
+        m_names.clear();
     }
     /** Allows a value, at first with an empty name. */
     bool addValidation(T value) override {
         if (!bxEnumIterator_NCS<T>::addValidation(value))
             return false;
-        m_names.insert(m_names.end(), "");
+        m_names[value];
         return true;
     }
     /** Empties the values and the names. */
@@ -78,15 +85,10 @@ class bxMapIterator : public bxEnumIterator_NCS<T> {
     }
 
     /** The name to be given to a new value; a value that has one keeps it (a scratch name is returned). */
-    bxString& operator[](T value) {
-        if (!addValidation(value))
-            return m_scratch;
-        auto last = m_names.end();
-        return *--last;
-    }
+    bxString& operator[](T value) { return addValidation(value) ? m_names[value] : m_scratch; }
 
   private:
-    bxList<bxString> m_names; // the n-th name belongs to the n-th allowed value
+    bxNameTable<T> m_names; // of the allowed values
     bxString m_scratch;
 };
 
@@ -97,31 +99,15 @@ class bxMapDefault : public bxDefault_NSC<T> {
     using bxDefault_NSC<T>::bxDefault_NSC;
 
     /** All names, joined by "|". */
-    bxString validString() const override {
-        bxString text;
-        for (auto it = m_names.begin(); it != m_names.end(); ++it) {
-            if (it != m_names.begin())
-                text += "|";
-            text += *it;
-        }
-        return text;
-    }
-    bxString valueToString(T value) const override { return bxNames::nameOf(m_values, m_names, value); }
-    T stringToValue(bxString& text) const override { return bxNames::valueOf(m_values, m_names, text); }
+    bxString validString() const override { return m_names.names(); }
+    bxString valueToString(T value) const override { return m_names.nameOf(value); }
+    T stringToValue(bxString& text) const override { return bxTell(text, m_names.read(text)); }
 
     /** The name of a value; a new value is entered with an empty name. */
-    bxString& operator[](T value) {
-        auto name = m_names.begin();
-        for (auto it = m_values.begin(); it != m_values.end(); ++it, ++name)
-            if (*it == value)
-                return *name;
-        m_values.insert(m_values.end(), value);
-        return *m_names.insert(m_names.end(), "");
-    }
+    bxString& operator[](T value) { return m_names[value]; }
 
   private:
-    bxList<T> m_values;
-    bxList<bxString> m_names; // the n-th name belongs to the n-th value
+    bxNameTable<T> m_names;
 };
 
 extern template class bxMapIterator<int>;

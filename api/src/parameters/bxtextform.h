@@ -38,9 +38,9 @@ class bxWithTextForm : public Base {
     using Base::Base;
     bxString valueToString(T value) const override { return bxTextForm<T>::toText(value); }
     T stringToValue(bxString& text) const override {
-        const bxReading<T> reading = bxTextForm<T>::read(text);
-        text.setFailed(!(reading.good && this->isAllowed(reading.value)));
-        return text.failed() ? T() : reading.value;
+        bxReading<T> reading = bxTextForm<T>::read(text);
+        reading.good = reading.good && this->isAllowed(reading.value);
+        return bxTell(text, reading);
     }
     bool readsWhole(const bxString& text) const override { return bxTextForm<T>::read(text).whole; }
 
