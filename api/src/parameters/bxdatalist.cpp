@@ -11,10 +11,8 @@ void bxDataList::set(bxString name, bxString value) {
     value.trim();
     if (name.empty())
         return;
-    const iterator old = find(name);
-    if (old != end())
-        remove(old);
-    append(bxData{name, value});
+    remove(name);
+    append(name, value);
 }
 
 bool bxDataList::get(bxString name, bxString& value) {

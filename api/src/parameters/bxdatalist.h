@@ -9,6 +9,7 @@
 
 /** One -d setting. */
 struct bxData {
+    bxData(const bxString& n, const bxString& v) : name(n), value(v) {}
     bxString name;
     bxString value;
     bool asked = false; /**< some parameter asked for it */

@@ -47,61 +47,29 @@ bool isPlainHeader(std::string_view line) {
 
 } // namespace
 
-bxValues::~bxValues() {
-    for (bxValueItem* item : *this)
-        delete item;
-}
-
 bxValueItem* bxValues::exist(const bxString& key) {
     const iterator place = find(key);
-    return place == end() ? nullptr : *place;
+    return place == end() ? nullptr : &*place;
 }
 
 bxValueItem& bxValues::set(const bxString& key, const bxString& value, const bxString& comment) {
-    if (bxValueItem* const item = exist(key)) {
-        item->value = value;
-        return *item;
+    bxValueItem* item = exist(key);
+    if (!item) {
+        item = &append(key);
+        item->comment = comment;
     }
-    return **append(new bxValueItem{key, value, comment});
-}
-
-void bxValues::deleteKey(const bxString& key) {
-    const iterator place = find(key);
-    if (place == end())
-        return;
-    bxValueItem* const item = *place;
-    remove(place);
-    delete item;
-}
-
-bxSections::~bxSections() {
-    deleteAll();
+    item->value = value;
+    return *item;
 }
 
 bxSectionItem* bxSections::exist(const bxString& name) {
     const iterator place = find(name);
-    return place == end() ? nullptr : *place;
+    return place == end() ? nullptr : &*place;
 }
 
 bxSectionItem& bxSections::obtain(const bxString& name) {
-    if (bxSectionItem* const item = exist(name))
-        return *item;
-    return **append(new bxSectionItem{name, {}});
-}
-
-void bxSections::deleteSection(const bxString& name) {
-    const iterator place = find(name);
-    if (place == end())
-        return;
-    bxSectionItem* const item = *place;
-    remove(place);
-    delete item;
-}
-
-void bxSections::deleteAll() {
-    for (bxSectionItem* item : *this)
-        delete item;
-    removeAll();
+    bxSectionItem* const item = exist(name);
+    return item ? *item : append(name);
 }
 
 bxIniFile::~bxIniFile() {
@@ -145,7 +113,7 @@ bool bxIniFile::parse(i_stream& in) {
         return true;
     // What was not read must not be overwritten: a directory, for example, opens but does not read.
     reportFailure(m_name, "read file", errno);
-    m_sections.deleteAll();
+    m_sections.removeAll();
     m_writable = false;
     return false;
 }
@@ -158,7 +126,7 @@ bool bxIniFile::finish() {
 
 bool bxIniFile::close() {
     const bool written = finish();
-    m_sections.deleteAll();
+    m_sections.removeAll();
     return written;
 }
 
@@ -180,14 +148,14 @@ bool bxIniFile::updateFile() const {
 
 std::string bxIniFile::text() const {
     std::string text;
-    for (const bxSectionItem* section : m_sections) {
-        text.append("\n[").append(section->name.view()).append("]\n");
-        for (const bxValueItem* item : section->values) {
-            text.append(item->key.view());
-            if (item->value != bareKey) {
-                text.append("=").append(item->value.view());
-                if (!item->comment.empty())
-                    text.append("\t// ").append(item->comment.view());
+    for (const bxSectionItem& section : m_sections) {
+        text.append("\n[").append(section.name.view()).append("]\n");
+        for (const bxValueItem& item : section.values) {
+            text.append(item.key.view());
+            if (item.value != bareKey) {
+                text.append("=").append(item.value.view());
+                if (!item.comment.empty())
+                    text.append("\t// ").append(item.comment.view());
             }
             text.append("\n");
         }
@@ -258,12 +226,12 @@ bxValues* bxIniFile::getSectionValues(bxString section) {
 }
 
 void bxIniFile::eraseSection(bxString section) {
-    m_sections.deleteSection(section);
+    m_sections.remove(section);
 }
 
 void bxIniFile::deleteKey(bxString section, bxString key) {
     if (bxValues* const values = getSectionValues(section))
-        values->deleteKey(key);
+        values->remove(key);
 }
 
 bool bxIniFile::getSection(const bxString& line, bxString& name) {

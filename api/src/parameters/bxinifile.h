@@ -13,48 +13,45 @@ class i_stream;
 
 /** One line of a section: a key, its value ("~~~" for a key alone), and the comment written behind it. */
 struct bxValueItem {
+    explicit bxValueItem(const bxString& k) : key(k) {}
     bxString key;
     bxString value;
     bxString comment;
     int line = 0; /**< of the file, from 1; 0 for what is new */
 };
 
-inline const bxString& bxNameOfValue(bxValueItem* const& item) {
-    return item->key;
+inline const bxString& bxNameOfValue(const bxValueItem& item) {
+    return item.key;
 }
 
-/** The items of one section in file order; owns them. */
-class bxValues : public bxNamedList<bxValueItem*, bxNameOfValue> {
+/** The items of one section in file order. */
+class bxValues : public bxNamedList<bxValueItem, bxNameOfValue> {
   public:
-    ~bxValues() override;
     /** The item with that key, or null. */
     bxValueItem* exist(const bxString& key);
     /** Gives the key a new value and keeps its comment, or appends a new item; returns the item. */
     bxValueItem& set(const bxString& key, const bxString& value, const bxString& comment);
-    void deleteKey(const bxString& key);
 };
 
 /** A named section. */
 struct bxSectionItem {
+    explicit bxSectionItem(const bxString& n) : name(n) {}
     bxString name;
     bxValues values;
     int line = 0; /**< of its first header, as for items */
 };
 
-inline const bxString& bxNameOfSection(bxSectionItem* const& item) {
-    return item->name;
+inline const bxString& bxNameOfSection(const bxSectionItem& item) {
+    return item.name;
 }
 
-/** The sections in file order; owns them. */
-class bxSections : public bxNamedList<bxSectionItem*, bxNameOfSection> {
+/** The sections in file order. */
+class bxSections : public bxNamedList<bxSectionItem, bxNameOfSection> {
   public:
-    ~bxSections() override;
     /** The section of that name, or null. */
     bxSectionItem* exist(const bxString& name);
     /** The section of that name, appended when it is new. */
     bxSectionItem& obtain(const bxString& name);
-    void deleteSection(const bxString& name);
-    void deleteAll();
 };
 
 /**

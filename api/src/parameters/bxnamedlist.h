@@ -7,8 +7,10 @@
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
 
+#include <iterator>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 /**
  * A `bxList<T>` with an index by name beside it: `Name` gives an element's name, which must not change while
@@ -16,9 +18,13 @@
  * right. Of elements with the same name the first is found.
  */
 template <class T, auto Name>
-class bxNamedList : public bxList<T> {
+class bxNamedList : private bxList<T> {
   public:
     using iterator = typename bxList<T>::iterator;
+    using bxList<T>::begin;
+    using bxList<T>::end;
+    using bxList<T>::size;
+    using bxList<T>::empty;
 
     bxNamedList() = default;
     bxNamedList(const bxNamedList&) = delete;
@@ -29,29 +35,30 @@ class bxNamedList : public bxList<T> {
         const auto found = m_index.find(name.c_str());
         return found == m_index.end() ? this->end() : found->second;
     }
-    iterator append(const T& element) {
-        const iterator place = bxList<T>::insert(this->end(), element);
-        m_index.emplace(Name(element).c_str(), place);
-        return place;
+    /** Builds an element at the end. */
+    template <class... Arguments>
+    T& append(Arguments&&... arguments) {
+        this->emplace_back(std::forward<Arguments>(arguments)...);
+        const iterator place = std::prev(this->end());
+        m_index.emplace(Name(*place).c_str(), place);
+        return *place;
     }
     /** Removes an element whose name no other element bears; returns the place that follows. */
     iterator remove(iterator place) {
         m_index.erase(Name(*place).c_str());
         return bxList<T>::erase(place);
     }
+    /** Removes the element of that name, if there is one. */
+    void remove(const bxString& name) {
+        if (const iterator place = find(name); place != this->end())
+            remove(place);
+    }
     void removeAll() {
         m_index.clear();
-        bxList<T>::erase(this->begin(), this->end());
+        bxList<T>::clear();
     }
 
   private:
-    using bxList<T>::insert;
-    using bxList<T>::push_back;
-    using bxList<T>::erase;
-    using bxList<T>::clear;
-    using bxList<T>::merge;
-    using bxList<T>::swap;
-
     std::unordered_map<std::string, iterator> m_index;
 };
 

@@ -70,8 +70,10 @@ void bxParameter::setDeprecated(bool on, bxString text) {
 }
 
 void bxParameter::toOStream(bxOStream& out) const {
-    if (!m_name.empty())
-        out << m_name + "=" + valueString() + " ";
+    if (m_name.empty() || !out.shown())
+        return;
+    bxString text = m_name;
+    out << (text << "=" << valueString() << " ");
 }
 
 int bxParameter::colmIndex() const {

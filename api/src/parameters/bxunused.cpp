@@ -32,8 +32,8 @@ class Report {
     bxUnused all() {
         addData();
         if (bxIniFile* const ini = m_in.iniFile())
-            for (const bxSectionItem* section : ini->sections())
-                addSection(*section);
+            for (const bxSectionItem& section : ini->sections())
+                addSection(section);
         return m_unused;
     }
 
@@ -61,10 +61,10 @@ class Report {
     }
 
     void addKeys(const bxSectionItem& section, const std::set<std::string>& expected) {
-        for (const bxValueItem* item : section.values)
-            if (item->line > 0 && !expected.contains(item->key.c_str()))
-                m_unused.lines.push_back(lineFor(item->key + " of section" + place(section, item->line),
-                                                 item->key, toList(expected)));
+        for (const bxValueItem& item : section.values)
+            if (item.line > 0 && !expected.contains(item.key.c_str()))
+                m_unused.lines.push_back(lineFor(item.key + " of section" + place(section, item.line),
+                                                 item.key, toList(expected)));
     }
 
     bxString place(const bxSectionItem& section, int line) const {
