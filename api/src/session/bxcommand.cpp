@@ -51,7 +51,7 @@ bool bxCommandKey::getArg(char key, bxString& argument) const {
 void bxCommandKey::removeQuotes() {
     std::string text(m_argument.view());
     std::erase(text, '"');
-    m_argument.assign(std::string_view(text));
+    m_argument = bxString(std::string_view(text));
 }
 
 void bxCommandList::removeQuotes() {
