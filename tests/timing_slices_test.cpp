@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -12,12 +16,6 @@ TEST(Statistics, MedianIsTheMiddleOfTheValues) {
     EXPECT_EQ(bxMedian({7}), 7);
     EXPECT_EQ(bxMedian({3, 1, 2}), 2);
     EXPECT_EQ(bxMedian({4, 1, 1000, 2}), 3);
-}
-
-TEST(Statistics, BatchesAreOfNeighbours) {
-    EXPECT_EQ(bxBatchMedians({1, 2, 9, 7, 5, 3, 4, 4}, 3), (std::vector<double>{2, 5}));
-    EXPECT_EQ(bxBatchMedians({8, 6}, 1), (std::vector<double>{8, 6}));
-    EXPECT_TRUE(bxBatchMedians({1}, 2).empty());
 }
 
 struct IntervalCase {
@@ -54,6 +52,25 @@ TEST(Statistics, IntervalOfTheMedianInterpolatesBetweenOrderStatistics) {
     EXPECT_EQ(bxMedianInterval({}).high, 0);
 }
 
+TEST(Statistics, NeighboursAreAsCorrelatedAsTheirRanks) {
+    std::vector<double> rising, alternating;
+    for (int i = 0; i < 20; ++i) {
+        rising.push_back(i * i);
+        alternating.push_back(i % 2 ? i : -i);
+    }
+    EXPECT_EQ(bxNeighbourCorrelation(rising), 0.97);
+    EXPECT_EQ(bxNeighbourCorrelation(alternating), 0);
+    EXPECT_EQ(bxNeighbourCorrelation({7, 7, 7, 7, 7}), 0);
+}
+
+TEST(Statistics, ACorrelatedMedianIsWorthFewerValues) {
+    EXPECT_EQ(bxCorrelationTime(0, 50), 1);
+    EXPECT_NEAR(bxCorrelationTime(0.5, 2), 1 + 1 / 3.0, 1e-12); // 4/pi * pi/6 * 1/2
+    EXPECT_NEAR(bxCorrelationTime(0.5, 3), 1 + 4 / 9.0 + 0.10724, 1e-5);
+    EXPECT_EQ(bxWidening(1, 16), 1);
+    EXPECT_DOUBLE_EQ(bxWidening(3, 16), 2); // sqrt(3 / (1 - 2 * 2 / 16))
+}
+
 /** A slice of a function of `clocks`, at `rate` core clocks a count, whose reference moves by `movement`,
  * relative. */
 bxSlice slice(double clocks, double rate, double movement = 0) {
@@ -63,17 +80,19 @@ bxSlice slice(double clocks, double rate, double movement = 0) {
 TEST(SliceSeries, GivesTheMedianInCoreClocks) {
     bxSliceSeries series;
     for (int i = 0; i < 9; ++i)
-        series.add(slice(100 + i, 1.5 + 0.1 * i)); // a drifting clock does not touch the figure
+        series.add(slice(100 + i * 4 % 9, 1.5 + 0.1 * i)); // a drifting clock does not touch the figure
     series.add(slice(500, 1.5, 0.2));
     const bxPreciseFigure figure = series.figure(0.05);
     EXPECT_DOUBLE_EQ(figure.clocks, 104);
     EXPECT_DOUBLE_EQ(figure.coreClocksPerTick, 1.9);
     EXPECT_EQ(figure.slices, 9);
     EXPECT_EQ(figure.dropped, 1);
+    EXPECT_TRUE(figure.known);
     EXPECT_TRUE(figure.reached);
     EXPECT_FALSE(series.figure(0.01).reached);
     EXPECT_LT(figure.low, 102);
     EXPECT_GT(figure.high, 106);
+    EXPECT_FALSE(figure.settled) << "nine slices show too little of each other";
 }
 
 TEST(SliceSeries, NeighboursThatErrAlikeDoNotMakeItSure) {
@@ -85,79 +104,54 @@ TEST(SliceSeries, NeighboursThatErrAlikeDoNotMakeItSure) {
     const bxPreciseFigure sure = alone.figure(0.05), unsure = alike.figure(0.05);
     EXPECT_DOUBLE_EQ(sure.clocks, unsure.clocks);
     EXPECT_GT(unsure.high - unsure.low, 2 * (sure.high - sure.low));
+    EXPECT_TRUE(sure.settled);
+    EXPECT_FALSE(unsure.settled);
 }
 
-TEST(SliceSeries, LeavesOutSlicesWhoseCallsWereInterrupted) {
-    bxSliceSeries series;
-    for (int i = 0; i < bxSliceSeries::fewest; ++i) {
-        series.add({100, 1, 1, 0.04}); // the fixed cost of short loops
-        for (const double clocks : {150, 50, 150})
-            series.add({clocks, 1, 1, 0.06});
-        const bxPreciseFigure figure = series.figure(0.05);
-        EXPECT_DOUBLE_EQ(figure.clocks, 100);
-        EXPECT_EQ(figure.slices, i + 1);
-        EXPECT_EQ(figure.dropped, 3 * (i + 1));
-        // Of so few that one can be wrong, the interval does not pretend to know.
-        const bool sure = figure.slices >= bxSliceSeries::fewest;
-        EXPECT_EQ(figure.reached, sure) << i;
-        EXPECT_EQ(figure.high > 100, !sure) << i;
-    }
+TEST(SliceSeries, AnInterruptMovesTheDifferenceAsFarInEither) {
+    constexpr double call = 100, interrupt = 3000, length = 32'000;
+    constexpr int n = 320;
+    const double inOnce = bxDisagreement(call + interrupt / n, call, n, length);
+    const double inTwice = bxDisagreement(call, call + interrupt / (2 * n), n, length);
+    EXPECT_NEAR(inOnce * length, interrupt, 1e-6);
+    EXPECT_NEAR(inTwice * (length + interrupt), interrupt, 1e-6); // by the length that the slice then has
+    EXPECT_EQ(bxDisagreement(call, call, n, length), 0);
 }
 
-TEST(SliceSeries, IsNotSureOfFewOrOnlyDisturbedSlices) {
-    bxSliceSeries series;
-    EXPECT_EQ(series.figure(0.5).clocks, 0);
-    series.add({100, 0, 0}); // a counter that stands still
-    EXPECT_EQ(series.figure(0.5).clocks, 0);
-    for (int i = 0; i < 20; ++i)
-        series.add(slice(100, 1, 0.006));
-    const bxPreciseFigure disturbed = series.figure(0.05);
-    EXPECT_DOUBLE_EQ(disturbed.clocks, 100);
-    EXPECT_EQ(disturbed.slices, 0);
-    EXPECT_EQ(disturbed.dropped, 21);
-    EXPECT_FALSE(disturbed.reached);
-    for (int i = 0; i < bxSliceSeries::fewest; ++i) {
-        EXPECT_FALSE(series.figure(0.05).reached) << i;
-        EXPECT_FALSE(series.mayEnd()) << i;
-        series.add(slice(90, 1, 0.004));
-    }
-    EXPECT_TRUE(series.figure(0.05).reached);
-    EXPECT_TRUE(series.mayEnd());
-    EXPECT_DOUBLE_EQ(series.figure(0.05).clocks, 90);
-    bxSliceSeries hopeless;
-    while (!hopeless.mayEnd() && hopeless.count() < 1000)
-        hopeless.add(slice(100, 1, 0.1));
-    EXPECT_EQ(hopeless.count(), 4 * bxSliceSeries::fewest);
-}
-
-TEST(SliceSeries, LeavesOutSlicesOfASharedCore) {
+TEST(SliceSeries, CleanSlicesAreTheFigureHoweverFew) {
     constexpr double full = 4;
     bxSliceSeries series;
-    for (int i = 1; i <= bxSliceSeries::fewest; ++i) {
-        for (const double throughput : {2.2, 2.0, 3.96}) {
-            series.add({130, 1, 1, 0, throughput});
-            EXPECT_TRUE(series.endsShared(full));
-        }
-        series.add({100, 1, 1, 0, 3.98});
+    EXPECT_EQ(series.figure(0.5, full).clocks, 0);
+    series.add({100, 0, 0}); // a counter that stands still
+    EXPECT_EQ(series.figure(0.5, full).clocks, 0);
+    for (int i = 0; i < 20; ++i)
+        series.add(slice(150, 1, 0.006));
+    bxPreciseFigure figure = series.figure(0.05, full);
+    EXPECT_DOUBLE_EQ(figure.clocks, 150) << "there is nothing else";
+    EXPECT_EQ(figure.slices, 0);
+    EXPECT_EQ(figure.dropped, 21);
+    EXPECT_FALSE(figure.known || figure.reached);
+    for (const double throughput : {2.2, 2.0, 3.96})
+        series.add({130, 1, 1, 0, throughput});
+    EXPECT_TRUE(series.endsShared(full));
+    EXPECT_FALSE(series.endsShared(0)) << "nothing is known of the core";
+    figure = series.figure(0.05, full);
+    EXPECT_DOUBLE_EQ(figure.clocks, 130);
+    EXPECT_EQ(figure.slices, 3);
+    EXPECT_FALSE(figure.known || figure.reached);
+    EXPECT_NEAR(figure.lost, 1 - 2.2 / full, 1e-9); // the median of the slices
+    for (int i = 1; i <= bxSliceSeries::fewestForInterval; ++i) {
+        series.add({90, 1, 1, 0.06, 4}); // an interrupt struck
+        series.add({100, 1, 1, 0.04, 3.98});
         EXPECT_FALSE(series.endsShared(full));
-        EXPECT_FALSE(series.endsShared(0));
-        const bxPreciseFigure figure = series.figure(0.05, full);
-        const bool enough = i == bxSliceSeries::fewest;
-        EXPECT_DOUBLE_EQ(figure.clocks, enough ? 100 : 130) << i;
-        EXPECT_EQ(figure.slices, enough ? i : 4 * i);
-        EXPECT_EQ(figure.dropped, enough ? 3 * i : 0);
-        EXPECT_EQ(figure.reached, enough);
-        if (i > 1) {
-            EXPECT_NEAR(figure.lost, enough ? 0 : 1 - 3.08 / full, 1e-9) << i; // the median of the slices
-        }
+        figure = series.figure(0.05, full);
+        const bool enough = i == bxSliceSeries::fewestForInterval;
+        EXPECT_DOUBLE_EQ(figure.clocks, 100) << i;
+        EXPECT_EQ(figure.slices, i);
+        EXPECT_EQ(figure.known, enough) << i;
+        EXPECT_EQ(figure.reached, enough) << i;
+        EXPECT_EQ(figure.lost > 0, !enough) << i;
     }
-    EXPECT_DOUBLE_EQ(series.figure(0.5).clocks, 130); // nothing is known of the core
-    bxSliceSeries shared;
-    for (int i = 0; i < bxSliceSeries::fewest; ++i)
-        shared.add({130, 1, 1, 0, 2});
-    EXPECT_FALSE(shared.figure(0.05, full).reached);
-    EXPECT_FALSE(shared.mayEnd(full));
-    EXPECT_TRUE(shared.mayEnd());
 }
 
 TEST(OwnCore, KnowsTheMostThatTwoUndisturbedSlicesShow) {
@@ -184,29 +178,104 @@ TEST(OwnCore, KnowsTheMostThatTwoUndisturbedSlicesShow) {
     EXPECT_EQ(core.patience(), 1);
 }
 
-// Whatever the accuracy that ends a series, the interval holds the truth as often as it says.
-TEST(SliceSeries, IntervalHoldsTheTruthThoughItDecidesWhenToStop) {
-    constexpr int series = 2000;
-    for (const double accuracy : {0.0002, 0.0005, 0.001, 0.002}) {
-        std::mt19937 random(4711);
-        std::normal_distribution<double> noise(1000, 1);
-        std::bernoulli_distribution disturbed(0.1);
-        int held = 0;
-        for (int i = 0; i < series; ++i) {
-            bxSliceSeries slices;
-            int next = bxSliceSeries::fewest;
-            for (bool done = false; !done;) {
-                const double clocks = noise(random);
-                slices.add(slice(disturbed(random) ? clocks + 20 * (noise(random) - 1000) : clocks, 1.75));
-                done = slices.count() == 85 || (slices.count() == next && slices.figure(accuracy).reached);
-                if (slices.count() == next)
-                    next = bxSliceSeries::nextLook(next);
-            }
-            const bxPreciseFigure figure = slices.figure(accuracy);
-            held += figure.low <= 1000 && 1000 <= figure.high;
+TEST(OwnCore, OfWhichLessIsLeftForGoodIsTakenForWhatItIs) {
+    bxOwnCore company, slower;
+    for (int i = 0; i < 10; ++i) {
+        company.saw({100, 1, 1, 0, 4});
+        slower.saw({100, 1, 1, 0, 4});
+    }
+    for (int i = 0; i < bxOwnCore::steady; ++i) {
+        EXPECT_EQ(slower.throughput(), 4) << i;
+        company.saw({100, 1, 1, 0, 2.97 + 0.001 * (i % 20)}); // steady, but not as a core alone is
+        slower.saw({100, 1, 1, 0, 2.97 + 0.001 * (i % 3)});
+    }
+    EXPECT_EQ(company.throughput(), 4);
+    EXPECT_DOUBLE_EQ(slower.throughput(), 2.97);
+}
+
+// Whatever the accuracy that ends a series, the interval holds the truth as often as it says: in 93 to 98 %
+// of the series, with neighbours that depend on each other too.
+
+/** Values around 1000, each with a deviation of 1 but for what disturbs it. */
+class Simulated {
+  public:
+    struct Kind {
+        const char* name;
+        double correlation; ///< of neighbours, of an autoregressive series of the first order
+        double disturbed;   ///< share of the slices that err 20 times as much
+        double burst;       ///< slices that a disturbance, the same for all of them, lasts
+    };
+
+    explicit Simulated(const Kind& kind) : m_kind(kind) { m_state = m_normal(m_random); }
+
+    void next() { m_state = m_normal(m_random); }
+
+    double operator()() {
+        const double rho = m_kind.correlation;
+        const double noise = m_normal(m_random);
+        m_state = rho * m_state + std::sqrt(1 - rho * rho) * noise;
+        if (m_kind.burst == 0)
+            return 1000 + (m_uniform(m_random) < m_kind.disturbed ? 20 * m_state : m_state);
+        const double leaves = 1 / m_kind.burst, comes = leaves * m_kind.disturbed / (1 - m_kind.disturbed);
+        if (m_uniform(m_random) < (m_inBurst ? leaves : comes)) {
+            m_inBurst = !m_inBurst;
+            m_offset = 10 * m_normal(m_random);
         }
-        EXPECT_GE(held, 0.93 * series) << accuracy;
-        EXPECT_LE(held, 0.985 * series) << accuracy;
+        return 1000 + m_state + (m_inBurst ? m_offset : 0);
+    }
+
+  private:
+    Kind m_kind;
+    std::mt19937 m_random{4711}; // NOLINT: the same in every run
+    std::normal_distribution<double> m_normal;
+    std::uniform_real_distribution<double> m_uniform;
+    double m_state = 0, m_offset = 0;
+    bool m_inBurst = false;
+};
+
+TEST(Statistics, TheCorrelationIsThatOfTheValues) {
+    constexpr int values = 4000;
+    for (const double correlation : {0.3, 0.5, 0.9}) {
+        Simulated value({"", correlation, 0, 0});
+        std::vector<double> series(values);
+        std::generate(series.begin(), series.end(), std::ref(value));
+        EXPECT_NEAR(bxNeighbourCorrelation(series), correlation + 1 / std::sqrt(values), 0.05);
+    }
+}
+
+TEST(SliceSeries, IntervalHoldsTheTruthOfDependentSlicesToo) {
+    const Simulated::Kind kinds[] = {
+        {"independent", 0, 0, 0},      {"neighbours 0.5", 0.5, 0, 0},       {"neighbours 0.7", 0.7, 0, 0},
+        {"neighbours 0.9", 0.9, 0, 0}, {"one in ten disturbed", 0, 0.1, 0}, {"bursts of five", 0, 0.1, 5}};
+    constexpr int series = 1500;
+    constexpr int most = 93; // as many as the time allows of short calls
+    for (const Simulated::Kind& kind : kinds) {
+        std::printf("%-20s", kind.name);
+        for (const double accuracy : {0.05, 0.001, 0.0005, 0.0002}) {
+            Simulated value(kind);
+            int held = 0;
+            long slices = 0;
+            for (int i = 0; i < series; ++i) {
+                value.next();
+                bxSliceSeries one;
+                bxPreciseFigure figure;
+                for (int next = bxSliceSeries::fewest;
+                     one.count() < most && !(figure.reached && figure.settled);) {
+                    one.add(slice(value(), 1.75));
+                    if (one.count() < next && one.count() < most)
+                        continue;
+                    figure = one.figure(accuracy);
+                    next = bxSliceSeries::nextLook(one.count());
+                }
+                held += figure.low <= 1000 && 1000 <= figure.high;
+                slices += one.count();
+            }
+            const double cover = 100.0 * held / series;
+            EXPECT_GE(cover, 93) << kind.name << " to " << accuracy;
+            EXPECT_LE(cover, 98.5) << kind.name << " to " << accuracy;
+            std::printf("  %4.1f %% of %2ld", cover, slices / series);
+        }
+        std::printf("\n");
     }
 }
 

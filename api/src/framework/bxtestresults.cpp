@@ -134,8 +134,11 @@ static const char* measuringFunction(const bxTest& test) {
         return "funcCall with Set&Use";
     if (test.funcCall && !test.funcLoop && !test.funcStat)
         return "funcCall";
-    const bool callByCall =
-        test.tool.method == bxTool::methodStat ? test.funcStat != nullptr : !test.funcLoop;
+    if (test.tool.precise && test.funcCall)
+        return test.funcLoop ? "loopMethod" : "funcCall";
+    const bool callByCall = test.tool.method == bxTool::methodStat && !(test.tool.precise && test.funcLoop)
+                                ? test.funcStat != nullptr
+                                : !test.funcLoop;
     return callByCall ? "statMethod" : "loopMethod";
 }
 

@@ -34,6 +34,9 @@ inline constexpr Text outOfCache = "outofCache"; /**< "Comment" begins with it *
 inline constexpr Text loops = "nLps=";           /**< in "Comment": timed calls */
 inline constexpr Text calls = "nCalls=";         /**< in "Comment": timed calls of the Statistic method */
 inline constexpr Text accuracy = "acc=";         /**< in "Comment": the wanted accuracy was missed, percent */
+inline constexpr Text interval = "95%=";         /**< in "Comment": from..to, of the precise mode */
+inline constexpr Text unknown = "unknown";       /**< in the interval's place: too few undisturbed slices */
+inline constexpr Text nothing = "calls take no time"; /**< in "Comment": they compile to nothing */
 inline constexpr Text shared = "shared="; /**< in "Comment": share of the core that others took, percent */
 inline constexpr Text throughput = "adds/clock="; /**< in "Comment": independent additions in a core clock */
 

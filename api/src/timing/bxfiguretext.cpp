@@ -22,17 +22,30 @@ bxString bxClocksText(long long clocks) {
 
 namespace {
 
+bxString formatted(const char* format, auto... values) {
+    char text[96];
+    std::snprintf(text, sizeof text, format, values...);
+    return text;
+}
+
 /** More digits than the figure's own cell has, since the mode is used for small differences. */
 bxString preciseText(const bxPreciseFigure& figure, int loops) {
-    char text[160];
-    std::snprintf(text, sizeof text,
-                  "%s%d slices=%d dropped=%d clocks=%.6g 95%%=%.6g..%.6g core/counter=%.5f %s%.3f",
-                  bxTable::loops, loops, figure.slices, figure.dropped, figure.clocks, figure.low,
-                  figure.high, figure.coreClocksPerTick, bxTable::throughput, figure.throughput);
-    bxString all = text;
+    bxString text;
+    text << bxTable::loops << loops;
+    if (figure.nothing)
+        return text << " " << bxTable::nothing;
+    text << formatted(" slices=%d dropped=%d clocks=%.6g ", figure.slices, figure.dropped, figure.clocks)
+         << bxTable::interval;
+    text << (figure.known ? formatted("%.6g..%.6g", figure.low, figure.high) : bxString(bxTable::unknown));
+    text << formatted(" core/counter=%.5f ", figure.coreClocksPerTick) << bxTable::throughput
+         << formatted("%.3f", figure.throughput);
+    if (figure.core >= 0)
+        text << " core=" << figure.core;
+    if (!figure.oneClockAdditions())
+        text << formatted(" imul/add=%.2f", figure.multiplication);
     if (figure.lost > 0)
-        all << " " << bxTable::shared << bxAccuracyText(figure.lost);
-    return all;
+        text << " " << bxTable::shared << bxAccuracyText(figure.lost);
+    return text;
 }
 
 } // namespace
@@ -41,14 +54,16 @@ bxString bxComment(const bxTimingSettings& settings, const bxTimingFigures& figu
     bxString text;
     if (!figures.found)
         return text;
-    const bool precise = figures.preciseFigure.slices + figures.preciseFigure.dropped > 0;
+    const bxPreciseFigure& figure = figures.preciseFigure;
+    const bool precise = figure.nothing || figure.slices + figure.dropped > 0;
     if (precise)
-        text = preciseText(figures.preciseFigure, figures.loops);
+        text = preciseText(figure, figures.loops);
     else if (settings.method == bxTimingSettings::methodStat)
         text << bxTable::calls << figures.countedCalls;
     else
         text << bxTable::loops << figures.loops;
-    if (precise ? !figures.preciseFigure.reached : figures.actualAccuracy > settings.accuracy)
+    const bool missed = figures.actualAccuracy > settings.accuracy;
+    if (precise ? figure.known && !figure.reached : missed)
         text << " " << bxTable::accuracy << bxAccuracyText(figures.actualAccuracy);
     return text;
 }

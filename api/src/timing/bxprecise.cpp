@@ -1,5 +1,6 @@
 #include "timing/bxprecise.h"
 
+#include "system/bxclock.h"
 #include "timing/bxfiguretext.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxreference.h"
@@ -20,12 +21,14 @@ namespace {
 constexpr double sliceTicks = 32'000;
 /** Most calls of a slice, for functions that take less than a count. */
 constexpr int mostCalls = 1 << 22;
-/** A combination whose slices took this many counts (10 ms at 2 GHz) ends, sure enough or not, once it may.
- */
-constexpr double mostTicks = 20e6;
+/** A call that takes longer needs no difference: the reads of the counter are 0.04 % of it or less, and more
+ * of such calls fit into the time. */
+constexpr double longCall = 250'000;
 
 /** Blocks of additions that take about as long as the calls of a slice should. */
 constexpr int referenceBlocks = 768;
+/** What the additions around a slice take, some of them slower. */
+constexpr double referenceCost = 5 * sliceTicks;
 
 /** Steps by which the slices' lengths differ, so that the counter's steps do not fall on the same place in
  * each. */
@@ -36,12 +39,16 @@ int stretched(int base, int slice) {
     return base + static_cast<int>(static_cast<long long>(base) * (slice * 7 % lengths) / (2 * lengths));
 }
 
+/** Counts of one operation of a chain, by the difference of one twice as long. */
+double ticksOfOne(long long (*chain)(int blocks), int blocks) {
+    const long long once = chain(blocks);
+    const long long twice = chain(2 * blocks);
+    return static_cast<double>(twice - once) / blocks / bxReferenceBlock;
+}
+
 /** Counts of one addition. */
 double referenceTicks(int slice) {
-    const int blocks = stretched(referenceBlocks, slice);
-    const long long once = bxReferenceTicks(blocks);
-    const long long twice = bxReferenceTicks(2 * blocks);
-    return static_cast<double>(twice - once) / blocks / bxReferenceBlock;
+    return ticksOfOne(bxReferenceTicks, stretched(referenceBlocks, slice));
 }
 
 /** Blocks of independent additions: a step of the counter is 0.1 % of their time. */
@@ -62,6 +69,14 @@ bxSlice emptySlice() {
     return slice;
 }
 
+/** Additions that a multiplication takes: the median of some tries, since others may interrupt. */
+double multiplication() {
+    std::vector<double> tries;
+    for (int i = 0; i < 5; ++i)
+        tries.push_back(ticksOfOne(bxMultiplicationTicks, referenceBlocks / 3) / referenceTicks(0));
+    return bxMedian(tries);
+}
+
 /** Looks at the core now and then for a third of a second: others that use it during the first combination
  * may be gone in between. */
 void meet(bxOwnCore& core) {
@@ -78,59 +93,56 @@ class PreciseTiming {
     PreciseTiming(const bxTimingSettings& settings, const bxLoopSampler& sampler, bxOwnCore& core)
         : m_settings(settings), m_sampler(sampler), m_core(core) {}
 
-    bxTimingFigures run();
+    bxTimingFigures run(int onCore);
 
   private:
     int callsOfSlice();
-    bxSliceSeries measureSlices(int calls);
+    void measureSlices(int calls);
+    void measureLongCalls();
+    /** Adds the slice and lets the core learn from it. */
+    void add(bxSlice& slice);
     /** Makes `count` calls; clocks per call. */
     double measure(int count);
-    bool statusIsBadAndAvoidable() const { return m_settings.ibsMode && m_badStatus; }
+    /** Time that was spent, and time for so many calls, is within what was asked for. */
+    bool timeFor(double ticks) const { return spent() - m_waited + ticks <= m_settings.budget + 3 * m_call; }
+    double spent() const;
+    /** Slices of a shared core are waited for others to leave. */
+    bool waits() const;
+    void judge();
 
     const bxTimingSettings& m_settings;
     const bxLoopSampler& m_sampler;
     bxOwnCore& m_core;
     bxTimingFigures m_figures;
+    bxSliceSeries m_series;
+    const unsigned long long m_start = zor_get_cpu_counter();
+    double m_called = 0; ///< counts of all calls
+    double m_waited = 0; ///< of it, for others to leave the core
+    double m_call = 0;   ///< counts of one call
     bool m_badStatus = false;
 };
+
+double PreciseTiming::spent() const {
+    return std::max(m_called, static_cast<double>(bxCpuTicker::toClocks(zor_get_cpu_counter() - m_start)));
+}
 
 double PreciseTiming::measure(int count) {
     bxSample sample;
     traced("runTimFunc", [&] { sample = m_sampler(count); });
     m_badStatus = sample.badStatus;
     m_figures.add(sample, count);
+    m_called += m_figures.funcClocks * (count + 1.0); // each measurement begins with an untimed call
     return m_figures.funcClocks;
 }
 
-bxTimingFigures PreciseTiming::run() {
-    write(INFO, "    Precise mode: start\n");
-    if (m_settings.patience > 0 && m_core.throughput() == 0)
-        meet(m_core);
-    const int calls = callsOfSlice();
-    if (bxIsFailure(m_figures.result))
-        return m_figures;
-    const bxSliceSeries series = measureSlices(calls);
-    if (bxIsFailure(m_figures.result))
-        return m_figures;
-    const bxPreciseFigure figure = series.figure(m_settings.accuracy, m_core.throughput());
-    m_figures.preciseFigure = figure;
-    m_core.seriesEnded(figure);
-    m_figures.funcClocks = figure.clocks;
-    if (!(figure.clocks > 0)) {
-        m_figures.raise(ACCURFAIL);
-        return m_figures;
-    }
-    m_figures.found = true;
-    m_figures.actualAccuracy = (figure.high - figure.low) / 2 / figure.clocks;
-    if (figure.lost > 0)
-        m_figures.actualAccuracy =
-            std::max({m_figures.actualAccuracy, figure.lost, bxOwnCore::costOfCompany});
-    if (!figure.reached && m_figures.result <= OK)
-        m_figures.result = ACCURWRN;
-    write(INFO, "        accuracy   = ", bxAccuracyText(m_figures.actualAccuracy), "\n",
-          "        funcClocks = ", m_figures.funcClocks, "\n",
-          "        result     = ", bxResultString(m_figures.result), "\n", "    Precise mode: stop\n");
-    return m_figures;
+bool PreciseTiming::waits() const {
+    return m_series.endsShared(m_core.throughput()) && m_waited < m_settings.patience * m_core.patience();
+}
+
+void PreciseTiming::add(bxSlice& slice) {
+    slice.throughput = throughput(slice.referenceAfter);
+    m_series.add(slice);
+    m_core.saw(slice);
 }
 
 /** Calls n of a slice: as many as take some time, but no more than leave the control status clean. */
@@ -138,9 +150,10 @@ int PreciseTiming::callsOfSlice() {
     int calls = 1;
     for (;;) {
         const double perCall = measure(calls);
+        m_call = perCall;
         if (bxIsFailure(m_figures.result))
             return calls;
-        if (statusIsBadAndAvoidable() && calls > 1) {
+        if (m_settings.ibsMode && m_badStatus && calls > 1) {
             bxClearCtrlStatus();
             return std::max(calls / 4, 1); // 2n calls and the stretch of the slices stay below what was bad
         }
@@ -152,44 +165,109 @@ int PreciseTiming::callsOfSlice() {
     }
 }
 
-bxSliceSeries PreciseTiming::measureSlices(int calls) {
-    bxSliceSeries series;
+void PreciseTiming::measureSlices(int calls) {
     bxSlice slice;
-    double ticks = 0, waited = 0;
-    const double longestWait = m_settings.patience * m_core.patience();
     int next = bxSliceSeries::fewest;
     slice.referenceAfter = referenceTicks(0);
-    for (;;) {
-        const int i = series.count();
+    do {
+        const double before = spent();
+        const int i = m_series.count();
         const int n = m_figures.loops = stretched(calls, i);
         // The order changes from slice to slice, so that a drift makes the difference too large as often as
         // too small.
         const double first = measure(i % 2 ? 2 * n : n), second = measure(i % 2 ? n : 2 * n);
         const double once = i % 2 ? second : first, twice = i % 2 ? first : second;
         if (bxIsFailure(m_figures.result))
-            return series;
+            return;
         slice.perCall = 2 * twice - once;
-        slice.disagreement = n * std::abs(twice - once) / std::max(sliceTicks, n * std::abs(slice.perCall));
+        slice.disagreement = bxDisagreement(once, twice, n, sliceTicks);
         slice.referenceBefore = slice.referenceAfter;
         slice.referenceAfter = referenceTicks(i + 1);
-        slice.throughput = throughput(slice.referenceAfter);
-        series.add(slice);
-        m_core.saw(slice);
-        const double alone = m_core.throughput();
-        (waited < longestWait && series.endsShared(alone) ? waited : ticks) +=
-            n * (once + 2 * twice) + 3 * sliceTicks;
-        const bool spent = ticks >= mostTicks && series.mayEnd(alone);
-        if (series.count() < next && !spent)
+        add(slice);
+        if (waits())
+            m_waited += spent() - before;
+        if (m_series.count() < next)
             continue;
-        if (spent || series.figure(m_settings.accuracy, alone).reached)
-            return series;
-        next = bxSliceSeries::nextLook(series.count());
+        const bxPreciseFigure figure = m_series.figure(m_settings.accuracy, m_core.throughput());
+        if (figure.reached && figure.settled)
+            return;
+        next = bxSliceSeries::nextLook(m_series.count());
+    } while (timeFor((3.0 * calls + 2) * m_call + referenceCost));
+}
+
+void PreciseTiming::measureLongCalls() {
+    m_figures.loops = 1;
+    bxSlice slice;
+    slice.perCall = m_call;
+    slice.referenceBefore = slice.referenceAfter = referenceTicks(0); // none before the first call
+    add(slice);
+    while (timeFor(2 * m_call + referenceCost)) {
+        const double before = spent();
+        slice.perCall = measure(1);
+        if (bxIsFailure(m_figures.result))
+            return;
+        slice.referenceBefore = slice.referenceAfter;
+        slice.referenceAfter = referenceTicks(0);
+        add(slice);
+        if (waits())
+            m_waited += spent() - before;
     }
+}
+
+void PreciseTiming::judge() {
+    const int core = m_figures.preciseFigure.core;
+    bxPreciseFigure figure = m_series.figure(m_settings.accuracy, m_core.throughput());
+    figure.core = core;
+    figure.multiplication = m_core.multiplication;
+    m_figures.preciseFigure = figure;
+    m_core.seriesEnded(figure);
+    m_figures.funcClocks = figure.clocks;
+    if (!(figure.clocks > 0)) {
+        m_figures.raise(ACCURFAIL);
+        return;
+    }
+    m_figures.found = true;
+    m_figures.actualAccuracy = figure.known ? figure.accuracy() : 1;
+    if (!figure.reached && m_figures.result <= OK)
+        m_figures.result = ACCURWRN;
+}
+
+bxTimingFigures PreciseTiming::run(int onCore) {
+    write(INFO, "    Precise mode: start\n");
+    m_figures.preciseFigure.core = onCore;
+    if (m_core.multiplication == 0)
+        m_core.multiplication = multiplication();
+    const int calls = callsOfSlice();
+    if (bxIsFailure(m_figures.result))
+        return m_figures;
+    if (calls == mostCalls && m_figures.clocks > 0 &&
+        static_cast<double>(m_figures.clocks) < sliceTicks / 4) {
+        m_figures.found = m_figures.preciseFigure.nothing = m_figures.preciseFigure.reached = true;
+        m_figures.loops = calls;
+        m_figures.actualAccuracy = m_figures.funcClocks = 0;
+    } else {
+        if (m_call > longCall)
+            measureLongCalls();
+        else
+            measureSlices(calls);
+        if (bxIsFailure(m_figures.result))
+            return m_figures;
+        judge();
+    }
+    const bool known = m_figures.preciseFigure.known;
+    write(INFO, "        accuracy   = ", known ? bxAccuracyText(m_figures.actualAccuracy) : "unknown", "\n",
+          "        funcClocks = ", m_figures.funcClocks, "\n",
+          "        result     = ", bxResultString(m_figures.result), "\n", "    Precise mode: stop\n");
+    return m_figures;
 }
 
 } // namespace
 
 bxTimingFigures bxTimePrecisely(const bxTimingSettings& settings, const bxLoopSampler& sampler,
-                                bxOwnCore& core) {
-    return PreciseTiming(settings, sampler, core).run();
+                                bxCores& cores) {
+    const bxPinnedCore pinned;
+    bxOwnCore& core = cores.here();
+    if (settings.patience > 0 && core.throughput() == 0)
+        meet(core);
+    return PreciseTiming(settings, sampler, core).run(pinned.core());
 }

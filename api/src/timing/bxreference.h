@@ -16,7 +16,13 @@ long long bxReferenceTicks(int blocks);
  */
 long long bxThroughputTicks(int blocks);
 
-/** Additions in a block of either. */
+/**
+ * Multiplies 64 times `blocks` times, each multiplication waiting for the one before. On nearly all
+ * processors of this family one takes as long as three additions. \return counts of the time-stamp counter
+ */
+long long bxMultiplicationTicks(int blocks);
+
+/** Additions or multiplications in a block. */
 inline constexpr int bxReferenceBlock = 64;
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "data/bxalloc.h"
 #include "system/bxpriority.h"
+#include "timing/bxcores.h"
 #include "timing/bxexception.h"
 #include "timing/bxexit.h"
 #include "timing/bxfpwatch.h"
@@ -106,6 +107,7 @@ void bxFaultGuard::raise() {
     bxResetFpState();
     bxResetPriority();
     bxAllocatorLeft();
+    bxPinnedCore::release();
     const char* const reason = std::exchange(s_reason, nullptr);
     throw bxException(reason ? reason : tsSignal::getInfo());
 }

@@ -39,34 +39,38 @@ struct Values {
 
 /** Slices by what happened in them; those in which the counter failed are in none. */
 struct Sorted {
-    Values alone, usable, dropped; ///< usable: alone or shared
+    Values alone, shared, dropped;
 
     Sorted(const std::vector<bxSlice>& slices, double full) {
-        for (const bxSlice& slice : slices) {
-            if (!counted(slice))
-                continue;
-            if (disturbed(slice)) {
-                dropped.add(slice);
-                continue;
-            }
-            usable.add(slice);
-            if (loss(slice.throughput, full) == 0)
-                alone.add(slice);
-        }
+        for (const bxSlice& slice : slices)
+            if (counted(slice))
+                (disturbed(slice) ? dropped : loss(slice.throughput, full) > 0 ? shared : alone).add(slice);
     }
+    /** The best of the three. */
+    const Values& values() const { return alone.size() > 0 ? alone : shared.size() > 0 ? shared : dropped; }
 };
 
 } // namespace
 
+double bxDisagreement(double once, double twice, int n, double least) {
+    const double length = std::max(least, n * std::abs(2 * twice - once));
+    return (twice > once ? 2 : 1) * n * std::abs(twice - once) / length;
+}
+
 void bxOwnCore::saw(const bxSlice& slice) {
     if (!counted(slice) || disturbed(slice))
         return;
-    m_throughput = std::max(m_throughput, std::min(m_last, slice.throughput));
-    m_last = slice.throughput;
-}
-
-bool bxSliceSeries::mayEnd(double full) const {
-    return count() >= 4 * fewest || Sorted(m_slices, full).alone.size() >= fewest;
+    const double now = slice.throughput;
+    m_throughput = std::max(m_throughput, std::min(m_last, now));
+    m_last = now;
+    m_low = std::min(m_low, now);
+    m_high = std::max(m_high, now);
+    if (m_same == 0 || m_high - m_low > sameness * m_high) {
+        m_low = m_high = now;
+        m_same = 0;
+    }
+    if (++m_same >= steady)
+        m_throughput = m_low;
 }
 
 bool bxSliceSeries::endsShared(double full) const {
@@ -75,26 +79,26 @@ bool bxSliceSeries::endsShared(double full) const {
 
 bxPreciseFigure bxSliceSeries::figure(double accuracy, double full) const {
     const Sorted sorted(m_slices, full);
-    const bool alone = sorted.alone.size() >= fewest;
-    const Values& kept = alone ? sorted.alone : sorted.usable;
-    const Values& values = kept.size() > 0 ? kept : sorted.dropped;
+    const Values& values = sorted.values();
     bxPreciseFigure figure;
-    figure.slices = kept.size();
-    figure.dropped = count() - kept.size();
+    figure.slices = &values == &sorted.dropped ? 0 : values.size();
+    figure.dropped = count() - figure.slices;
     if (values.size() == 0)
         return figure;
-    std::vector<double> judged = kept.clocks;
-    if (kept.size() < fewest)
-        judged.insert(judged.end(), sorted.dropped.clocks.begin(), sorted.dropped.clocks.end());
-    if (judged.size() >= std::size_t{fewest} * batch)
-        judged = bxBatchMedians(judged, batch);
-    const bxInterval interval = bxMedianInterval(judged, confidence);
-    figure.clocks = bxMedian(values.clocks);
-    figure.low = std::min(interval.low, figure.clocks);
-    figure.high = std::max(interval.high, figure.clocks);
+    figure.clocks = figure.low = figure.high = bxMedian(values.clocks);
     figure.coreClocksPerTick = bxMedian(values.rates);
     figure.throughput = bxMedian(values.throughputs);
-    figure.lost = loss(figure.throughput, full);
-    figure.reached = alone && interval.halfWidth() <= accuracy * figure.clocks;
+    figure.known = sorted.alone.size() >= fewestForInterval;
+    if (!figure.known) {
+        figure.lost = loss(bxMedian(sorted.shared.throughputs), sorted.shared.size() > 0 ? full : 0);
+        return figure;
+    }
+    const double time = bxCorrelationTime(bxNeighbourCorrelation(values.clocks), values.size());
+    const bxInterval interval = bxMedianInterval(values.clocks, confidence);
+    const double wider = bxWidening(time, values.size());
+    figure.low -= wider * (figure.clocks - interval.low);
+    figure.high += wider * (interval.high - figure.clocks);
+    figure.settled = values.size() >= settledAt * time;
+    figure.reached = figure.accuracy() <= accuracy;
     return figure;
 }

@@ -1,6 +1,6 @@
 /** \file
- * What the engine's precise mode makes of its slices. A slice is one short stretch of time: the reference, n
- * calls, 2n calls, the reference again.
+ * What the precise mode makes of its slices. A slice is one short stretch of time: the reference, n calls, 2n
+ * calls, the reference again; for long calls one call between two references.
  */
 #ifndef BXSLICES_H
 #define BXSLICES_H
@@ -14,12 +14,22 @@ struct bxPreciseFigure {
     double clocks = 0;            ///< core clocks per call: the median of the slices
     double low = 0;               ///< its 95 % interval, from
     double high = 0;              ///< to
+    bool known = false;           ///< whether there is such an interval; otherwise low and high say nothing
+    bool settled = false;         ///< slices enough for what each tells of the next
+    bool nothing = false;         ///< the calls take no time: they compile to nothing
     double coreClocksPerTick = 1; ///< core clocks for one count of the time-stamp counter
     int slices = 0;               ///< that the figure is made of
     int dropped = 0;              ///< reference moved, calls interrupted, core shared
     double throughput = 0;        ///< independent additions in a core clock, beside the calls
     double lost = 0;              ///< share of the throughput that others took, 0 for none
+    double multiplication = 3;    ///< additions that one multiplication takes
+    int core = -1;                ///< that the process was kept on, -1 for none
     bool reached = false;         ///< the core's own, the interval inside the requested accuracy
+
+    /** Whether an addition takes one clock here, as far as a second operation of known cost tells. */
+    bool oneClockAdditions() const { return multiplication > 2.85 && multiplication < 3.15; }
+    /** Half the interval, relative; nothing to go by where it is not known. */
+    double accuracy() const { return (high - low) / 2 / clocks; }
 };
 
 /** One slice, in counts of the time-stamp counter. */
@@ -32,16 +42,28 @@ struct bxSlice {
 };
 
 /**
- * What the core does in a clock when it works for this thread alone. Another thread on the same core takes
+ * How far n and 2n calls disagree about the time of n, relative to it: what an interrupt in either of them
+ * took. It is spread over twice as many calls in the longer measurement, but moves the difference as far.
+ * \param once, twice  counts for one call, by n and by 2n calls \param least  counts to relate it to at least
+ */
+double bxDisagreement(double once, double twice, int n, double least);
+
+/**
+ * What a core does in a clock when it works for this thread alone. Another thread on the same core takes
  * its share of the clocks, which no chain of dependent additions notices: on a virtual machine with busy
  * neighbours 2 to 3.6 independent additions were left of 3.94, the chain was slower by 1 %, and functions
  * took from 0.86 to 2.3 times their time.
  */
 class bxOwnCore {
   public:
-    /** How far a figure may be off that was measured beside company, relative: what it costs a function does
-     * not follow from what it took of the throughput. */
-    static constexpr double costOfCompany = 0.25;
+    /**
+     * Undisturbed slices in a row that show the same, within `sameness`, before a core that did more is
+     * taken for one that does less now: a virtual machine that was moved, another mode of the processor.
+     * Company is not as steady: within 20 slices its share changed by a per cent and more.
+     */
+    static constexpr int steady = 400;
+    static constexpr double sameness = 0.002;
+
     /** The most that two undisturbed slices in a row have shown; one may be wrong. 0 before. */
     double throughput() const { return m_throughput; }
     void saw(const bxSlice& slice);
@@ -50,17 +72,24 @@ class bxOwnCore {
     double patience() const { return m_patience; }
     void seriesEnded(const bxPreciseFigure& figure) { m_patience = figure.lost > 0 ? m_patience / 2 : 1; }
 
+    /** Additions that a multiplication takes on this core; 0 while nobody has measured it. */
+    double multiplication = 0;
+
   private:
     double m_throughput = 0;
     double m_last = 0;
     double m_patience = 1;
+    double m_low = 0, m_high = 0; ///< of the slices that show the same
+    int m_same = 0;
 };
 
 /** The slices of one combination of parameter values. */
 class bxSliceSeries {
   public:
-    /** Too few say nothing of their spread: the interval of 8 values is nearly their range. */
-    static constexpr int fewest = 8;
+    /** Slices before the figure is looked at. */
+    static constexpr int fewest = 16;
+    /** Fewer have no interval of 95 %: the range of 5 values holds the median with 93.75 %. */
+    static constexpr int fewestForInterval = 6;
     /**
      * The two references of a slice differ by less than this, relative, or the slice is dropped. They take
      * some 32,000 counts; a counter that moves in steps of 21 makes 0.1 % of it, a change of frequency some
@@ -83,18 +112,18 @@ class bxSliceSeries {
     static constexpr double mostLoss = 0.006;
 
     /**
-     * Confidence of the interval. A series that ends when its interval is narrow enough ends by preference
-     * where it is narrow by chance: of simulated series (normal, and one slice in ten disturbed) 0.95 held
-     * the truth in 91.7 to 95.5 %, 0.97 in 94.8 to 97.1 %, whatever the accuracy.
+     * Confidence of the interval before it is widened by what the slices tell of each other. A series that
+     * ends when its interval is narrow enough ends by preference where it is narrow by chance; this one held
+     * the truth in 94 to 98 % of simulated series (tests/timing_slices_test.cpp), whatever the accuracy.
      */
-    static constexpr double confidence = 0.97;
+    static constexpr double confidence = 0.965;
 
     /**
-     * Neighbouring slices that count as one in the interval, once there are enough of them: what disturbs a
-     * slice, another user of the core above all, often disturbs the next one too. On a busy virtual machine
-     * 98 % intervals of 90 single slices held the cost of additions in 84.6 %, those of fours in 88.6 %.
+     * Slices that a series needs before it may end, as a multiple of those that tell as much as one. What
+     * disturbs a slice often disturbs the next one too, and few slices do not show how much: with 8 slices
+     * of which neighbours were correlated by 0.9, the interval held the truth in 41 %.
      */
-    static constexpr int batch = 4;
+    static constexpr double settledAt = 20;
 
     /** Slices at which to look at the figure next; to look at each would make the narrow ones by chance more.
      */
@@ -103,17 +132,12 @@ class bxSliceSeries {
     void add(const bxSlice& slice) { m_slices.push_back(slice); }
     /** Slices added, those dropped among them. */
     int count() const { return static_cast<int>(m_slices.size()); }
-    /**
-     * There are enough for an interval, or as many were dropped as makes it hopeless to wait for more.
-     * \param full  throughput of the core when it is not shared, 0 if that is not known
-     */
-    bool mayEnd(double full = 0) const;
     /** The last slice is one of a shared core. */
     bool endsShared(double full) const;
     /**
-     * The figure of what was added so far. Where too few slices are of the core alone, those of the shared
-     * core count too; where there are none at all, the dropped ones. The interval is that of all slices while
-     * few were kept: it is wide then, as it should be.
+     * The figure of what was added so far: of the slices that the core did alone, if there are any, else of
+     * those that it shared, else of the dropped ones. Only the first have an interval.
+     * \param full  throughput of the core when it is not shared, 0 if that is not known
      */
     bxPreciseFigure figure(double accuracy, double full = 0) const;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <numeric>
 
 double bxDifference(double a, double b) {
@@ -31,11 +32,47 @@ double bxMedian(std::vector<double> values) {
     return (*std::max_element(values.begin(), middle) + *middle) / 2;
 }
 
-std::vector<double> bxBatchMedians(const std::vector<double>& values, int size) {
-    std::vector<double> medians;
-    for (auto begin = values.begin(); values.end() - begin >= size; begin += size)
-        medians.push_back(bxMedian({begin, begin + size}));
-    return medians;
+namespace {
+
+/** Ranks from -(n - 1) / 2 to (n - 1) / 2; equal values have the mean of theirs. */
+std::vector<double> centredRanks(const std::vector<double>& values) {
+    std::vector<double> sorted = values;
+    std::sort(sorted.begin(), sorted.end());
+    std::vector<double> ranks;
+    for (const double value : values) {
+        const auto [first, behind] = std::equal_range(sorted.begin(), sorted.end(), value);
+        const auto last = behind - 1;
+        ranks.push_back(static_cast<double>((first - sorted.begin()) + (last - sorted.begin())) / 2 -
+                        (static_cast<double>(values.size()) - 1) / 2);
+    }
+    return ranks;
+}
+
+} // namespace
+
+double bxNeighbourCorrelation(const std::vector<double>& values) {
+    const std::vector<double> ranks = centredRanks(values);
+    const double squares = std::inner_product(ranks.begin(), ranks.end(), ranks.begin(), 0.0);
+    if (squares == 0)
+        return 0;
+    const auto n = static_cast<double>(values.size());
+    const double products = std::inner_product(ranks.begin() + 1, ranks.end(), ranks.begin(), 0.0);
+    const double ofRanks = std::clamp(products / squares * n / (n - 1), -1.0, 1.0);
+    const double r = 2 * std::sin(std::numbers::pi / 6 * ofRanks);
+    const double error = std::sqrt(std::max(1 - r * r, 0.05) / n);
+    return std::clamp((n * r + 1) / (n - 3) + error, 0.0, 0.97);
+}
+
+double bxCorrelationTime(double correlation, int count) {
+    double time = 1;
+    double power = correlation;
+    for (int lag = 1; lag < count && power > 1e-4; ++lag, power *= correlation)
+        time += 4 / std::numbers::pi * std::asin(power) * (1 - static_cast<double>(lag) / count);
+    return time;
+}
+
+double bxWidening(double correlationTime, int count) {
+    return std::sqrt(correlationTime / std::max(1 - 2 * (correlationTime - 1) / count, 0.2));
 }
 
 bxInterval bxMedianInterval(std::vector<double> values, double confidence) {

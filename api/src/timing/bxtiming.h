@@ -45,7 +45,8 @@ struct bxTimingSettings {
     int autoStartLoops = 0;  ///< Auto: other than the usual calls of the prior measurement, 0 for none
     int autoMaxLoops = 0;    ///< Auto: other than the usual most calls, 0 for none
     bool precise = false;    ///< measure by differences against a chain of additions, whatever the method
-    double patience = 200e6; ///< precise: clocks to wait for others to leave the core (0.1 s at 2 GHz)
+    double budget = 20e6;    ///< precise: clocks of a combination, and three calls (10 ms at 2 GHz)
+    double patience = 200e6; ///< precise: clocks more to wait for others to leave the core (0.1 s)
 };
 
 /** The functions of a test, null where it has none. */

@@ -18,7 +18,7 @@
 
 int bxTool::m_priority = 0;
 bxStatusCheck bxTool::m_pCheckStatus = nullptr;
-bxOwnCore bxTool::m_ownCore;
+bxCores bxTool::m_cores;
 
 bxTool& bxSessionTool() {
     static bxTool tool;
@@ -195,7 +195,7 @@ bxResult bxTool::timeBy(const bxLoopSampler& loop, const bxStatSampler& stat) {
     if (bxTurns::side())
         return timeInTurns(loop, stat);
     if (precise && loop)
-        return by("preciseTiming", [&] { return bxTimePrecisely(*this, loop, m_ownCore); });
+        return by("preciseTiming", [&] { return bxTimePrecisely(*this, loop, m_cores); });
     if (precise)
         g_ostrm << ERR
                 << " ATTENTION! The test cannot execute precise timing.\n"

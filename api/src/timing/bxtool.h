@@ -4,6 +4,7 @@
 #ifndef BXTOOL_H
 #define BXTOOL_H
 
+#include "timing/bxcores.h"
 #include "timing/bxfiguretext.h"
 #include "timing/bxiterative.h"
 #include "timing/bxsampler.h"
@@ -22,8 +23,8 @@ class bxTool : public bxTimingSettings, public bxTimingFigures, public bxTimingF
 
     /** Process priority around every measurement, as `bxSetPriority` takes it. */
     static int m_priority;
-    /** What the precise mode knows of the core, from all tests of this process. */
-    static bxOwnCore m_ownCore;
+    /** What the precise mode knows of the cores, from all tests of this process. */
+    static bxCores m_cores;
     /** The library's status check, null where no library is bound. */
     static bxStatusCheck m_pCheckStatus;
 
