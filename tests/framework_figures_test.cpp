@@ -102,6 +102,7 @@ TEST_F(FiguresTest, RegistrationText) {
         int method;
         bool restore;
         const char* text;
+        bool precise = false;
     };
     const Case cases[] = {
         {0, 0, false, " without any function to call.\n No standard timing method is available"},
@@ -109,6 +110,10 @@ TEST_F(FiguresTest, RegistrationText) {
          " with loopMethod, statMethod, funcCall.\n   loopMethod is called for measuring."},
         {loop | stat, 2, false, " with loopMethod, statMethod.\n   statMethod is called for measuring."},
         {loop, 2, false, " with loopMethod.\n   loopMethod is called for measuring."},
+        {loop | stat, 2, false, " with loopMethod, statMethod.\n   loopMethod is called for measuring.",
+         true},
+        {stat | call, 0, false, " with statMethod, funcCall.\n   funcCall is called for measuring.", true},
+        {stat, 0, false, " with statMethod.\n   statMethod is called for measuring.", true},
         {stat, 1, false, " with statMethod.\n   statMethod is called for measuring."},
         {call | init, 3, false, " with funcCall, funcInit.\n   funcCall is called for measuring."},
         {loop | call, 0, true,
@@ -124,6 +129,7 @@ TEST_F(FiguresTest, RegistrationText) {
         test.initFunc = c.functions & init ? &ScriptedTest::call : nullptr;
         test.tool.method = c.method;
         test.tool.includeDataSet = c.restore;
+        test.tool.precise = c.precise;
         EXPECT_EQ(std::string(test.regInfo().c_str()),
                   std::string("   Test has been registered by KV_REG_I macro") + c.text);
     }

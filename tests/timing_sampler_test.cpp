@@ -50,6 +50,14 @@ TEST_F(Engine, AScopeChargesCallsWithTheirOwnFlagsOnly) {
     g_callWatch.init();
 }
 
+TEST_F(Engine, SomebodyMayLookOnBetweenMeasurements) {
+    int looks = 0;
+    bxCallSampler::m_between = [&looks] { ++looks; };
+    timeLoop({300, 400, 500, 501});
+    bxCallSampler::m_between = nullptr;
+    EXPECT_EQ(looks, static_cast<int>(s_counts.size()));
+}
+
 int s_resets;
 
 /** Counts how often its data is restored. */

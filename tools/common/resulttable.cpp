@@ -390,6 +390,10 @@ std::optional<double> ResultRow::shared() const {
     return percentAfter(comment, bxTable::shared);
 }
 
+bool ResultRow::unknown() const {
+    return comment.find(std::string(bxTable::interval) + bxTable::unknown) != std::string::npos;
+}
+
 std::optional<double> ResultRow::throughput() const {
     return numberAfter(comment, bxTable::throughput);
 }

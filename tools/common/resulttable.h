@@ -54,7 +54,8 @@ struct ResultRow {
     std::optional<double>
     accuracy() const; /**< stated by "acc=", relative; only where the wanted one was missed */
     std::optional<double>
-    shared() const; /**< share of the core that others took, "shared=", relative; only where they did */
+    shared() const;       /**< share of the core that others took, "shared=", relative; only where they did */
+    bool unknown() const; /**< the precise mode had too few clean slices: "95%=unknown" */
     std::optional<double> throughput() const; /**< independent additions in a core clock, "adds/clock=" */
     std::optional<double> loops() const;      /**< timed calls, "nLps=" or "nCalls=" */
     std::string cacheMode() const;            /**< "inCache", "outofCache" or empty */

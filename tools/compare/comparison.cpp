@@ -31,7 +31,7 @@ Throughputs fullThroughputs(const std::vector<TableRun>& before, const std::vect
         for (const TableRun& run : *side) {
             double& most = full[processorName(run.head.value(bxTable::cpu))];
             for (const ResultRow& row : run.rows)
-                most = std::max(most, row.accuracy() ? 0 : row.throughput().value_or(0));
+                most = std::max(most, row.accuracy() || row.unknown() ? 0 : row.throughput().value_or(0));
         }
     }
     return full;
@@ -64,7 +64,7 @@ using Side = std::map<RowKey, Figures>;
 
 Figure figureOf(const ResultRow& row, double value, double fullThroughput) {
     Figure figure{std::log(value), row.accuracy(), hadCompany(row, fullThroughput)};
-    if (figure.company)
+    if (figure.company || row.unknown())
         figure.missed = std::max(row.accuracy().value_or(0), costOfCompany);
     return figure;
 }

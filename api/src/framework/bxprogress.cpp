@@ -1,6 +1,7 @@
 #include "framework/bxprogress.h"
 
 #include "framework/bxreportformat.h"
+#include "timing/bxsampler.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -20,18 +21,33 @@ int lineWidth() {
 
 } // namespace
 
-bxProgress::bxProgress() : m_shown(isatty(STDERR_FILENO) && !isatty(STDOUT_FILENO)), m_start(time(nullptr)) {}
+bxProgress::bxProgress() : m_shown(isatty(STDERR_FILENO) && !isatty(STDOUT_FILENO)), m_start(time(nullptr)) {
+    if (m_shown)
+        bxCallSampler::m_between = [this] { tick(); };
+}
 
 bxProgress::~bxProgress() {
-    if (m_shown)
-        std::fputs(clearLine, stderr);
+    if (!m_shown)
+        return;
+    bxCallSampler::m_between = nullptr;
+    std::fputs(clearLine, stderr);
 }
 
 void bxProgress::beforeTest(const bxString& function) {
-    if (!m_shown)
-        return;
-    const auto elapsed = static_cast<int>(time(nullptr) - m_start);
-    const bxString text = line(m_done, m_selected, function, elapsed);
+    m_function = function;
+    if (m_shown)
+        write();
+}
+
+void bxProgress::tick() {
+    if (m_shown && time(nullptr) != m_written)
+        write();
+}
+
+void bxProgress::write() {
+    m_written = time(nullptr);
+    const auto elapsed = static_cast<int>(m_written - m_start);
+    const bxString text = line(m_done, m_selected, m_function, elapsed);
     std::fprintf(stderr, "%s%s", clearLine, text.substr(0, lineWidth()).c_str());
     std::fflush(stderr);
 }

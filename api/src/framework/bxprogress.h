@@ -25,12 +25,18 @@ class bxProgress {
     /** Before a test: writes the line with the tested function's name. */
     void beforeTest(const bxString& function);
     void afterTest() { ++m_done; }
+    /** Between measurements: writes the line anew when a second has passed. */
+    void tick();
 
     /** The line: tests done and selected, function, seconds elapsed, and the rest at the present pace. */
     static bxString line(int done, int selected, const bxString& function, int elapsed);
 
   private:
+    void write();
+
     bool m_shown;
+    bxString m_function;
+    time_t m_written = 0;
     int m_selected = 0;
     int m_done = 0;
     time_t m_start;

@@ -120,7 +120,7 @@ bxString bxTest::sFormat(long long x, int w) {
 bxString bxTest::testResultString() {
     bxString line;
     if (tool.method == bxTool::methodAuto || tool.method == bxTool::methodIterative)
-        line << "  " << bxTable::accuracy << sFormat(bxTool::getAccuracyStr(tool.actualAccuracy), -5);
+        line << "  " << bxTable::accuracy << sFormat(bxReachedText(tool), -5);
     line << "  " << sFormat(tool.info, -10) << "  perf=" << sFormat(tool.funcClocks, 9) << "/"
          << sFormat(getDivisor(), 9) << "=" << sFormat(perfString(false), 9) << " clocks";
     return line;
@@ -134,11 +134,10 @@ static const char* measuringFunction(const bxTest& test) {
         return "funcCall with Set&Use";
     if (test.funcCall && !test.funcLoop && !test.funcStat)
         return "funcCall";
-    if (test.tool.precise && test.funcCall)
+    if (test.tool.precise && (test.funcLoop || test.funcCall))
         return test.funcLoop ? "loopMethod" : "funcCall";
-    const bool callByCall = test.tool.method == bxTool::methodStat && !(test.tool.precise && test.funcLoop)
-                                ? test.funcStat != nullptr
-                                : !test.funcLoop;
+    const bool callByCall =
+        test.tool.method == bxTool::methodStat ? test.funcStat != nullptr : !test.funcLoop;
     return callByCall ? "statMethod" : "loopMethod";
 }
 

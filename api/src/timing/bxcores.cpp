@@ -17,7 +17,7 @@ unsigned bxCores::kind() {
 
 bxPinnedCore::bxPinnedCore() {
     const int core = sched_getcpu();
-    if (core < 0)
+    if (core < 0 || core >= CPU_SETSIZE)
         return;
     if (s_pinned) {
         m_core = core;

@@ -18,6 +18,8 @@ class bxCores {
      * moved, is not the same.
      */
     bxOwnCore& here() { return m_cores[{sched_getcpu(), kind()}]; }
+    /** Cores asked for so far. */
+    int count() const { return static_cast<int>(m_cores.size()); }
 
   private:
     /** Model of the processor and kind of core, as CPUID tells them. */

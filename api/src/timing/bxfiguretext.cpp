@@ -13,6 +13,12 @@ bxString bxAccuracyText(double accuracy) {
     return text.data();
 }
 
+bxString bxReachedText(const bxTimingFigures& figures) {
+    const bxPreciseFigure& figure = figures.preciseFigure;
+    const bool unknown = figure.slices + figure.dropped > 0 && !figure.known;
+    return unknown ? bxString("?") : bxAccuracyText(figures.actualAccuracy);
+}
+
 bxString bxClocksText(long long clocks) {
     bxString zeros;
     for (; clocks > INT_MAX; clocks /= 10)

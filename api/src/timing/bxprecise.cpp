@@ -77,10 +77,10 @@ double multiplication() {
     return bxMedian(tries);
 }
 
-/** Looks at the core now and then for a third of a second: others that use it during the first combination
- * may be gone in between. */
-void meet(bxOwnCore& core) {
-    for (int look = 0; look < 32; ++look) {
+/** Looks at the core now and then, 10 ms apart: others that use it during the first combination may be gone
+ * in between. */
+void meet(bxOwnCore& core, int looks) {
+    for (int look = 0; look < looks; ++look) {
         core.saw(emptySlice());
         core.saw(emptySlice());
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -254,8 +254,7 @@ bxTimingFigures PreciseTiming::run(int onCore) {
             return m_figures;
         judge();
     }
-    const bool known = m_figures.preciseFigure.known;
-    write(INFO, "        accuracy   = ", known ? bxAccuracyText(m_figures.actualAccuracy) : "unknown", "\n",
+    write(INFO, "        accuracy   = ", bxReachedText(m_figures), "\n",
           "        funcClocks = ", m_figures.funcClocks, "\n",
           "        result     = ", bxResultString(m_figures.result), "\n", "    Precise mode: stop\n");
     return m_figures;
@@ -268,6 +267,6 @@ bxTimingFigures bxTimePrecisely(const bxTimingSettings& settings, const bxLoopSa
     const bxPinnedCore pinned;
     bxOwnCore& core = cores.here();
     if (settings.patience > 0 && core.throughput() == 0)
-        meet(core);
+        meet(core, cores.count() == 1 ? 32 : 4); // a process may get to see many cores
     return PreciseTiming(settings, sampler, core).run(pinned.core());
 }

@@ -31,6 +31,8 @@ bxSample bxCallSampler::once(const Calls& calls, bxCallScope::Extent extent) {
         sample.result = calls(sample.clocks);
     });
     sample.badStatus = bxBadCtrlStatus();
+    if (m_between)
+        m_between();
     return sample;
 }
 

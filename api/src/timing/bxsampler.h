@@ -28,6 +28,9 @@ class bxCallSampler {
 
     /** What makes the calls and gives their clocks. */
     using Calls = std::function<bxResult(double& clocks)>;
+    /** Called between measurements, for who shows that the run is alive; empty for nobody. */
+    static inline std::function<void()> m_between;
+
     /** Has a loop of calls made in the measuring state; once more if they took no clocks at all. */
     bxSample loopOf(const Calls& calls, bxCallScope::Extent extent = bxCallScope::measured);
 
