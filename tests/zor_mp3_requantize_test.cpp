@@ -109,7 +109,11 @@ std::vector<double> reference(const Case& c) {
         }
         const int position = c.factors[static_cast<std::size_t>(zorMP3ScaleFactors + place.shared)];
         double left = 0, right = 0;
-        if (intensity && legal(position) && inZeroPart(c, place)) {
+        Place below = place;
+        --below.band;
+        if (intensity && place.factor < 0 && inZeroPart(c, place) && !inZeroPart(c, below)) {
+            left = right = c.header.id ? x[0] : 0.5 * x[0]; // the band below has no position to share
+        } else if (intensity && legal(position) && inZeroPart(c, place)) {
             balance(c, position, left, right);
             right *= x[0];
             left *= x[0];
@@ -159,37 +163,44 @@ Case makeCase(int id, int frequency, int mode, int extension, int blockType, int
 
 TEST_P(Mp3Requantize, IsTheStandardsFormula) {
     unsigned seed = 1;
-    for (const int id : {0, 1})
-        for (const auto& [mode, extension] : {std::pair{0, 0}, {3, 0}, {1, 0}, {1, 1}, {1, 2}, {1, 3}})
-            for (const auto& [blockType, mixed] : {std::pair{0, 0}, {1, 0}, {2, 0}, {2, 1}, {3, 0}})
-                for (int frequency = 0; frequency < 3; ++frequency) {
-                    const Case c = makeCase(id, frequency, mode, extension, blockType, mixed, seed++);
-                    const auto expected = reference(c);
-                    for (const bool sfb : {false, true}) {
-                        auto data = c.values;
-                        int len[2]{c.len[0], c.len[1]};
-                        Zor32s buffer[lines];
-                        auto* const bytes = reinterpret_cast<Zor8u*>(buffer);
-                        const ZorStatus status =
-                            sfb ? zorsReQuantizeSfb_MP3_32s_I(data.data(), len, c.factors.data(), c.side,
-                                                              &c.header, bytes, mp3_sfb_long::boundary,
-                                                              mp3_sfb_short::boundary)
-                                : zorsReQuantize_MP3_32s_I(data.data(), len, c.factors.data(), c.side,
-                                                           &c.header, bytes);
-                        ASSERT_EQ(status, zorStsNoErr);
-                        for (int channel = 0; channel < (mode == 3 ? 1 : 2); ++channel) {
-                            EXPECT_GE(len[channel], c.len[channel]);
-                            for (int line = 0; line < lines; ++line) {
-                                const auto at = static_cast<std::size_t>(channel * lines + line);
-                                const double got = line < len[channel] ? data[at] : 0;
-                                ASSERT_NEAR(got, expected[at], 2 + 1e-6 * std::abs(expected[at]))
-                                    << "id " << id << " mode " << mode << "/" << extension << " block "
-                                    << blockType << " mixed " << mixed << " channel " << channel << " line "
-                                    << line;
+    for (const bool onlyHighestZero : {false, true})
+        for (const int id : {0, 1})
+            for (const auto& [mode, extension] : {std::pair{0, 0}, {3, 0}, {1, 0}, {1, 1}, {1, 2}, {1, 3}})
+                for (const auto& [blockType, mixed] : {std::pair{0, 0}, {1, 0}, {2, 0}, {2, 1}, {3, 0}})
+                    for (int frequency = 0; frequency < 3; ++frequency) {
+                        Case c = makeCase(id, frequency, mode, extension, blockType, mixed, seed++);
+                        if (onlyHighestZero) {
+                            const int row = 3 * id + frequency;
+                            c.len[0] = lines;
+                            c.len[1] = isShort(c.side[1]) ? 3 * mp3_sfb_short::boundary[row][12]
+                                                          : mp3_sfb_long::boundary[row][21];
+                        }
+                        const auto expected = reference(c);
+                        for (const bool sfb : {false, true}) {
+                            auto data = c.values;
+                            int len[2]{c.len[0], c.len[1]};
+                            Zor32s buffer[lines];
+                            auto* const bytes = reinterpret_cast<Zor8u*>(buffer);
+                            const ZorStatus status =
+                                sfb ? zorsReQuantizeSfb_MP3_32s_I(data.data(), len, c.factors.data(), c.side,
+                                                                  &c.header, bytes, mp3_sfb_long::boundary,
+                                                                  mp3_sfb_short::boundary)
+                                    : zorsReQuantize_MP3_32s_I(data.data(), len, c.factors.data(), c.side,
+                                                               &c.header, bytes);
+                            ASSERT_EQ(status, zorStsNoErr);
+                            for (int channel = 0; channel < (mode == 3 ? 1 : 2); ++channel) {
+                                EXPECT_GE(len[channel], c.len[channel]);
+                                for (int line = 0; line < lines; ++line) {
+                                    const auto at = static_cast<std::size_t>(channel * lines + line);
+                                    const double got = line < len[channel] ? data[at] : 0;
+                                    ASSERT_NEAR(got, expected[at], 2 + 1e-6 * std::abs(expected[at]))
+                                        << "id " << id << " mode " << mode << "/" << extension << " block "
+                                        << blockType << " mixed " << mixed << " channel " << channel
+                                        << " line " << line;
+                                }
                             }
                         }
                     }
-                }
 }
 
 TEST_P(Mp3Requantize, Saturates) {

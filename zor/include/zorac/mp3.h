@@ -142,13 +142,13 @@ ZOR_API ZorStatus zorsJointStereoEncode_MP3_32s_I(Zor32s* srcDstL, Zor32s* srcDs
 
 /**
  * Requantisation of one granule in place: power 4/3, gains, scale factors, pre-emphasis; M/S and intensity
- * stereo; short blocks come out in window-interleaved order.
- * \param srcDst two channels of 576 lines
- * \param length for each channel the lines that may be other than 0, 0 to 576; updated
- * \param scaleFactor two channels, zorMP3ScaleFactors apart  \param sideInfo one record per channel
- * \param buffer 2304 bytes of work space, 4-byte aligned
- * \return zorStsNullPtrErr; zorStsSizeErr for length; zorStsBadArgErr for a header, a side information or (at
- *         least -8206, at most 8206) a line out of range
+ * stereo; short blocks come out in window-interleaved order. In intensity stereo the highest band shares the
+ * position of the one below it; where that is not in intensity stereo, both channels get the carrier (id 1)
+ * or half of it (id 0). \param srcDst two channels of 576 lines \param length for each channel the lines that
+ * may be other than 0, 0 to 576; updated \param scaleFactor two channels, zorMP3ScaleFactors apart  \param
+ * sideInfo one record per channel \param buffer 2304 bytes of work space, 4-byte aligned \return
+ * zorStsNullPtrErr; zorStsSizeErr for length; zorStsBadArgErr for a header, a side information or (at least
+ * -8206, at most 8206) a line out of range
  */
 ZOR_API ZorStatus zorsReQuantize_MP3_32s_I(Zor32s* srcDst, int* length, const Zor8s* scaleFactor,
                                            const ZorMP3SideInfo* sideInfo,

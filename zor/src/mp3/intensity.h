@@ -35,6 +35,15 @@ inline Balance lsfBalance(int position, int intensityScale) {
     return position % 2 ? Balance{weak, 1} : Balance{1, weak};
 }
 
+/**
+ * What the highest band gets where it is alone in intensity stereo: no scale factor is sent for it, and that
+ * of the band below, an ordinary one, is no position. Decoders differ here; this is what the reference output
+ * of the conformance streams has.
+ */
+constexpr Balance balanceWithoutPosition(bool lsf) {
+    return lsf ? Balance{0.5f, 0.5f} : Balance{1, 1};
+}
+
 } // namespace zor::mp3
 
 #endif

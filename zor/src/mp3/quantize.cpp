@@ -75,7 +75,7 @@ FactorPartition lengthsNeeded(FactorPartition partition, const Zor8s* factors, b
         for (int i = at; i < at + partition.count[group]; ++i)
             largest = std::max<int>(largest, factors[i]);
         const int number = largest > 0 && positions ? largest + 1 : largest;
-        partition.length[group] = std::bit_width(static_cast<unsigned>(number));
+        partition.length[group] = static_cast<int>(std::bit_width(static_cast<unsigned>(number)));
     }
     return partition;
 }

@@ -142,13 +142,17 @@ void decodeIntensity(const Granule& granule, const ZeroPart& zero, int length) {
     const auto& kernel = kernels<QuantKernels>();
     const bool ms = usesMs(granule.header);
     Zor32s *const left = granule.spectrum[0], *const right = granule.spectrum[1];
+    const Balance withoutPosition = balanceWithoutPosition(granule.header.id == 0);
     int lastFactor[4]{}; // of the long bands and of each window: the highest band shares the one below it
     granule.layout(1).forBands(length, [&](int begin, int end, int factor, int band, int window) {
         int& last = lastFactor[window + 1];
         last = factor >= 0 ? factor : last;
         const auto at = static_cast<std::size_t>(last);
         const int n = std::min(end, length) - begin;
-        if (zero.has(band, window) && positions.legal[at])
+        const bool alone = factor < 0 && !zero.has(band - 1, window);
+        if (zero.has(band, window) && alone)
+            kernel.spreadCarrier(left + begin, right + begin, n, withoutPosition.left, withoutPosition.right);
+        else if (zero.has(band, window) && positions.legal[at])
             kernel.spreadCarrier(left + begin, right + begin, n, positions.balance[at].left,
                                  positions.balance[at].right);
         else if (ms)
