@@ -315,6 +315,55 @@ TEST_P(Mp3Psych, QuantiserKeepsIntensityPositionsLegal) {
     }
 }
 
+TEST_P(Mp3Psych, QuantiserKeepsBandsThatItSilencesOutOfIntensityStereo) {
+    // The right channel is loud in the lowest lines and so soft in those above, up to line 300, that it is
+    // quantised to 0: its left partner must stay on the left. From line 300 on both share the carrier, by
+    // position 3 or 0.
+    for (const int id : {0, 1})
+        for (const auto& [blockType, mixed] : {std::pair{0, 0}, {2, 0}, {2, 1}}) {
+            ZorMP3FrameHeader h{};
+            h.id = id;
+            h.bitrateIndex = 14;
+            h.mode = 1;
+            h.modeExtension = 1;
+            Quantised q;
+            for (std::size_t i = 0; i < 576; ++i) {
+                q.values[i] = i < 400 ? 1 << 23 : 0;
+                q.values[576 + i] = i < 20 ? 1 << 23 : i < 300 ? 1 << 4 : 0;
+            }
+            std::fill(q.values.begin() + 1152, q.values.end(), 0);
+            const auto original = q.values;
+            std::fill_n(q.factors.begin() + zorMP3ScaleFactors, 36, static_cast<Zor8s>(id ? 3 : 0));
+            for (ZorMP3SideInfo& side : q.side) {
+                side.windowSwitching = blockType != 0;
+                side.blockType = blockType;
+                side.mixedBlock = mixed;
+            }
+            ZorMP3PsychInfo info[4]{};
+            for (int i = 0; i < 4; ++i) { // the model does not hear the right channel's noise
+                std::fill_n(info[i].ratioLong, 22, i % 2 ? 2.f : 0.01f);
+                std::fill_n(info[i].ratioShort[0], 39, i % 2 ? 2.f : 0.01f);
+                info[i].perceptualEntropy = 1500;
+            }
+            std::vector<Zor32s> work(zorMP3WorkSize);
+            ASSERT_EQ(zorsQuantize_MP3_32s_I(q.values.data(), q.factors.data(), q.countOneLen, q.hufSize,
+                                             info, q.side, &h, &q.reservoir, work.data()),
+                      zorStsNoErr);
+            checkGranule(q, h, 0, 1);
+            int length[2]{576, 576};
+            Zor32s buffer[576];
+            ASSERT_EQ(zorsReQuantize_MP3_32s_I(q.values.data(), length, q.factors.data(), q.side, &h,
+                                               reinterpret_cast<Zor8u*>(buffer)),
+                      zorStsNoErr);
+            for (const std::size_t line : {60U, 120U, 200U, 290U}) {
+                EXPECT_NEAR(q.values[line], original[line], original[line] / 3)
+                    << "id " << id << " type " << blockType << " mixed " << mixed << " line " << line;
+                EXPECT_LT(std::abs(q.values[576 + line]), original[line] / 50);
+            }
+            EXPECT_NEAR(q.values[576 + 380], q.values[380], 8);
+        }
+}
+
 TEST_P(Mp3Psych, QuantiserShapesTheNoise) {
     ZorMP3FrameHeader h{};
     h.id = 1;

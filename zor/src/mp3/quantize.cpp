@@ -8,6 +8,7 @@
 #include "common/check.h"
 #include "mp3/geometry.h"
 #include "mp3/huffman_choice.h"
+#include "mp3/intensity.h"
 #include "mp3/kernel_tables.h"
 #include "mp3/powers.h"
 #include "mp3/scalefactor.h"
@@ -26,8 +27,9 @@ constexpr int mostAttempts = 16;
 
 /** One granule of one channel: its bands with the noise that they may have, in units of the lines' square. */
 struct Band {
-    int begin, end, factor;
+    int begin, end, factor, window; ///< factor and window as in BandLayout::forBands
     double allowed;
+    bool silent; ///< all of its lines are 0
 };
 
 struct BandList {
@@ -42,7 +44,7 @@ BandList listBands(const BandLayout& layout, const Zor32s* xr, const ZorMP3Psych
         for (int i = begin; i < end; ++i)
             energy += static_cast<double>(xr[i]) * xr[i];
         const double ratio = window < 0 ? info.ratioLong[band] : info.ratioShort[band][window];
-        list.band[list.count++] = {begin, end, factor, energy * ratio};
+        list.band[list.count++] = {begin, end, factor, window, energy * ratio, energy == 0};
     });
     return list;
 }
@@ -122,6 +124,36 @@ bool codeMpeg1(const ZorMP3SideInfo& side, const Zor8s* factors, FactorCode& cod
     return found;
 }
 
+/**
+ * Calls visit(band) for each band with a scale factor up to the last one of its window (or among the long
+ * ones) for which test(band) holds.
+ */
+template <class Test, class Visit>
+void forBandsUpTo(const BandList& bands, Test test, Visit visit) {
+    bool reached[4]{}; // long bands and the three windows
+    for (int i = bands.count - 1; i >= 0; --i) {
+        const Band& band = bands.band[i];
+        bool& ofWindow = reached[band.window + 1];
+        ofWindow = ofWindow || test(band);
+        if (ofWindow && band.factor >= 0)
+            visit(band);
+    }
+}
+
+/** The factor that says that a band of the right channel is not in intensity stereo, by the lengths that were
+ * chosen. */
+Zor8s illegalPosition(const ZorMP3FrameHeader& header, ZorMP3SideInfo side, const FactorCode& code,
+                      int factor) {
+    if (header.id == 1)
+        return mpeg1Positions;
+    side.scalefacCompress = code.compress;
+    const FactorPartition partition = lsfPartition(side, true);
+    int group = 0;
+    for (int end = partition.count[0]; group < 3 && factor >= end;)
+        end += partition.count[++group];
+    return static_cast<Zor8s>((1 << partition.length[group]) - 1);
+}
+
 /** One attempt at a granule: the fields it sets and what comes of them. */
 struct Attempt {
     ZorMP3SideInfo side;
@@ -157,14 +189,43 @@ class GranuleQuantiser {
             if (!audible || !amplify(current, over))
                 break;
         }
+        if (m_intensityRight && kept.excess >= 0)
+            forbidPositions(kept, best);
         return kept;
     }
 
   private:
     bool codeFactors(Attempt& attempt) const {
-        return m_header.id == 1
-                   ? codeMpeg1(attempt.side, attempt.factors, attempt.factorCode)
-                   : codeLsf(attempt.side, attempt.factors, m_intensityRight, attempt.factorCode);
+        Zor8s factors[codedFactors];
+        std::copy(attempt.factors, attempt.factors + codedFactors, factors);
+        if (m_intensityRight) { // room for what forbidPositions may put in
+            const int least = m_header.id == 1 ? mpeg1Positions : 1;
+            forBandsUpTo(m_bands, isHeard, [&](const Band& band) {
+                factors[band.factor] = static_cast<Zor8s>(std::max<int>(factors[band.factor], least));
+            });
+        }
+        return m_header.id == 1 ? codeMpeg1(attempt.side, factors, attempt.factorCode)
+                                : codeLsf(attempt.side, factors, m_intensityRight, attempt.factorCode);
+    }
+
+    static bool isHeard(const Band& band) { return !band.silent; }
+
+    /**
+     * A decoder takes the factors of all bands above the right channel's last value for positions. The bands
+     * among them that were not silent before they were quantised are in no intensity stereo.
+     */
+    void forbidPositions(Attempt& attempt, const Zor32s* values) const {
+        bool coded[codedFactors]{};
+        const auto hasValues = [values](const Band& band) {
+            return std::any_of(values + band.begin, values + band.end,
+                               [](Zor32s value) { return value != 0; });
+        };
+        forBandsUpTo(m_bands, hasValues, [&](const Band& band) { coded[band.factor] = true; });
+        forBandsUpTo(m_bands, isHeard, [&](const Band& band) {
+            if (!coded[band.factor])
+                attempt.factors[band.factor] =
+                    illegalPosition(m_header, attempt.side, attempt.factorCode, band.factor);
+        });
     }
 
     int stepsOf(const Attempt& attempt, const Band& band) const {
