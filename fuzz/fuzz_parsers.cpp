@@ -9,6 +9,7 @@
 #include "zordc.h"
 
 #include <array>
+#include <cstring>
 #include <functional>
 #include <memory>
 
@@ -170,9 +171,18 @@ ZorMP3SideInfo sideInfo(FuzzedDataProvider& input) {
 enum class Bands { ofTheStandard, ofTheCaller, mixedOfTheCaller };
 
 void huffman(FuzzedDataProvider& input, Bands bands) {
-    static constexpr Zor16s mixedBands[2] = {6, 8};
     namespace tables = zor::tables;
     const ZorMP3FrameHeader header = frameHeader(input);
+    Zor16s mixedBands[2] = {6, 8}, longs[6][23], shorts[6][14];
+    std::memcpy(longs, tables::mp3_sfb_long::boundary, sizeof longs);
+    std::memcpy(shorts, tables::mp3_sfb_short::boundary, sizeof shorts);
+    if (input.ConsumeBool()) { // boundaries in any order, odd and beyond the lines
+        for (int i = 0; i < 8; ++i)
+            longs[input.ConsumeIntegralInRange(0, 5)][input.ConsumeIntegralInRange(0, 22)] =
+                input.ConsumeIntegral<Zor16s>();
+        shorts[input.ConsumeIntegralInRange(0, 5)][3] = input.ConsumeIntegral<Zor16s>();
+        mixedBands[input.ConsumeBool()] = input.ConsumeIntegral<Zor16s>();
+    }
     const ZorMP3SideInfo side = sideInfo(input);
     const int quadLines = field(input, 0, 576), bits = field(input, 0, 4095);
     const auto lines = buffer<Zor32s>(576);
@@ -185,12 +195,11 @@ void huffman(FuzzedDataProvider& input, Bands bands) {
                                                &bound, &header, &side, quadLines, bits);
         case Bands::ofTheCaller:
             return zorsHuffmanDecodeSfb_MP3_1u32s(stream.at(), stream.offset(), stream.end(), lines.get(),
-                                                  &bound, &header, &side, tables::mp3_sfb_long::boundary,
-                                                  tables::mp3_sfb_short::boundary, quadLines, bits);
+                                                  &bound, &header, &side, longs, shorts, quadLines, bits);
         default:
-            return zorsHuffmanDecodeSfbMbp_MP3_1u32s(
-                stream.at(), stream.offset(), stream.end(), lines.get(), &bound, &header, &side,
-                tables::mp3_sfb_long::boundary, tables::mp3_sfb_short::boundary, mixedBands, quadLines, bits);
+            return zorsHuffmanDecodeSfbMbp_MP3_1u32s(stream.at(), stream.offset(), stream.end(), lines.get(),
+                                                     &bound, &header, &side, longs, shorts, mixedBands,
+                                                     quadLines, bits);
         }
     });
     if (!good)
@@ -203,11 +212,17 @@ void huffman(FuzzedDataProvider& input, Bands bands) {
 void header(FuzzedDataProvider& input) {
     ZorMP3FrameHeader read{};
     Stream stream(input, 0);
-    if (stream.parse([&] { return zorsUnpackFrameHeader_MP3(stream.at(), stream.end(), &read); }))
+    if (stream.parse([&] { return zorsUnpackFrameHeader_MP3(stream.at(), stream.end(), &read); })) {
+        ZorMP3FrameInfo info{};
+        if (zorsGetFrameInfo_MP3(&read, &info) == zorStsNoErr)
+            require(info.samplingRate >= 8000 && info.samplingRate <= 48000 && info.bitRate <= 320000 &&
+                        info.frameLength >= 0 && info.frameLength <= 1441,
+                    "the frame is one of layer III");
         require(read.id >= 0 && read.id <= 1 && read.bitrateIndex >= 0 && read.bitrateIndex <= 15 &&
                     read.mode >= 0 && read.mode <= 3 && read.samplingFrequency >= 0 &&
                     read.samplingFrequency <= 3,
                 "the fields have as many bits as the stream");
+    }
 }
 
 void sideInformation(FuzzedDataProvider& input) {
