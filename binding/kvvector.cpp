@@ -58,6 +58,7 @@ kvVector::~kvVector() {
 void kvVector::init(kvType type) {
     deleteVector();
     m_type = type;
+    m_work = false;
 }
 
 void kvVector::init(const kvFunc& func, int arg) {

@@ -73,8 +73,11 @@ class kvVector : public bxObject {
     virtual void getIndex(int i, double& re, double& im) const;
     virtual const void* getDataConst() const { return m_data; }
 
-    /** Drops the data and sets the type. */
+    /** Drops the data and sets the type; it is no work memory. */
     void init(kvType type);
+    /** From now on the data are the function's own: two builds of it need not leave the same in them. */
+    void setWorkMemory() { m_work = true; }
+    bool isWorkMemory() const override { return m_work; }
     /** Takes the type of the n-th argument of a function. */
     void init(const kvFunc& func, int arg);
     void init(const kvFunc& func, kvArg arg);
@@ -133,6 +136,7 @@ class kvVector : public bxObject {
     void* m_reserved = nullptr;
     int m_length = 0;
     kvType m_type = kvUndef;
+    bool m_work = false;
 };
 
 #endif

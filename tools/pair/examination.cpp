@@ -66,12 +66,16 @@ class LogReader {
             begin(entry.place, parts);
             break;
         case called:
-            present(entry, [&](Combination& c) { c.status = parts.value<std::int32_t>(); });
+            present(entry, [&](Combination& c) {
+                const auto status = parts.value<std::int32_t>();
+                if (c.calls++ == 0)
+                    c.status = status;
+            });
             break;
         case block:
             present(entry, [&](Combination& c) {
                 const std::string_view what = parts.text();
-                c.blocks.push_back({what, parts.rest()});
+                c.blocks.push_back({c.calls, what, parts.rest()});
             });
             break;
         case cost:

@@ -16,8 +16,9 @@
 #include <utility>
 #include <vector>
 
-/** A block of test data after the first call. */
+/** A block of test data after a call. */
 struct Block {
+    int call = 1;
     std::string_view what; /**< its owner's words: "Vector 32f len=16"; empty for bytes */
     std::span<const char> bytes;
 };
@@ -28,6 +29,7 @@ struct Combination {
     std::string function;
     std::string parameters;    /**< "Len=16 Order=3" */
     std::uint64_t digest = 0;  /**< of the data before the call */
+    int calls = 0;             /**< that came back */
     std::optional<int> status; /**< of the first call, if it came back */
     std::vector<Block> blocks;
     double clocks = 0;   /**< of a call, about; 0 when it was not timed */

@@ -156,9 +156,16 @@ std::vector<char> withoutAddresses(std::span<const char> before, std::span<const
     return result;
 }
 
-std::string named(std::size_t block, std::string_view what) {
-    std::string text = "block " + std::to_string(block);
-    return what.empty() ? text : text + " (" + std::string(what) + ")";
+/** Blocks count from 0 in each call. */
+std::string named(const Combination& combination, std::size_t i) {
+    const Block& block = combination.blocks[i];
+    std::size_t first = i;
+    while (first > 0 && combination.blocks[first - 1].call == block.call)
+        --first;
+    std::string text = "block " + std::to_string(i - first);
+    if (!block.what.empty())
+        text += " (" + std::string(block.what) + ")";
+    return block.call > 1 ? text + " after call " + std::to_string(block.call) : text;
 }
 
 /** Tells of a difference that counts more than those before. */
@@ -198,7 +205,7 @@ OutputComparison compareOutputs(const PairRow& row, const OutputRules& rules,
         const Block& a = before.blocks[i];
         const Block& b = after.blocks[i];
         if (a.bytes.size() != b.bytes.size() || a.what != b.what) {
-            note(result, true, named(i, a.what) + " and " + named(i, b.what));
+            note(result, true, named(before, i) + " and " + named(after, i));
             continue;
         }
         if (std::equal(a.bytes.begin(), a.bytes.end(), b.bytes.begin()))
@@ -213,7 +220,7 @@ OutputComparison compareOutputs(const PairRow& row, const OutputRules& rules,
         result.ulps = std::max(result.ulps, difference.ulps);
         result.decibels = std::min(result.decibels, difference.decibels);
         note(result, difference.wrong,
-             named(i, a.what) + " index " + std::to_string(difference.index) + ": " + difference.before +
+             named(before, i) + " index " + std::to_string(difference.index) + ": " + difference.before +
                  " and " + difference.after);
     }
     return result;

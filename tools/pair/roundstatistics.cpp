@@ -97,7 +97,8 @@ Judgement judgeRounds(std::span<const double> rounds, double alpha, double thres
     judgement.centre = signedRankCentre(rounds, intervalAlpha);
     const Centre& interval = judgement.centre;
     const double limit = std::log1p(threshold);
-    if (before == PairVerdict::slower || before == PairVerdict::faster)
+    if ((before == PairVerdict::slower && interval.low > 0) ||
+        (before == PairVerdict::faster && interval.high < 0))
         judgement.verdict = before;
     if (alpha > 0) {
         const Centre sure = signedRankCentre(rounds, alpha);

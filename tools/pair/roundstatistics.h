@@ -75,7 +75,7 @@ struct Judgement {
  * Judges a row at one of its looks:
  * - same: the 95 % interval lies within the threshold;
  * - slower, faster: the interval that misses with the probability `alpha` lies beyond 1, at this look or an
- * earlier one;
+ * earlier one that the 95 % interval does not contradict since;
  * - cannot tell: neither.
  * A row is decided when it has a verdict and its interval is narrow enough to be of use: half of it below the
  * threshold, or below a tenth of the difference.

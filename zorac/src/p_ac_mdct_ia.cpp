@@ -80,7 +80,7 @@ class Timac_MDCT : public PerElementTest {
                 ZorStatus (*getBufSize)(const State*, int*), const char* initName) {
         int sizeByte = 0;
         return built(initAlloc(&state, s_len), initName) && getBufSize(state, &sizeByte) == zorStsNoErr &&
-               make(s_buffer, kv8u, sizeByte);
+               makeWork(s_buffer, kv8u, sizeByte);
     }
 };
 

@@ -30,7 +30,7 @@ class TimaacMDCT : public PerElementTest {
         s_sequence = s_winSequence.value();
         m_divisor = m_forward && s_sequence == aacWinShort ? 128 : 1024;
         return make(s_src, kv32s, vectorLength) && make(s_dst, m_forward ? kv32s : kv16s, vectorLength) &&
-               make(s_overlap, kv32s, vectorLength) && make(s_buffer, kv32s, vectorLength);
+               make(s_overlap, kv32s, vectorLength) && makeWork(s_buffer, kv32s, vectorLength);
     }
 
   private:

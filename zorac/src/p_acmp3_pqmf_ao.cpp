@@ -74,7 +74,7 @@ class PqmfTest : public PerElementTest {
         int size = 0;
         if (!makeFirst(s_dst, kv32f, samples * largestMode) ||
             !make(s_stream, kv32f, streamLength, s_offset.value() * 4) ||
-            bxIsFailure(checkStatus(getSize(&size))) || !make(s_memory, kv8u, size))
+            bxIsFailure(checkStatus(getSize(&size))) || !makeWork(s_memory, kv8u, size))
             return false;
         s_stream.setRandom();
         return !bxIsFailure(checkStatus(init(state, s_memory.p8u)));

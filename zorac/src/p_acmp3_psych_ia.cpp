@@ -55,7 +55,7 @@ class TimacPsych : public PerElementTest {
     bool initData() override {
         m_divisor = mp3Lines;
         if (!makeFirst(s_spectrum, kv32s, vectorLength) || !make(s_pcm, kv16s, vectorLength) ||
-            !make(s_work, kv32s, zorMP3WorkSize) || !make(s_scaleFactors, kv8s, scaleFactors))
+            !makeWork(s_work, kv32s, zorMP3WorkSize) || !make(s_scaleFactors, kv8s, scaleFactors))
             return false;
         s_work.setConst(0, 0);
         s_scaleFactors.setConst(0, 0);

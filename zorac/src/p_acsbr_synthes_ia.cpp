@@ -31,7 +31,7 @@ ZorsSynthesisDownFilterState_SBR_RToR_32f* s_downReal;
 template <auto& state, auto getSize, auto init>
 bool buildState(SuiteTest& test) {
     int sizeByte = 0;
-    return getSize(&sizeByte) == zorStsNoErr && test.make(s_memory, kv8u, sizeByte) &&
+    return getSize(&sizeByte) == zorStsNoErr && test.makeWork(s_memory, kv8u, sizeByte) &&
            init(&state, s_memory.p8u) == zorStsNoErr;
 }
 

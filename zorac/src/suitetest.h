@@ -55,6 +55,14 @@ class SuiteTest : public kvTest {
         return create(vector, type, len, misalign);
     }
 
+    /** Creates memory for the function's own use. */
+    bool makeWork(kvVector& vector, kvType type, int len) {
+        if (!make(vector, type, len))
+            return false;
+        vector.setWorkMemory();
+        return true;
+    }
+
     /** Whether all parameters are within their bounds; the first that is not passes the combination over. */
     bool within(std::initializer_list<Bound> bounds) {
         for (const Bound& bound : bounds)

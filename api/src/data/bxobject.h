@@ -21,6 +21,8 @@ class bxObject {
     virtual bool setReservedCopy() { return false; }
     virtual void deleteReservedCopy() {}
     virtual ~bxObject() = default;
+    /** Whether only the tested function knows what the data mean: its state between calls, its scratch. */
+    virtual bool isWorkMemory() const { return false; }
 };
 
 /** Owners of blocks that are not themselves objects. */

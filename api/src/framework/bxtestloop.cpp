@@ -114,10 +114,8 @@ void bxTestLoop::compare(bxTurns& side) {
         parameters << " " << m_test.cacheIter->getComment();
     side.beginCombination(parameters);
     bxStartWatchdog();
-    int status = 0;
-    if (m_test.funcCall)
-        status = callOnce();
-    side.calledOnce(status);
+    if (side.calledOnce(m_test.funcCall ? callOnce() : 0) && m_test.funcCall)
+        side.calledOnce(callOnce());
     const bxResult r = bxTraced("runTiming", [this] { return m_test.runTiming(); });
     bxStopWatchdog();
     bxResetFpState();

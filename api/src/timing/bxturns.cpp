@@ -129,11 +129,11 @@ void bxTurns::beginCombination(const bxString& parameters) {
                     bxLogged(m_function) + bxLogged(parameters) + bxLoggedBytes(bxDigestOfData()));
 }
 
-void bxTurns::calledOnce(int status) {
+bool bxTurns::calledOnce(int status) {
     if (!examining())
-        return;
+        return false;
     m_log.write(called, m_place, bxLoggedBytes(static_cast<std::int32_t>(status)));
-    m_log.writeBlocks(m_place);
+    return m_log.writeBlocks(m_place);
 }
 
 bool bxTurns::measure(const Sampler& sampler) {

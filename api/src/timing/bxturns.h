@@ -49,8 +49,9 @@ class bxTurns {
     bool wanted() const { return examining() || m_row >= 0; }
     /** The present combination has its data and will be called. */
     void beginCombination(const bxString& parameters);
-    /** The function was called for the first time with these data. */
-    void calledOnce(int status);
+    /** The function was called with these data. \return whether it should be called again: what it leaves in
+     * its work memory shows in nothing but the results of the next call */
+    bool calledOnce(int status);
     /** Measures the present combination as the task demands; false when a call failed. */
     bool measure(const Sampler& sampler);
 

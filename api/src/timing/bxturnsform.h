@@ -56,7 +56,7 @@ struct alignas(8) Plan {
 /** Kinds of log entries. Texts end with a 0. */
 enum Kind : std::uint32_t {
     combinationBegins = 1, /**< function, parameters (texts); 64-bit digest of the data */
-    block = 2,             /**< what it is (text), then its bytes, after the first call */
+    block = 2,             /**< what it is (text), then its bytes, after a call */
     called = 3,            /**< status, 32 bits */
     cost = 4,              /**< clocks per call (double) */
     testEnded = 5,         /**< function, result, message (texts) */

@@ -89,15 +89,21 @@ void bxTurnsLog::write(Kind kind, Place place, const std::string& content) const
     }
 }
 
-void bxTurnsLog::writeBlocks(Place place) const {
+bool bxTurnsLog::writeBlocks(Place place) const {
+    bool work = false;
     int size = 0;
     void* owner = nullptr;
     for (void* data = bxMallocFirst(&size, &owner); data; data = bxMallocNext(&size, &owner)) {
         const auto* const object = static_cast<const bxObject*>(owner);
+        if (object && object->isWorkMemory()) {
+            work = true;
+            continue;
+        }
         const bxString info = object ? object->objectInfo() : bxString();
         write(block, place,
               bxLogged(info) + std::string(static_cast<const char*>(data), static_cast<std::size_t>(size)));
     }
+    return work;
 }
 
 void bxTurnsLog::writeMappings(Place place) const {
@@ -111,6 +117,8 @@ std::uint64_t bxDigestOfData() {
     void* owner = nullptr;
     for (void* data = bxMallocFirst(&size, &owner); data; data = bxMallocNext(&size, &owner)) {
         const auto* const object = static_cast<const bxObject*>(owner);
+        if (object && object->isWorkMemory())
+            continue;
         const auto bytes = static_cast<std::size_t>(size);
         digest.add(bytes);
         if (object && isTyped(object->objectInfo()))

@@ -19,8 +19,9 @@ class bxTurnsLog {
 
     /** What is lost on a full disk the reader finds missing. */
     void write(bxTurnsForm::Kind kind, bxTurnsForm::Place place, const std::string& content) const;
-    /** Every block of the table of test data, with what its owner says of it. */
-    void writeBlocks(bxTurnsForm::Place place) const;
+    /** Every block of the table of test data but work memory, with what its owner says of it. \return whether
+     * there was work memory */
+    bool writeBlocks(bxTurnsForm::Place place) const;
     /** The memory map of this process. */
     void writeMappings(bxTurnsForm::Place place) const;
 
