@@ -11,7 +11,8 @@ namespace {
 
 constexpr const char* description =
     R"(Compares two result tables, or two sets of tables of repeated runs. A table is a csv file of benchex -r or -R, or a
-directory of them.)";
+directory of them. "benchex-compare --pair BEFORE AFTER" runs two builds against each other instead; see
+"benchex-compare --pair --help".)";
 
 using Paths = std::vector<std::filesystem::path>;
 

@@ -62,6 +62,10 @@ class LogReader {
     bool add(const Entry& entry, std::span<const char> content) {
         Parts parts(content);
         switch (entry.kind) {
+        case testBegins:
+            m_examination.lastTest = entry.place.test;
+            m_examination.lastFunction = parts.text();
+            break;
         case combinationBegins:
             begin(entry.place, parts);
             break;
@@ -164,21 +168,24 @@ class Examiner {
     /** Reads the log of a process that has ended; whether there is more to examine. */
     bool finish() {
         auto log = std::make_shared<MappedFile>(m_log.number());
-        const std::size_t before = examination.combinations.size();
+        const int before = examination.lastTest;
         const bool complete = readLog(log->bytes(), examination);
         examination.logs.push_back(std::move(log));
-        if (complete)
+        if (complete || examination.lastTest == before) // it does not come to a test at all
             return false;
-        if (examination.combinations.size() == before) {
-            if (before == 0)
-                refuse();
-            return false; // the same test ends it again: what was seen must do
-        }
-        Combination& last = examination.combinations.back();
-        last.trouble = "the program " + process->ending();
-        last.clocks = 0;
-        start(last.place.test + 1);
+        blame("the program " + process->ending());
+        start(examination.lastTest + 1);
         return true;
+    }
+
+    /** Something ended the process in its last test. */
+    void blame(const std::string& what) {
+        Combination* const last =
+            examination.combinations.empty() ? nullptr : &examination.combinations.back();
+        if (last && last->place.test == examination.lastTest && !(last->clocks > 0))
+            last->trouble = what;
+        else
+            examination.notes.push_back(examination.lastFunction + ": " + what);
     }
 
     /** The side as it stands said this much and no more. */

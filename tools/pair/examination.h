@@ -56,6 +56,8 @@ using AddressRanges = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
 struct Examination {
     std::vector<Combination> combinations; /**< in the order of the run */
     std::vector<std::string> notes;        /**< tests that could not be run */
+    int lastTest = -1;                     /**< that was begun */
+    std::string lastFunction;              /**< its function */
     AddressRanges memory;                  /**< of the side's processes */
     std::vector<std::shared_ptr<MappedFile>> logs;
 };

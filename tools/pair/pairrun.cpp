@@ -85,9 +85,9 @@ class Rounds {
                 m_open.push_back(&row);
         makePlan();
         const int starter = static_cast<int>(m_random() % 2);
-        const bool complete = run(starter);
+        const std::string mishap = run(starter);
         ++m_result.rounds;
-        collect(complete);
+        collect(mishap);
     }
 
     /** What is known when no more rounds come. */
@@ -98,6 +98,8 @@ class Rounds {
     }
 
   private:
+    using Processes = std::array<std::unique_ptr<SideProcess>, 2>;
+
     int turnsOf(const RowProgress& row) const {
         const double stretch =
             std::max(stretchClocks, std::max(row.row.before().clocks, row.row.after().clocks));
@@ -131,13 +133,13 @@ class Rounds {
         }
     }
 
-    /** One pair of processes; false when it did not come to its end. */
-    bool run(int starter) {
+    /** One pair of processes; what happened to them, if anything did. */
+    std::string run(int starter) {
         const Placement placement{0, static_cast<int>(m_random() % 256) * 16};
         std::array<Pipe, 2> tokens; // to each side
         const Descriptor log(temporaryFile());
         const Descriptor listing(temporaryFile());
-        std::vector<std::unique_ptr<SideProcess>> processes;
+        Processes processes;
         const Moment begin = Clock::now();
         // Which process is the older one must not always be the same side: calls of some tens of clocks
         // differ by a per cent with it.
@@ -149,8 +151,8 @@ class Rounds {
             channels.listing = listing.number();
             channels.tokenIn = tokens[side].in.number();
             channels.tokenOut = tokens[1 - side].out.number();
-            processes.push_back(
-                std::make_unique<SideProcess>(m_sides, static_cast<int>(side), channels, placement));
+            processes[side] =
+                std::make_unique<SideProcess>(m_sides, static_cast<int>(side), channels, placement);
         }
         const char token = 1;
         const auto given = write(tokens[static_cast<std::size_t>(starter)].out.number(), &token, 1);
@@ -158,15 +160,17 @@ class Rounds {
             pipe.in.reset();
             pipe.out.reset();
         }
-        const bool complete = given == 1 && wait(processes);
+        const std::string mishap = given == 1 ? wait(processes) : "";
         account(processes, secondsSince(begin));
         m_messages = {};
         const MappedFile entries(log.number());
         readLog(entries.bytes(), m_messages);
-        return complete;
+        return mishap;
     }
 
-    bool wait(std::vector<std::unique_ptr<SideProcess>>& processes) {
+    bool timeIsUp() const { return interrupted() || secondsSince(m_start) > m_rules.seconds; }
+
+    std::string wait(Processes& processes) {
         long long progress = 0;
         Moment last = Clock::now();
         bool hangs = false;
@@ -176,36 +180,64 @@ class Rounds {
                 last = Clock::now();
             progress = now;
             hangs = secondsSince(last) > 2 * m_rules.timeLimit + 2;
-            return !hangs && secondsSince(m_start) < m_rules.seconds;
+            return !hangs && !timeIsUp();
         });
-        return !hangs;
+        if (hangs)
+            return "a side did not get on within the time limit";
+        for (std::size_t side = 0; side < 2 && !timeIsUp(); ++side)
+            if (m_plan->head().position[side] < static_cast<int>(m_open.size()))
+                return std::string(sideNames[side]) + ": the program " + processes[side]->ending();
+        return "";
     }
 
-    void account(const std::vector<std::unique_ptr<SideProcess>>& processes, double seconds) {
+    void account(const Processes& processes, double seconds) {
         m_processorTime += processes[0]->processorTime() + processes[1]->processorTime();
         m_result.seconds += seconds;
         m_result.ownShare = std::min(1.0, m_processorTime / m_result.seconds);
     }
 
-    void collect(bool complete) {
-        const int reached = std::min(m_plan->head().position[0], m_plan->head().position[1]);
+    bool isWhole(const Row& row) const { return row.taken[0] == row.turns && row.taken[1] == row.turns; }
+
+    void collect(const std::string& mishap) {
+        std::size_t behindLast = 0; // the row that was at work when a process ended
         for (std::size_t i = 0; i < m_open.size(); ++i) {
-            RowProgress& progress = *m_open[i];
             const Row& row = m_plan->rows()[i];
-            const bool whole = row.taken[0] == row.turns && row.taken[1] == row.turns;
-            const auto value = whole ? ratioOfRound(m_plan->clocks(row, row.starter),
-                                                    m_plan->clocks(row, 1 - row.starter), row.starter == 0)
-                                     : std::nullopt;
-            if (value) {
-                progress.missed = 0;
-                progress.rounds.push_back(*value);
-                if (static_cast<int>(progress.rounds.size()) >= progress.nextLook)
-                    judge(progress);
-            } else if (!complete && static_cast<int>(i) == reached) {
-                progress.trouble = "a side did not return within the time limit";
-            } else if (complete && ++progress.missed >= mostMissed) {
-                progress.trouble = "one side does not come to it";
-            }
+            if (!isWhole(row))
+                continue;
+            behindLast = i + 1;
+            const auto value = ratioOfRound(m_plan->clocks(row, row.starter),
+                                            m_plan->clocks(row, 1 - row.starter), row.starter == 0);
+            if (value)
+                add(*m_open[i], *value);
+        }
+        if (!mishap.empty() && behindLast < m_open.size())
+            m_open[behindLast]->trouble = mishap;
+        else if (mishap.empty() && !timeIsUp())
+            blameFaults();
+    }
+
+    void add(RowProgress& row, double value) {
+        row.missed = 0;
+        row.rounds.push_back(value);
+        if (static_cast<int>(row.rounds.size()) >= row.nextLook)
+            judge(row);
+    }
+
+    /** A fault ends the test: of the rows of a function that gave nothing the first one is to blame. */
+    void blameFaults() {
+        const std::string* function = nullptr;
+        for (std::size_t i = 0; i < m_open.size(); ++i) {
+            RowProgress& row = *m_open[i];
+            const std::string& present = row.row.before().function;
+            if (isWhole(m_plan->rows()[i]) || (function && *function == present))
+                continue;
+            function = &present;
+            if (++row.missed < mostMissed)
+                continue;
+            row.trouble = "a side does not come to it any more";
+            for (const std::string& note : m_messages.notes)
+                if (note.starts_with(present + ": "))
+                    row.trouble = note.substr(present.size() + 2);
         }
     }
 

@@ -75,6 +75,7 @@ bxTurns::~bxTurns() {
         return;
     if (examining())
         m_log.write(runEnded, m_place, {});
+    arriveAt(static_cast<int>(m_plan->rows));
     munmap(m_plan, m_mapped);
 }
 
@@ -91,8 +92,12 @@ bool bxTurns::beginTest(const bxString& function) {
     m_row = -1;
     m_function = function;
     m_fault = "";
-    if (examining())
-        return m_place.test >= m_plan->firstTest;
+    if (examining()) {
+        if (m_place.test < m_plan->firstTest)
+            return false;
+        m_log.write(testBegins, m_place, bxLogged(function));
+        return true;
+    }
     const Row* const next = rowAtOrBehind({m_place.test, 0});
     return next != m_rows + m_plan->rows && next->place[m_descriptors.side].test == m_place.test;
 }
@@ -166,6 +171,8 @@ bool bxTurns::estimateCost(const Sampler& sampler) const {
 // ---- Taking turns ----
 
 int bxTurns::otherPosition() const {
+    if (m_alone)
+        return static_cast<int>(m_plan->rows);
     return std::atomic_ref(m_plan->position[1 - m_descriptors.side]).load();
 }
 
@@ -175,14 +182,12 @@ void bxTurns::giveToken() {
     while (write(m_descriptors.tokenOut, &token, 1) < 0 && errno == EINTR) {}
 }
 
-bool bxTurns::waitForToken() {
+void bxTurns::waitForToken() {
     char token = 0;
     ssize_t got = 0;
     while ((got = read(m_descriptors.tokenIn, &token, 1)) < 0 && errno == EINTR) {}
-    if (got <= 0)
-        std::atomic_ref(m_plan->position[1 - m_descriptors.side]).store(static_cast<int>(m_plan->rows));
+    m_alone |= got <= 0;
     m_token = true; // where the other side has ended there is nobody to share it with
-    return got > 0;
 }
 
 void bxTurns::arriveAt(int row) {

@@ -68,8 +68,7 @@ class bxTurns {
     bool meet();
     void arriveAt(int row);
     void giveToken();
-    /** False when the other side has ended. */
-    bool waitForToken();
+    void waitForToken();
     int otherPosition() const;
     const bxTurnsForm::Row* rowAtOrBehind(bxTurnsForm::Place place) const;
 
@@ -84,6 +83,7 @@ class bxTurns {
     int m_row = -1; ///< of the plan, where the present combination is one
     bool m_token = false;
     bool m_pinned = false;
+    bool m_alone = false; ///< the other side has ended
     bxString m_function;
     bxString m_fault;
 };

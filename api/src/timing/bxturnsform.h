@@ -50,7 +50,7 @@ struct alignas(8) Plan {
     std::int32_t timeLimit;   /**< seconds for the calls of a combination, where the user set none */
     std::uint32_t rows;       /**< ascending in both places */
     std::uint32_t clocksAt;   /**< offset of the clocks, bytes */
-    std::int32_t position[2]; /**< row that each side is at; -1 before the first, `rows` behind the last */
+    std::int32_t position[2]; /**< row that each side is at; -1 before the first, `rows` at its orderly end */
 };
 
 /** Kinds of log entries. Texts end with a 0. */
@@ -61,7 +61,8 @@ enum Kind : std::uint32_t {
     cost = 4,              /**< clocks per call (double) */
     testEnded = 5,         /**< function, result, message (texts) */
     mappings = 6,          /**< text of the process's memory map */
-    runEnded = 7           /**< nothing */
+    runEnded = 7,          /**< nothing */
+    testBegins = 8         /**< function (text) */
 };
 
 /** Head of a log entry. */
