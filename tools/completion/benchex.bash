@@ -107,7 +107,8 @@ _benchex_report() {
 }
 
 _benchex_compare() {
-    _benchex_tables "--pair --seconds --limit --outputs --program --seed --before --after --threshold --alpha --accuracy --time --all --csv --json --partial --help --version"
+    _benchex_tables "--pair --seconds --limit --outputs --program --seed \
+        --before --after --threshold --alpha --accuracy --time --all --csv --json --partial --help --version"
 }
 
 complete -F _benchex benchex

@@ -59,6 +59,8 @@ Side readSide(const std::string& text, const fs::path& program, const std::vecto
         return side;
     std::istringstream words(text);
     for (std::string word; words >> word;) {
+        if (word.starts_with("--"))
+            throw PairError("\"" + word + "\" is no key of a side; --pair needs two sides");
         if (word[0] == '-') {
             side.keys.push_back(word);
             if (needsNextWord(word) && words >> word)
