@@ -1,8 +1,8 @@
 // Makes one function of the library slower by an exact share, for goals.py: to be put before the library with
-// LD_PRELOAD on both sides of a comparison. Built with -DREPEATED=name. Each call becomes REPEAT calls (from the
-// environment): 100 on one side and 101 on the other are one per cent, as if one call in a hundred were made twice,
-// and every stretch of calls holds its share. Good for functions of at most ten arguments, all integers or pointers,
-// that may be called again with the same ones.
+// LD_PRELOAD on both sides of a comparison. Built with -DREPEATED=name. Each call becomes REPEAT calls (from
+// the environment): 100 on one side and 101 on the other are one per cent, as if one call in a hundred were
+// made twice, and every stretch of calls holds its share. Good for functions of at most ten arguments, all
+// integers or pointers, that may be called again with the same ones.
 #include <cstdlib>
 #include <dlfcn.h>
 

@@ -39,7 +39,8 @@ class kvsSynthesisFilter_DTS : public PerElementTest {
         s_mode = s_modes.value();
         m_divisor = calls * bands;
         if (!makeFirst(s_src, kv32f, len) || !make(s_dst, kv32f, len) ||
-            zorsSynthesisFilterGetSize_DTS_32f(&sizeByte) != zorStsNoErr || !makeWork(s_memory, kv8u, sizeByte))
+            zorsSynthesisFilterGetSize_DTS_32f(&sizeByte) != zorStsNoErr ||
+            !makeWork(s_memory, kv8u, sizeByte))
             return false;
         s_src.setRandom(-1, 1);
         s_srcStart = s_src.p32f + offset;
