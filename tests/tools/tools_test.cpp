@@ -271,6 +271,9 @@ TEST(Comparison, RunsThatMissedTheirAccuracyCountOnlyWhereNoneReachedIt) {
     EXPECT_STREQ(verdictName(some.rows[0].verdict), "same");
     EXPECT_EQ(some.rows[0].runsAfter, 2U);
     EXPECT_THAT(some.notes, ElementsAre(HasSubstr("3 figures that missed their accuracy")));
+    std::vector<TableRun> unknown = runsOf({135, 137, 136}, "nLps=4 95%=unknown adds/clock=3.94");
+    unknown.push_back(calm.front());
+    EXPECT_EQ(compareRuns(calm, unknown, {}).rows[0].runsAfter, 1U);
     const Comparison one = compareRuns(calm, side({104}, {135, 137, 136, 138}), {});
     EXPECT_STREQ(verdictName(one.rows[0].verdict), "cannot tell"); // as any single figure
     const Comparison all = compareRuns(calm, side({}, {135, 137, 136, 135, 136}), {});
