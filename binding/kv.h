@@ -7,7 +7,7 @@
 #ifndef KV_H
 #define KV_H
 
-#include "bx.h"
+#include "bxunit.h"
 #include "kvbitvector.h"
 #include "kvfunc.h"
 #include "kvregister.h"

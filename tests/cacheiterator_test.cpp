@@ -1,6 +1,7 @@
 // The cache iterators: bounds, scaling, the retry protocol, and runs over real blocks.
 #include "data/bxalloc.h"
 #include "parameters/bxcacheiterator.h"
+#include "parameters/bxistream.h"
 #include "parameters/bxstepiterator.h"
 #include "system/bxenvironment.h"
 #include "testsupport.h"

@@ -4,7 +4,7 @@
 #include "parameters/bxiterator.h"
 #include "parameters/bxparmlist.h"
 #include "session/bxdialogue.h"
-#include "session/bxregister.h"
+#include "framework/bxregister.h"
 #include "session/bxsession.h"
 #include "testsupport.h"
 #include "timing/bxexception.h"

@@ -17,25 +17,21 @@ class Keys : public bxConditions {
         for (const char* key : keys) {
             bxString arg = key + 1;
             const int kind = getCondition(arg);
-            push_back(*key == 'f' ? make<bxTestedName::function>(kind, arg)
-                                  : make<bxTestedName::test>(kind, arg));
+            push_back((*key == 'f' ? functionKinds : testKinds)[kind](arg));
         }
     }
 
   private:
-    template <bxTestedName NAME>
-    static RunCondition* make(int kind, const bxString& pattern) {
-        switch (kind) {
-        case condAnd:
-            return new bxNameCondition<NAME, bxNameMatch::alsoContains>(pattern);
-        case condNot:
-            return new bxNameCondition<NAME, bxNameMatch::lacks>(pattern);
-        case condEqual:
-            return new bxNameCondition<NAME, bxNameMatch::equals>(pattern);
-        default:
-            return new bxNameCondition<NAME, bxNameMatch::contains>(pattern);
-        }
+    using Make = RunCondition* (*)(const bxString& pattern);
+    template <class Condition>
+    static RunCondition* make(const bxString& pattern) {
+        return new Condition(pattern);
     }
+    // In the order of bxConditionKind.
+    static constexpr Make functionKinds[] = {make<RunCondition_f>, make<RunCondition_fAnd>,
+                                             make<RunCondition_fNot>, make<RunCondition_fEqual>};
+    static constexpr Make testKinds[] = {make<RunCondition_t>, make<RunCondition_tAnd>,
+                                         make<RunCondition_tNot>, make<RunCondition_tEqual>};
 };
 
 TEST(Conditions, KindOfArgument) {

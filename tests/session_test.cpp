@@ -3,7 +3,7 @@
 #include "output/bxostream.h"
 #include "session/bxdialogue.h"
 #include "session/bxkeys.h"
-#include "session/bxregister.h"
+#include "framework/bxregister.h"
 #include "session/bxsession.h"
 #include "system/bxenvironment.h"
 #include "testsupport.h"

@@ -4,23 +4,15 @@
 
 RunCondition::RunCondition(bool additive, bxString pattern) : m_additive(additive), m_pattern(pattern) {}
 
-template <bxTestedName NAME, bxNameMatch MATCH>
-bool bxNameCondition<NAME, MATCH>::tobeRun(const bxTest* test) const {
-    const bxString& tested = NAME == bxTestedName::function ? test->name : test->info.className;
-    if constexpr (MATCH == bxNameMatch::equals)
-        return tested == m_pattern;
-    else
-        return (tested.find(m_pattern, 0) >= 0) != (MATCH == bxNameMatch::lacks);
+bool bxNameRule::holds(const bxTest& test) const {
+    const bxString& name = tested == bxTestedName::function ? test.name : test.info.className;
+    if (match == bxNameMatch::equals)
+        return name == pattern;
+    return (name.find(pattern, 0) >= 0) != (match == bxNameMatch::lacks);
 }
 
-template class bxNameCondition<bxTestedName::function, bxNameMatch::contains>;
-template class bxNameCondition<bxTestedName::function, bxNameMatch::alsoContains>;
-template class bxNameCondition<bxTestedName::function, bxNameMatch::lacks>;
-template class bxNameCondition<bxTestedName::function, bxNameMatch::equals>;
-template class bxNameCondition<bxTestedName::test, bxNameMatch::contains>;
-template class bxNameCondition<bxTestedName::test, bxNameMatch::alsoContains>;
-template class bxNameCondition<bxTestedName::test, bxNameMatch::lacks>;
-template class bxNameCondition<bxTestedName::test, bxNameMatch::equals>;
+bxRuleCondition::bxRuleCondition(const bxNameRule& rule)
+    : RunCondition(rule.isAdditive(), rule.pattern), m_rule(rule) {}
 
 bxConditions::~bxConditions() {
     for (RunCondition* condition : *this)

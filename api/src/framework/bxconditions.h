@@ -9,10 +9,23 @@
 
 class bxTest;
 
-/**
- * One -f or -t key. Additive conditions are alternatives: a test needs one of them.
- * The others restrict: a test needs every one of them.
- */
+/** What of a test a condition looks at. */
+enum class bxTestedName { function, test };
+/** How a name and a pattern are compared. */
+enum class bxNameMatch { contains, alsoContains, lacks, equals };
+
+/** What a -f or -t key says. */
+struct bxNameRule {
+    bxTestedName tested;
+    bxNameMatch match;
+    bxString pattern;
+
+    bool holds(const bxTest& test) const;
+    /** Additive rules are alternatives: a test needs one of them. The others restrict: it needs every one. */
+    bool isAdditive() const { return match == bxNameMatch::contains || match == bxNameMatch::equals; }
+};
+
+/** A condition that a program may make up itself. */
 class RunCondition {
   public:
     RunCondition(bool additive, bxString pattern);
@@ -28,27 +41,49 @@ class RunCondition {
     bxString m_pattern;
 };
 
-/** What of a test a condition looks at. */
-enum class bxTestedName { function, test };
-/** How the name and the pattern are compared; `contains` and `equals` conditions are additive. */
-enum class bxNameMatch { contains, alsoContains, lacks, equals };
-
-template <bxTestedName NAME, bxNameMatch MATCH>
-class bxNameCondition : public RunCondition {
+/** The condition of a rule. */
+class bxRuleCondition : public RunCondition {
   public:
-    explicit bxNameCondition(bxString pattern)
-        : RunCondition(MATCH == bxNameMatch::contains || MATCH == bxNameMatch::equals, pattern) {}
-    bool tobeRun(const bxTest* test) const override;
+    explicit bxRuleCondition(const bxNameRule& rule);
+    bool tobeRun(const bxTest* test) const override { return m_rule.holds(*test); }
+
+  private:
+    bxNameRule m_rule;
 };
 
-using RunCondition_f = bxNameCondition<bxTestedName::function, bxNameMatch::contains>;
-using RunCondition_fAnd = bxNameCondition<bxTestedName::function, bxNameMatch::alsoContains>;
-using RunCondition_fNot = bxNameCondition<bxTestedName::function, bxNameMatch::lacks>;
-using RunCondition_fEqual = bxNameCondition<bxTestedName::function, bxNameMatch::equals>;
-using RunCondition_t = bxNameCondition<bxTestedName::test, bxNameMatch::contains>;
-using RunCondition_tAnd = bxNameCondition<bxTestedName::test, bxNameMatch::alsoContains>;
-using RunCondition_tNot = bxNameCondition<bxTestedName::test, bxNameMatch::lacks>;
-using RunCondition_tEqual = bxNameCondition<bxTestedName::test, bxNameMatch::equals>;
+// Each kind under a name of its own, for programs that build them one by one.
+struct RunCondition_f : bxRuleCondition {
+    explicit RunCondition_f(bxString pattern)
+        : bxRuleCondition({bxTestedName::function, bxNameMatch::contains, pattern}) {}
+};
+struct RunCondition_fAnd : bxRuleCondition {
+    explicit RunCondition_fAnd(bxString pattern)
+        : bxRuleCondition({bxTestedName::function, bxNameMatch::alsoContains, pattern}) {}
+};
+struct RunCondition_fNot : bxRuleCondition {
+    explicit RunCondition_fNot(bxString pattern)
+        : bxRuleCondition({bxTestedName::function, bxNameMatch::lacks, pattern}) {}
+};
+struct RunCondition_fEqual : bxRuleCondition {
+    explicit RunCondition_fEqual(bxString pattern)
+        : bxRuleCondition({bxTestedName::function, bxNameMatch::equals, pattern}) {}
+};
+struct RunCondition_t : bxRuleCondition {
+    explicit RunCondition_t(bxString pattern)
+        : bxRuleCondition({bxTestedName::test, bxNameMatch::contains, pattern}) {}
+};
+struct RunCondition_tAnd : bxRuleCondition {
+    explicit RunCondition_tAnd(bxString pattern)
+        : bxRuleCondition({bxTestedName::test, bxNameMatch::alsoContains, pattern}) {}
+};
+struct RunCondition_tNot : bxRuleCondition {
+    explicit RunCondition_tNot(bxString pattern)
+        : bxRuleCondition({bxTestedName::test, bxNameMatch::lacks, pattern}) {}
+};
+struct RunCondition_tEqual : bxRuleCondition {
+    explicit RunCondition_tEqual(bxString pattern)
+        : bxRuleCondition({bxTestedName::test, bxNameMatch::equals, pattern}) {}
+};
 
 /** The conditions of a session; owns them. */
 class bxConditions : public bxList<RunCondition*> {

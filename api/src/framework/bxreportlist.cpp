@@ -46,20 +46,20 @@ class MeasuredFunctions {
 
 } // namespace
 
-bxReportList::bxReportList(bxTestList& tests, bxConditions& conditions, int mode) {
-    bxStringList functions;
-    if (mode != 0 && createFuncList(functions))
-        listFunctions(tests, functions, mode < 0);
+bxReportList::bxReportList(bxTestList& list, bxConditions& conditions, int mode) {
+    bxStringList names;
+    if (mode != tests && createFuncList(names))
+        listFunctions(list, names, mode == missing);
     else
-        listTests(tests, conditions);
+        listTests(list, conditions);
 }
 
-bool bxReportList::createFuncList(bxStringList& functions) {
+bool bxReportList::createFuncList(bxStringList& names) {
     if (g_pLibFuncList)
         for (const bxString& name : *g_pLibFuncList)
             if (!isService(name))
-                functions.push_back(name);
-    return !functions.empty();
+                names.push_back(name);
+    return !names.empty();
 }
 
 void bxReportList::addRow(std::initializer_list<bxString> cells) {
@@ -68,10 +68,10 @@ void bxReportList::addRow(std::initializer_list<bxString> cells) {
         push_back(cell);
 }
 
-void bxReportList::listTests(bxTestList& tests, bxConditions& conditions) {
+void bxReportList::listTests(bxTestList& list, bxConditions& conditions) {
     addRow({"   #", "Function", "Test", "Source"});
     int n = 0;
-    for (bxTest* test : tests) {
+    for (bxTest* test : list) {
         if (!test->tobeRun(conditions))
             continue;
         char number[16];
@@ -80,10 +80,10 @@ void bxReportList::listTests(bxTestList& tests, bxConditions& conditions) {
     }
 }
 
-void bxReportList::listFunctions(const bxTestList& tests, const bxStringList& functions, bool missingOnly) {
+void bxReportList::listFunctions(const bxTestList& list, const bxStringList& names, bool missingOnly) {
     addRow({"Exist", "Function"});
-    const MeasuredFunctions measured(tests);
-    for (const bxString& function : functions) {
+    const MeasuredFunctions measured(list);
+    for (const bxString& function : names) {
         const bool present = measured.presentInTestList(function);
         if (!present || !missingOnly)
             addRow({present ? "+" : "-", function});

@@ -48,22 +48,24 @@ class bxReportEnd : public bxStringList {
     explicit bxReportEnd(const bxTestList& tests);
 };
 
-/**
- * Enumeration of tests (mode 0), of all library functions (mode 1), or of the library functions that no
- * test measures (mode -1). Where no library function is known, the tests are listed.
- */
+/** Enumeration of tests or library functions. Where no library function is known, the tests are listed. */
 class bxReportList : public bxStringList {
   public:
-    bxReportList(bxTestList& tests, bxConditions& conditions, int mode);
+    enum Mode {
+        missing = -1, /**< library functions that no test measures */
+        tests = 0,
+        functions = 1 /**< all library functions */
+    };
+    bxReportList(bxTestList& list, bxConditions& conditions, int mode);
 
     /** Number of cells in a row. */
     int columns() const { return m_columns; }
 
   private:
-    void listTests(bxTestList& tests, bxConditions& conditions);
-    void listFunctions(const bxTestList& tests, const bxStringList& functions, bool missingOnly);
+    void listTests(bxTestList& list, bxConditions& conditions);
+    void listFunctions(const bxTestList& list, const bxStringList& names, bool missingOnly);
     /** The registered library functions without those that only set up or free; false when none remains. */
-    static bool createFuncList(bxStringList& functions);
+    static bool createFuncList(bxStringList& names);
 
     void addRow(std::initializer_list<bxString> cells);
 

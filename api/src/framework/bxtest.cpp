@@ -2,6 +2,7 @@
 
 #include "framework/bxconditions.h"
 #include "framework/bxhotlist.h"
+#include "framework/bxtestloop.h"
 #include "framework/bxtestrun.h"
 #include "output/bxostream.h"
 #include "parameters/bxinifile.h"

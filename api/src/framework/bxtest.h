@@ -8,7 +8,6 @@
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
 #include "framework/bxtestinfo.h"
-#include "framework/bxtestloop.h"
 #include "output/bxlevels.h"
 #include "parameters/bxcacheiterator.h"
 #include "parameters/bxiterator.h"
@@ -20,6 +19,12 @@
 
 class bxConditions;
 class bxObject;
+
+/** What a test is left with when a fault jumps out of a combination. */
+struct bxCombination {
+    bool dataLive = false;  /**< data of the combination exist */
+    long long dataMark = 0; /**< of the moment before its data */
+};
 
 /**
  * One test. `run` is its whole life in a session: it announces the test, lets it register its parameters,

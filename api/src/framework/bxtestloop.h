@@ -10,12 +10,6 @@
 class bxTest;
 class bxTurns;
 
-/** What a test is left with when a fault jumps out of a combination. */
-struct bxCombination {
-    bool dataLive = false;  /**< data of the combination exist */
-    long long dataMark = 0; /**< of the moment before its data */
-};
-
 /** Measures a test for every combination of its parameter values, the last parameter varying fastest. */
 class bxTestLoop {
   public:

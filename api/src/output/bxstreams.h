@@ -1,5 +1,5 @@
 /** \file
- * The nine streams of the harness.
+ * The streams of the harness that are output or console; parameter input has its own header.
  *
  * Each unit that includes this file, as all headers of the streams do, carries a counter object: the first
  * one to be constructed builds the streams in the order given here, the last one to go destroys them in the
@@ -10,7 +10,6 @@
 #define BXSTREAMS_H
 
 class bxCStream;
-class bxIStream;
 class bxOStream;
 class bxTrace;
 class i_stream;
@@ -21,7 +20,6 @@ extern bxCStream& g_cstrm; /**< result table */
 extern bxCStream& g_qstrm; /**< table of parameter names */
 extern bxCStream& g_ustrm; /**< summary table */
 extern bxCStream& g_mstrm; /**< memory table */
-extern bxIStream& g_istrm; /**< parameter input */
 extern bxTrace& g_trace;   /**< call trace */
 extern i_stream& c_in;     /**< standard input */
 extern o_stream& c_out;    /**< standard output */

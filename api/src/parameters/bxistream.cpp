@@ -3,9 +3,15 @@
 #include "output/bxiostream.h"
 #include "output/bxostream.h"
 #include "output/bxpaths.h"
+#include "output/bxstorage.h"
 #include "parameters/bxparameter.h"
 
 namespace {
+
+constinit bxStorage<bxIStream> input;
+
+/** Number of units whose counter object lives. */
+constinit int units = 0;
 
 /** Answers to questions. */
 class Console : public bxValueSource {
@@ -32,6 +38,18 @@ bxGiven defaultOf(const bxQuestion& question) {
 }
 
 } // namespace
+
+constinit bxIStream& g_istrm = input.object;
+
+bxIStreamInit::bxIStreamInit() {
+    if (units++ == 0)
+        std::construct_at(&g_istrm);
+}
+
+bxIStreamInit::~bxIStreamInit() {
+    if (--units == 0)
+        std::destroy_at(&g_istrm);
+}
 
 bxIStream::~bxIStream() {
     setIStream(nullptr);

@@ -4,6 +4,7 @@
 #ifndef BXISTREAM_H
 #define BXISTREAM_H
 
+#include "output/bxstreams.h"
 #include "parameters/bxdatalist.h"
 #include "parameters/bxinifile.h"
 #include "parameters/bxvaluesource.h"
@@ -99,5 +100,22 @@ class bxIStream {
     Expected m_expected; /**< names by section */
     std::set<std::string> m_said;
 };
+
+/**
+ * Parameter input. It is built and destroyed as the streams of bxstreams.h are: behind them, so that whatever
+ * its end has to say is still shown.
+ */
+extern bxIStream& g_istrm;
+
+/** Keeps the parameter input alive. */
+class bxIStreamInit {
+  public:
+    bxIStreamInit();
+    ~bxIStreamInit();
+    bxIStreamInit(const bxIStreamInit&) = delete;
+    bxIStreamInit& operator=(const bxIStreamInit&) = delete;
+};
+
+static const bxIStreamInit s_bxIStreamInit;
 
 #endif

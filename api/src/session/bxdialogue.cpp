@@ -1,11 +1,11 @@
 #include "session/bxdialogue.h"
 
 #include "data/bxplacement.h"
+#include "framework/bxregister.h"
 #include "output/bxostream.h"
 #include "parameters/bxistream.h"
 #include "parameters/bxmap.h"
 #include "parameters/bxparmlist.h"
-#include "session/bxregister.h"
 #include "session/bxsession.h"
 #include "timing/bxtool.h"
 

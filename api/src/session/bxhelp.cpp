@@ -1,5 +1,6 @@
 // The three kinds of help.
 #include "output/bxostream.h"
+#include "session/bxkeys.h"
 #include "session/bxsession.h"
 
 namespace {
@@ -14,7 +15,7 @@ bool isLeftOut(const bxOption& option, bool hide) {
 } // namespace
 
 void bxSession::hint(char what, bool hide) {
-    if (what == 1)
+    if (what == hintShort)
         hint_quick(hide);
     else if (what == (hide ? 'h' : '?'))
         hint_full(hide);

@@ -30,7 +30,9 @@ struct bxKeyRow {
 /** All keys in the order of registration, which is the order of the help. */
 std::span<const bxKeyRow> bxKeyTable();
 
-/** Help that was asked for: 0 none, 1 the short help, else the character behind -h or -?. */
+/** In the place of a key's character: the short help. */
+inline constexpr char hintShort = 1;
+/** Help that was asked for: 0 none, `hintShort`, or the character behind -h or -?. */
 extern char s_hintArg;
 /** Hidden keys stay out of the help; cleared by -?. */
 extern bool s_hintHide;

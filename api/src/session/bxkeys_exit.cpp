@@ -1,4 +1,5 @@
 // Keys that show something instead of running the tests.
+#include "framework/bxreports.h"
 #include "session/bxkeys.h"
 #include "session/bxsession.h"
 
@@ -13,9 +14,10 @@ struct EnumMode {
     int mode;
     const char* text;
 };
-constexpr EnumMode enumModes[] = {{"+", 1, "enumerate applied and not applied library functions and exit"},
-                                  {"-", -1, "enumerate not applied library functions and exit"},
-                                  {nullptr, 0, "enumerate tested functions and exit"}};
+constexpr EnumMode enumModes[] = {
+    {"+", bxReportList::functions, "enumerate applied and not applied library functions and exit"},
+    {"-", bxReportList::missing, "enumerate not applied library functions and exit"},
+    {nullptr, bxReportList::tests, "enumerate tested functions and exit"}};
 
 const EnumMode& enumModeOf(const bxString& argument) {
     const EnumMode* row = enumModes;
@@ -26,12 +28,12 @@ const EnumMode& enumModeOf(const bxString& argument) {
 
 /** What help an argument of -h or -? asks for. */
 char hintOf(const bxString& argument) {
-    return argument.length() > 0 ? argument.c_str()[0] : char(1);
+    return argument.length() > 0 ? argument.c_str()[0] : hintShort;
 }
 
 bxString hintInfo(const bxString& argument, char full, const char* shortText, const char* fullText) {
     const char what = hintOf(argument);
-    if (what == 1)
+    if (what == hintShort)
         return shortText;
     return what == full ? bxString(fullText)
                         : bxString("type extended help for -") + bxString(what) + " key and exit";
@@ -39,7 +41,8 @@ bxString hintInfo(const bxString& argument, char full, const char* shortText, co
 } // namespace
 
 bxString e_info(bxString argument) {
-    return bxSession::isExit(2) ? bxSession::getExitInfo() : bxString(enumModeOf(argument).text);
+    return bxSession::isExit(bxSession::exitHelp) ? bxSession::getExitInfo()
+                                                  : bxString(enumModeOf(argument).text);
 }
 void e_apply(bxString argument, bxSession* session) {
     session->setEnumMode(enumModeOf(argument).mode);

@@ -36,7 +36,7 @@ bxString iniPath(bxString argument) {
 } // namespace
 
 bxString B_info(bxString) {
-    return bxSession::unlessExit(1, "batch mode");
+    return bxSession::unlessExit(bxSession::exitEnumerate, "batch mode");
 }
 void B_apply(bxString, bxSession* session) {
     session->setBatchMode(true);
@@ -56,7 +56,7 @@ bxString A_info(bxString argument) {
     for (const Part& part : parts)
         if ((mode & part.mode) != 0)
             text += bxString(text.length() > 0 ? "," : "") + part.text;
-    return bxSession::unlessExit(1, bxString("ask") + text + " from console");
+    return bxSession::unlessExit(bxSession::exitEnumerate, bxString("ask") + text + " from console");
 }
 void A_apply(bxString argument, bxSession* session) {
     session->addAskMode(askModeOf(argument));
@@ -70,7 +70,7 @@ bxString d_info(bxString argument) {
         text = "ignored: incorrect data format";
     else if (argument.find("=", argument.find("=") + 1) >= 0)
         text += " (without what follows the second =)";
-    return bxSession::unlessExit(1, text);
+    return bxSession::unlessExit(bxSession::exitEnumerate, text);
 }
 void d_apply(bxString argument, bxSession*) {
     if (isSetting(argument))
@@ -78,21 +78,22 @@ void d_apply(bxString argument, bxSession*) {
 }
 
 bxString i_info(bxString argument) {
-    return bxSession::unlessExit(1, bxString("read from ") + iniPath(argument));
+    return bxSession::unlessExit(bxSession::exitEnumerate, bxString("read from ") + iniPath(argument));
 }
 void i_apply(bxString argument, bxSession* session) {
     session->setIniMode(iniPath(argument), false);
 }
 
 bxString I_info(bxString argument) {
-    return bxSession::unlessExit(1, bxString("write BX parameters to ") + iniPath(argument) + " and exit");
+    return bxSession::unlessExit(bxSession::exitEnumerate,
+                                 bxString("write BX parameters to ") + iniPath(argument) + " and exit");
 }
 void I_apply(bxString argument, bxSession* session) {
     session->setIniMode(iniPath(argument), true);
 }
 
 bxString P_info(bxString) {
-    return bxSession::unlessExit(1, "read tested function names from ini-file if any");
+    return bxSession::unlessExit(bxSession::exitEnumerate, "read tested function names from ini-file if any");
 }
 void P_apply(bxString, bxSession*) {
     bxTest::m_pressing = true;

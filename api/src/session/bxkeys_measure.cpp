@@ -4,15 +4,17 @@
 #include "session/bxsession.h"
 #include "system/bxcputype.h"
 #include "system/bxenvironment.h"
+#include "system/bxpriority.h"
 #include "timing/bxtool.h"
 
 namespace {
 struct Priority {
     char letter;
-    int value; ///< of bxTool::m_priority
+    bxPriority value; ///< of bxTool::m_priority
     const char* name;
 };
-constexpr Priority priorities[] = {{'H', 1, "high"}, {'N', 2, "normal"}, {'L', 3, "low"}};
+constexpr Priority priorities[] = {
+    {'H', prioHigh, "high"}, {'N', prioNormal, "normal"}, {'L', prioLow, "low"}};
 
 const Priority* priorityOf(const bxString& argument) {
     for (const Priority& row : priorities)
@@ -33,9 +35,9 @@ const char* const noEnvironment = "ignored: <zorcore.h> is not included before <
 
 bxString Y_info(bxString argument) {
     const Priority* priority = priorityOf(argument);
-    return bxSession::unlessExit(1, priority != nullptr
-                                        ? bxString("set ") + priority->name + " process priority"
-                                        : bxString("ignored: incorrect process priority value"));
+    return bxSession::unlessExit(bxSession::exitEnumerate,
+                                 priority != nullptr ? bxString("set ") + priority->name + " process priority"
+                                                     : bxString("ignored: incorrect process priority value"));
 }
 void Y_apply(bxString argument, bxSession*) {
     if (const Priority* priority = priorityOf(argument))
@@ -67,7 +69,7 @@ void N_apply(bxString argument, bxSession*) {
 }
 
 bxString S_info(bxString) {
-    return bxSession::unlessExit(1, "include to measurement data set & use time");
+    return bxSession::unlessExit(bxSession::exitEnumerate, "include to measurement data set & use time");
 }
 void S_apply(bxString, bxSession*) {
     g_tool.includeDataSet = true;
@@ -75,7 +77,8 @@ void S_apply(bxString, bxSession*) {
 
 bxString C_info(bxString) {
     return bxSession::unlessExit(
-        1, "test data size will be in cache and out of cache if that is supported by test");
+        bxSession::exitEnumerate,
+        "test data size will be in cache and out of cache if that is supported by test");
 }
 void C_apply(bxString, bxSession*) {
     bxTest::m_cache = true;

@@ -9,9 +9,10 @@
 namespace {
 struct Level {
     char letter;
-    int mask;
+    OutputLevel mask;
 };
-constexpr Level levels[] = {{'E', 1}, {'W', 3}, {'P', 7}, {'I', 15}, {'T', 23}, {'M', 39}, {'D', 71}};
+constexpr Level levels[] = {{'E', outErr},   {'W', outWarn}, {'P', outPerf}, {'I', outInfo},
+                            {'T', outTrace}, {'M', outMem},  {'D', outData}};
 
 int levelOf(const bxString& argument) {
     int mask = 0;
@@ -39,18 +40,22 @@ bxString directoryInfo(const char* text, const bxString& argument) {
 
 bxString L_info(bxString argument) {
     struct Name {
-        int bit;
+        MessageLevel bit;
         const char* text;
     };
-    static constexpr Name names[] = {
-        {1, "errors"},         {2, ",warnings"},     {4, ",performance results"}, {8, ",measurement process"},
-        {16, ",tracing info"}, {32, ",memory info"}, {64, ",data info"}};
+    static constexpr Name names[] = {{ERR, "errors"},
+                                     {WARN, ",warnings"},
+                                     {PERF, ",performance results"},
+                                     {INFO, ",measurement process"},
+                                     {TRACE, ",tracing info"},
+                                     {MEM, ",memory info"},
+                                     {DATA, ",data info"}};
     const int mask = levelOf(argument);
     bxString text = "write ";
     for (const Name& name : names)
         text += (mask & name.bit) != 0 ? name.text : "";
     text += " to console";
-    return bxSession::unlessExit(1,
+    return bxSession::unlessExit(bxSession::exitEnumerate,
                                  mask != 0 ? text : bxString("ignored: incorrect level of console output"));
 }
 void L_apply(bxString argument, bxSession* session) {
@@ -87,9 +92,10 @@ void R_apply(bxString argument, bxSession* session) {
 
 bxString q_info(bxString argument) {
     return bxSession::unlessExit(
-        1, toResultTable(argument)
-               ? bxString("add function parameter name lines to csv files defined by -r & -R keys")
-               : bxString("write function parameter name lines to ") + outPath(argument, extName));
+        bxSession::exitEnumerate,
+        toResultTable(argument)
+            ? bxString("add function parameter name lines to csv files defined by -r & -R keys")
+            : bxString("write function parameter name lines to ") + outPath(argument, extName));
 }
 void q_apply(bxString argument, bxSession* session) {
     if (toResultTable(argument)) {
@@ -101,7 +107,7 @@ void q_apply(bxString argument, bxSession* session) {
 }
 
 bxString Q_info(bxString) {
-    return bxSession::unlessExit(1,
+    return bxSession::unlessExit(bxSession::exitEnumerate,
                                  "exit after function parameter name table creation and don't run tests\n");
 }
 void Q_apply(bxString, bxSession*) {
@@ -109,14 +115,16 @@ void Q_apply(bxString, bxSession*) {
 }
 
 bxString u_info(bxString argument) {
-    return bxSession::unlessExit(1, bxString("write summary table to ") + outPath(argument, extSum));
+    return bxSession::unlessExit(bxSession::exitEnumerate,
+                                 bxString("write summary table to ") + outPath(argument, extSum));
 }
 void u_apply(bxString argument, bxSession* session) {
     session->openOutput(g_ustrm, outPath(argument, extSum), false);
 }
 
 bxString U_info(bxString argument) {
-    return bxSession::unlessExit(1, bxString("add summary table to ") + outPath(argument, extSum));
+    return bxSession::unlessExit(bxSession::exitEnumerate,
+                                 bxString("add summary table to ") + outPath(argument, extSum));
 }
 void U_apply(bxString argument, bxSession* session) {
     session->openOutput(g_ustrm, outPath(argument, extSum), true);

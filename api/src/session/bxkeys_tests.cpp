@@ -15,21 +15,17 @@ struct ConditionText {
 /** `texts` has a row for each kind of condition. */
 bxString conditionInfo(bxString argument, const ConditionText (&texts)[4], const char* empty) {
     const int kind = getCondition(argument);
-    return bxSession::unlessExit(2, kind == condNone ? bxString(empty)
-                                                     : texts[kind].before + argument + texts[kind].after);
+    return bxSession::unlessExit(bxSession::exitHelp,
+                                 kind == condNone ? bxString(empty)
+                                                  : texts[kind].before + argument + texts[kind].after);
 }
 
-using MakeCondition = RunCondition* (*)(bxString pattern);
-
-template <class Condition>
-RunCondition* makeCondition(bxString pattern) {
-    return new Condition(pattern);
-}
-
-void addCondition(bxString argument, const MakeCondition (&make)[4], bxSession* session) {
+void addCondition(bxString argument, bxTestedName tested, bxSession* session) {
+    static constexpr bxNameMatch matches[] = {bxNameMatch::contains, bxNameMatch::alsoContains,
+                                              bxNameMatch::lacks, bxNameMatch::equals}; // by kind
     const int kind = getCondition(argument);
     if (kind != condNone)
-        session->addCondition(make[kind](argument));
+        session->addCondition(new bxRuleCondition({tested, matches[kind], argument}));
 }
 
 bool isOnly(const bxString& argument) {
@@ -48,10 +44,7 @@ bxString f_info(bxString argument) {
     return conditionInfo(argument, texts, "ignored: empty function pattern");
 }
 void f_apply(bxString argument, bxSession* session) {
-    static constexpr MakeCondition make[4] = {makeCondition<RunCondition_f>, makeCondition<RunCondition_fAnd>,
-                                              makeCondition<RunCondition_fNot>,
-                                              makeCondition<RunCondition_fEqual>};
-    addCondition(argument, make, session);
+    addCondition(argument, bxTestedName::function, session);
 }
 
 bxString t_info(bxString argument) {
@@ -62,29 +55,29 @@ bxString t_info(bxString argument) {
     return conditionInfo(argument, texts, "ignored: empty test pattern");
 }
 void t_apply(bxString argument, bxSession* session) {
-    static constexpr MakeCondition make[4] = {makeCondition<RunCondition_t>, makeCondition<RunCondition_tAnd>,
-                                              makeCondition<RunCondition_tNot>,
-                                              makeCondition<RunCondition_tEqual>};
-    addCondition(argument, make, session);
+    addCondition(argument, bxTestedName::test, session);
 }
 
 bxString F_info(bxString argument) {
-    return bxSession::unlessExit(1, bxString("start testing from ") + argument + " function");
+    return bxSession::unlessExit(bxSession::exitEnumerate,
+                                 bxString("start testing from ") + argument + " function");
 }
 void F_apply(bxString argument, bxSession*) {
     bxTestList::m_startFunc = argument;
 }
 
 bxString H_info(bxString argument) {
-    return bxSession::unlessExit(2, isOnly(argument) ? "run tests for hot functions only"
-                                                     : "add 'Interest' column to table file");
+    return bxSession::unlessExit(bxSession::exitHelp, isOnly(argument)
+                                                          ? "run tests for hot functions only"
+                                                          : "add 'Interest' column to table file");
 }
 void H_apply(bxString argument, bxSession*) {
-    bxTest::m_hot = isOnly(argument) ? 2 : 1;
+    bxTest::m_hot = isOnly(argument) ? bxTest::hotOnly : bxTest::hotColumn;
 }
 
 bxString s_info(bxString argument) {
-    return bxSession::unlessExit(2, isUnsorted(argument) ? "don't sort functions" : "sort functions");
+    return bxSession::unlessExit(bxSession::exitHelp,
+                                 isUnsorted(argument) ? "don't sort functions" : "sort functions");
 }
 void s_apply(bxString argument, bxSession* session) {
     session->setQuickMode(isUnsorted(argument));

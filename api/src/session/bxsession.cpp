@@ -2,6 +2,7 @@
 
 #include "framework/bxhotlist.h"
 #include "framework/bxinfotests.h"
+#include "framework/bxregister.h"
 #include "framework/bxreportformat.h"
 #include "framework/bxreports.h"
 #include "framework/bxtest.h"
@@ -15,7 +16,6 @@
 #include "session/bxkeys.h"
 #include "session/bxprecisesetting.h"
 #include "session/bxprotection.h"
-#include "session/bxregister.h"
 #include "session/bxstrict.h"
 #include "system/bxenvironment.h"
 #include "timing/bxexception.h"
@@ -24,7 +24,7 @@
 #include <ctime>
 
 const char* const BX_version = "2.0";
-int bxSession::m_exitLevel = 0;
+int bxSession::m_exitLevel = bxSession::exitNone;
 
 namespace {
 /** What zor_Init answers where no core of the library is bound. */
@@ -133,9 +133,9 @@ bool bxSession::quickOutput() {
         hint(s_hintArg, s_hintHide);
         return true;
     }
-    if (m_enumMode > 1) // no -e key
+    if (m_enumMode == noEnumeration)
         return s_version;
-    if (m_enumMode == 0 && !m_quickMode)
+    if (m_enumMode == bxReportList::tests && !m_quickMode)
         pTestList->sortFunc();
     listTests(m_enumMode);
     return true;
@@ -216,7 +216,7 @@ bool bxSession::isExit(int level) {
 bxString bxSession::getExitInfo() {
     static constexpr std::array texts{"ignored", "ignored because of -e option",
                                       "ignored because of -h option", "ignored because of -v option"};
-    const bool known = m_exitLevel > 0 && m_exitLevel < static_cast<int>(texts.size());
+    const bool known = m_exitLevel > exitNone && m_exitLevel < static_cast<int>(texts.size());
     return texts[known ? static_cast<std::size_t>(m_exitLevel) : 0];
 }
 

@@ -58,10 +58,10 @@ class bxSession : public bxPaths, public bxSessionModes {
     /** Reads and applies the keys; false after a fatal error. */
     virtual bool parseCommandLine(int argc, char** argv);
 
-    /** Enumeration of tests (mode 0) or library functions (1 all, -1 those that no test measures). */
+    /** What -e enumerates, as bxReportList has it. */
     virtual void listTests(int mode);
 
-    /** Help by the character behind -h or -?; 1 stands for none. */
+    /** Help by the character behind -h or -?, or `hintShort`. */
     virtual void hint(char what, bool hide);
     virtual void hint_quick(bool hide);
     virtual void hint_full(bool hide);
@@ -79,7 +79,9 @@ class bxSession : public bxPaths, public bxSessionModes {
     virtual void readCommonData();
 
   public:
-    /** True when a key is present that ends the run early: 1 -e, 2 -h or -?, 3 -v. */
+    /** Keys that end the run early; values of `m_exitLevel`. */
+    enum ExitLevel { exitNone, exitEnumerate, exitHelp, exitVersion };
+    /** True when a key is present that ends the run early, of this level or above. */
     static bool isExit(int level);
     /** What the report says of a key that has no effect because of such a key. */
     static bxString getExitInfo();
@@ -111,7 +113,7 @@ class bxSession : public bxPaths, public bxSessionModes {
     /** Reports one key and carries it out. */
     void applyOption(char key, bxString argument);
 
-    static int m_exitLevel; ///< 0 none, 1 -e, 2 -h or -?, 3 -v
+    static int m_exitLevel; ///< an `ExitLevel`
 
   protected:
     // Steps of a run.
@@ -162,7 +164,7 @@ class bxSession : public bxPaths, public bxSessionModes {
     OutputLevel m_levelMode = outErr;
     bool m_quickMode = false;
     static constexpr int noEnumeration = 100;
-    int m_enumMode = noEnumeration; ///< 0 tests, 1 library functions, -1 those that no test measures
+    int m_enumMode = noEnumeration; ///< or a mode of bxReportList
     bool m_unopenedFile = false;
     bxString m_iniName;
     bool m_iniWrite = false;

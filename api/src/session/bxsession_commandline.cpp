@@ -1,8 +1,8 @@
 // From the words of the command line to applied keys.
+#include "framework/bxregister.h"
 #include "output/bxostream.h"
 #include "parameters/bxistream.h"
 #include "session/bxdialogue.h"
-#include "session/bxregister.h"
 #include "session/bxsession.h"
 #include "system/bxcputype.h"
 
@@ -101,13 +101,13 @@ bool bxSession::readCfgFile(bxString& args, bxString& path) {
 }
 
 void bxSession::settleExitLevel(const bxCommandList& keys) {
-    m_exitLevel = 0;
+    m_exitLevel = exitNone;
     if (keys.isKey('?') || keys.isKey('h'))
-        m_exitLevel = 2;
+        m_exitLevel = exitHelp;
     else if (keys.isKey('e'))
-        m_exitLevel = 1;
+        m_exitLevel = exitEnumerate;
     else if (keys.isKey('v'))
-        m_exitLevel = 3;
+        m_exitLevel = exitVersion;
 }
 
 void bxSession::settlePaths(const bxCommandList& keys) {

@@ -1,6 +1,6 @@
 #include "data/bxalloc.h"
+#include "framework/bxregister.h"
 #include "output/bxtrace.h"
-#include "session/bxregister.h"
 #include "session/bxsession.h"
 #include "timing/bxturns.h"
 

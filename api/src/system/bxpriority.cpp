@@ -32,20 +32,20 @@ void setHighPriority() {
 } // namespace
 
 void bxSetPriority(int mode) {
-    _bSavedPrio = mode != 0;
-    if (mode == 0 || !isRoot())
+    _bSavedPrio = mode != prioKeep;
+    if (mode == prioKeep || !isRoot())
         return;
     _prio = getpriority(PRIO_PROCESS, 0);
     _policy = sched_getscheduler(0);
     sched_getparam(0, &_param);
     switch (mode) {
-    case 1:
+    case prioHigh:
         setHighPriority();
         break;
-    case 2:
+    case prioNormal:
         setPriority(0, SCHED_OTHER, 0);
         break;
-    case 3:
+    case prioLow:
         setPriority(10, SCHED_OTHER, 0);
         break;
     default:

@@ -4,7 +4,10 @@
 #ifndef BXPRIORITY_H
 #define BXPRIORITY_H
 
-/** Saves the priority and sets that of a mode: 0 leave alone, 1 high (real time), 2 normal, 3 low. */
+/** Priorities of the process. */
+enum bxPriority { prioKeep, prioHigh, prioNormal, prioLow };
+
+/** Saves the priority and sets another, a `bxPriority`; high is real time. */
 void bxSetPriority(int mode);
 
 /** Restores what the last `bxSetPriority` saved. */

@@ -1,4 +1,4 @@
-#include "session/bxregister.h"
+#include "framework/bxregister.h"
 
 // Constant-initialised, so that a hook may be called from any static initialiser.
 bxSession* pSession = nullptr;
