@@ -1,10 +1,10 @@
 // The common dialogue: defaults, -d settings, console answers, limits, and the boxes.
 #include "data/bxplacement.h"
+#include "framework/bxregister.h"
 #include "parameters/bxistream.h"
 #include "parameters/bxiterator.h"
 #include "parameters/bxparmlist.h"
 #include "session/bxdialogue.h"
-#include "framework/bxregister.h"
 #include "session/bxsession.h"
 #include "testsupport.h"
 #include "timing/bxexception.h"

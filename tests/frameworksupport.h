@@ -98,19 +98,15 @@ class FrameworkFixture : public ::testing::Test {
         g_tool = bxTool();
         g_tool.setMethodLoop(1);
         bxCpuTicker::m_freqMHz = 1000;
-        bxTest::m_numParmsColm = 3;
-        bxTest::m_numResultColm = 5;
+        g_run.parameterColumns = 3;
+        g_run.resultColumns = 5;
         ScriptedTest::s_clocks = 1000;
         ScriptedTest::s_status = OK;
     }
-    void TearDown() override {
-        bxTest::m_hot = 0;
-        bxTest::m_cache = bxTest::m_pressing = false;
-        bxSessionModes::m_nameMode = 0;
-        bxSessionModes::m_nameExit = false;
-        bxTestList::m_startFunc = "";
-        g_tool = bxTool();
-    }
+    void TearDown() override { g_tool = bxTool(); }
+
+  private:
+    const bxRunScope m_run; // each case has a run of its own
 };
 
 /** The lines of a text that are framed, or those that are not. */

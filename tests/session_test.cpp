@@ -1,9 +1,9 @@
 // The session: key parser, key table, help and the order of a run. What a user sees of it is tested in cli/.
+#include "framework/bxregister.h"
 #include "framework/bxtestlist.h"
 #include "output/bxostream.h"
 #include "session/bxdialogue.h"
 #include "session/bxkeys.h"
-#include "framework/bxregister.h"
 #include "session/bxsession.h"
 #include "system/bxenvironment.h"
 #include "testsupport.h"

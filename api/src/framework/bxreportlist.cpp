@@ -46,12 +46,12 @@ class MeasuredFunctions {
 
 } // namespace
 
-bxReportList::bxReportList(bxTestList& list, bxConditions& conditions, int mode) {
+bxReportList::bxReportList(bxTestList& registry, bxConditions& conditions, int mode) {
     bxStringList names;
     if (mode != tests && createFuncList(names))
-        listFunctions(list, names, mode == missing);
+        listFunctions(registry, names, mode == missing);
     else
-        listTests(list, conditions);
+        listTests(registry, conditions);
 }
 
 bool bxReportList::createFuncList(bxStringList& names) {
@@ -68,10 +68,10 @@ void bxReportList::addRow(std::initializer_list<bxString> cells) {
         push_back(cell);
 }
 
-void bxReportList::listTests(bxTestList& list, bxConditions& conditions) {
+void bxReportList::listTests(bxTestList& registry, bxConditions& conditions) {
     addRow({"   #", "Function", "Test", "Source"});
     int n = 0;
-    for (bxTest* test : list) {
+    for (bxTest* test : registry) {
         if (!test->tobeRun(conditions))
             continue;
         char number[16];
@@ -80,9 +80,9 @@ void bxReportList::listTests(bxTestList& list, bxConditions& conditions) {
     }
 }
 
-void bxReportList::listFunctions(const bxTestList& list, const bxStringList& names, bool missingOnly) {
+void bxReportList::listFunctions(const bxTestList& registry, const bxStringList& names, bool missingOnly) {
     addRow({"Exist", "Function"});
-    const MeasuredFunctions measured(list);
+    const MeasuredFunctions measured(registry);
     for (const bxString& function : names) {
         const bool present = measured.presentInTestList(function);
         if (!present || !missingOnly)

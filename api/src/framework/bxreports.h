@@ -56,14 +56,14 @@ class bxReportList : public bxStringList {
         tests = 0,
         functions = 1 /**< all library functions */
     };
-    bxReportList(bxTestList& list, bxConditions& conditions, int mode);
+    bxReportList(bxTestList& registry, bxConditions& conditions, int mode);
 
     /** Number of cells in a row. */
     int columns() const { return m_columns; }
 
   private:
-    void listTests(bxTestList& list, bxConditions& conditions);
-    void listFunctions(const bxTestList& list, const bxStringList& names, bool missingOnly);
+    void listTests(bxTestList& registry, bxConditions& conditions);
+    void listFunctions(const bxTestList& registry, const bxStringList& names, bool missingOnly);
     /** The registered library functions without those that only set up or free; false when none remains. */
     static bool createFuncList(bxStringList& names);
 

@@ -4,6 +4,8 @@
 #ifndef BXSESSIONMODES_H
 #define BXSESSIONMODES_H
 
+#include "framework/bxrun.h"
+
 /** The switches stand below the session, which derives from them: tests know no session. */
 class bxSessionModes {
   public:
@@ -12,9 +14,9 @@ class bxSessionModes {
         nameInResults = 1, /**< parameter-name lines go into the result tables */
         nameInOwnTable = 2 /**< parameter-name lines go into the separate name table */
     };
-    static inline int m_nameMode = 0;
+    static inline int& m_nameMode = g_run.nameMode;
     /** Tests write their parameter names and measure nothing. */
-    static inline bool m_nameExit = false;
+    static inline bool& m_nameExit = g_run.nameExit;
 };
 
 #endif

@@ -7,6 +7,7 @@
 #include "data/bxplacement.h"
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
+#include "framework/bxrun.h"
 #include "framework/bxtestinfo.h"
 #include "output/bxlevels.h"
 #include "parameters/bxcacheiterator.h"
@@ -192,13 +193,13 @@ class bxTest {
     bxCacheIterator* cacheIter = nullptr; /**< stands in for the size parameter in cache mode; owned */
     bool cacheRetry = false;              /**< the cache iterator refused the size of the combination */
 
-    /** Result of the running test, raised step by step. */
-    static inline bxResult m_currentResult = UNDEFINED;
-    static inline int m_numParmsColm = 0;  /**< function and parameter columns of the result table */
-    static inline int m_numResultColm = 0; /**< result columns of the result table */
-    static inline int m_hot = hotOff;      /**< a column "Interest", or hot functions only */
-    static inline bool m_pressing = false; /**< run only tests that have a section in the ini file */
-    static inline bool m_cache = false;    /**< measure in and out of cache */
+    // Views of the present run, under the names that test units use.
+    static inline bxResult& m_currentResult = g_run.result;
+    static inline int& m_numParmsColm = g_run.parameterColumns;
+    static inline int& m_numResultColm = g_run.resultColumns;
+    static inline int& m_hot = g_run.hot;
+    static inline bool& m_pressing = g_run.pressing;
+    static inline bool& m_cache = g_run.cache;
     /** Blocks allocated for the current combination. */
     static inline int& m_vectorNum = g_placement.blocks;
     /** Mutual offset of the next block, bytes. */

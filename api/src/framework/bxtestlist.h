@@ -6,6 +6,7 @@
 
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
+#include "framework/bxrun.h"
 #include "timing/bxresult.h"
 
 #include <ctime>
@@ -45,10 +46,9 @@ class bxTestList : public bxList<bxTest*> {
     /** Name of the signal that ended the run early, or null. */
     const char* interruptedBy = nullptr;
 
-    /** While not empty, tests are passed over until one whose function name contains it. */
-    static inline bxString m_startFunc;
-    /** The test that is running; null between tests. */
-    static inline bxTest* m_pCurrentTest = nullptr;
+    // Views of the present run.
+    static inline bxString& m_startFunc = g_run.startFunc;
+    static inline bxTest*& m_pCurrentTest = g_run.currentTest;
 
   private:
     /** Number of tests that a run now would take. */

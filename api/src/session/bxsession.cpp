@@ -55,6 +55,7 @@ void bxSession::initSession() {
 }
 
 int bxSession::run(int argc, char** argv) {
+    const bxRunScope ownRun(g_run); // from what the program has set, and leaving nothing behind
     g_ostrm.setMsgLevel(PERF);
     attachConsole();
     setZorEnvironment();

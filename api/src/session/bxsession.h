@@ -103,9 +103,7 @@ class bxSession : public bxPaths, public bxSessionModes {
     void openOutput(bxOutputs& stream, const bxString& path, bool append);
     void setSglName(bxString name);
 
-    int askMode() const { return m_askMode; }
     bool batchMode() const { return m_batchMode; }
-    OutputLevel levelMode() const { return m_levelMode; }
 
     void initOption(char key, bxString help, bxKeyInfo info, bxKeyApply apply, bxString descr, bool hidden);
     /** The first registered key of this character, or null. */
