@@ -27,7 +27,6 @@
 #include "system/bxprobes.h"
 #include "timing/bxcallwatch.h"
 #include "timing/bxprecise.h"
-#include "timing/bxsignal.h"
 #include "timing/bxstatistics.h"
 #include "timing/bxwatchdog.h"
 

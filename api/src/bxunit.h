@@ -38,6 +38,7 @@
 #include "timing/bxexception.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxresult.h"
+#include "timing/bxsignal.h"
 #include "timing/bxtool.h"
 
 #endif

@@ -1,5 +1,6 @@
 // Runs tests of functions that misbehave: each ends its own test with the right result, the next test is that
 // of an undisturbed run, and the thousandth is like the first.
+#include "bx.h"
 #include "misbehaviours.h"
 #include "suite.h"
 #include "testsupport.h"
