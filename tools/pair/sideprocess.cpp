@@ -206,7 +206,7 @@ void waitForChild(std::chrono::milliseconds longest) {
     sigset_t child;
     sigemptyset(&child);
     sigaddset(&child, SIGCHLD);
-    const timespec limit{.tv_sec = longest.count() / 1000,
+    const timespec limit{.tv_sec = static_cast<time_t>(longest.count() / 1000),
                          .tv_nsec = static_cast<long>(longest.count() % 1000 * 1'000'000)};
     sigtimedwait(&child, nullptr, &limit);
 }
