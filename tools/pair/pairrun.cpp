@@ -26,7 +26,8 @@ constexpr double worthwhile = 30e6;
 /** Rounds in a row that may give nothing before a row is given up. */
 constexpr int mostMissed = 3;
 constexpr int mostCalls = 1 << 20;
-/** Rows on which the sides differ by more have stretches of the same time, others of the same calls. */
+/** Rows on which the sides differ by more have stretches of the same time, others of the same calls: what a
+ * stretch costs by itself, and what calls make of data that they work on in place, is then alike. */
 constexpr double similar = 1.5;
 
 double secondsSince(Moment start) {
@@ -35,6 +36,13 @@ double secondsSince(Moment start) {
 
 int callsFor(double clocks) {
     return std::clamp(static_cast<int>(stretchClocks / clocks + 0.5), 1, mostCalls);
+}
+
+double medianOf(std::span<const double> clocks) {
+    std::vector<double> sorted(clocks.begin(), clocks.end());
+    const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
+    std::nth_element(sorted.begin(), middle, sorted.end());
+    return *middle;
 }
 
 /** Two pipe ends. */
@@ -101,8 +109,7 @@ class Rounds {
     using Processes = std::array<std::unique_ptr<SideProcess>, 2>;
 
     int turnsOf(const RowProgress& row) const {
-        const double stretch =
-            std::max(stretchClocks, std::max(row.row.before().clocks, row.row.after().clocks));
+        const double stretch = std::max(stretchClocks, std::max(row.clocks[0], row.clocks[1]));
         const double each = worthwhile / static_cast<double>(m_open.size()) / 2 / stretch;
         // Calls of a millisecond make a round long by themselves.
         const double fewer = std::min(1.0 * usualTurns, usualTurns * std::sqrt(stretchClocks / stretch));
@@ -121,7 +128,7 @@ class Rounds {
         for (std::size_t i = 0; i < m_open.size(); ++i) {
             Row& row = m_plan->rows()[i];
             const auto& sides = m_open[i]->row.sides;
-            const double clocks[2] = {sides[0]->clocks, sides[1]->clocks};
+            const auto& clocks = m_open[i]->clocks;
             const bool alike = std::max(clocks[0], clocks[1]) < similar * std::min(clocks[0], clocks[1]);
             for (std::size_t side = 0; side < 2; ++side) {
                 row.place[side] = sides[side]->place;
@@ -207,6 +214,8 @@ class Rounds {
             behindLast = i + 1;
             const auto value = ratioOfRound(m_plan->clocks(row, row.starter),
                                             m_plan->clocks(row, 1 - row.starter), row.starter == 0);
+            for (int side = 0; side < 2; ++side)
+                m_open[i]->clocks[static_cast<std::size_t>(side)] = medianOf(m_plan->clocks(row, side));
             if (value)
                 add(*m_open[i], *value);
         }
@@ -274,6 +283,7 @@ PairResult runRounds(const Sides& sides, const PairRows& rows, const PairRules& 
                 progress.trouble =
                     std::string(sideNames[side]) + ": " +
                     (row.sides[side]->trouble.empty() ? "not timed" : row.sides[side]->trouble);
+        progress.clocks.fill(std::min(row.before().clocks, row.after().clocks));
         result.rows.push_back(std::move(progress));
     }
     Rounds rounds(sides, rules, start, result);

@@ -8,6 +8,7 @@
 #include "rows.h"
 #include "sideprocess.h"
 
+#include <array>
 #include <functional>
 #include <random>
 #include <string>
@@ -28,6 +29,9 @@ struct RowProgress {
     std::vector<double> rounds; /**< values of `ratioOfRound` */
     Judgement judgement;
     int nextLook = Looks::fewest;
+    /** Of a call on each side. What the examination said is alike for both: one side may have been disturbed.
+     */
+    std::array<double, 2> clocks{};
     int missed = 0;      /**< rounds that gave nothing */
     std::string trouble; /**< why it has no rounds (any more) */
 
