@@ -133,6 +133,7 @@ void bxTestLoop::time() {
         g_ostrm.setOutLevel(outPerf);
     bxStartWatchdog();
     checkRegisters();
+    countInstructions();
     bxResult r = bxTraced("runTiming", [this] { return m_test.runTiming(); });
     bxStopWatchdog();
     g_ostrm.setOutLevel(level);
@@ -143,6 +144,7 @@ void bxTestLoop::time() {
                             FAIL);
     else
         m_test.printAllMemoryBlocks("after function calls");
+    addInstructionsToInfo();
     r = std::max(r, m_test.checkCtrlStatus());
     bxTest::raiseResult(counted(r));
     m_test.outputResult(r);

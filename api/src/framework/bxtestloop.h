@@ -5,6 +5,7 @@
 #define BXTESTLOOP_H
 
 #include "foundation/bxstring.h"
+#include "timing/bxinstructions.h"
 #include "timing/bxresult.h"
 
 class bxTest;
@@ -22,6 +23,8 @@ class bxTestLoop {
     void checkRegisters();
     /** Outside what is timed; returns the function's status. */
     int callOnce();
+    void countInstructions();
+    void addInstructionsToInfo();
     void time();
     void compare(bxTurns& side);
     void finish();
@@ -29,8 +32,9 @@ class bxTestLoop {
     void restoreTraceStep();
 
     bxTest& m_test;
-    const bxString m_step;      /**< trace step that every combination starts from */
-    bool m_constDue = true;     /**< the constant description has not been written */
+    const bxString m_step;             /**< trace step that every combination starts from */
+    bool m_constDue = true;            /**< the constant description has not been written */
+    bxInstructionCount m_instructions; /**< of a call of the combination */
     bool m_dataMissing = false; /**< some combination was passed over because its data could not be had */
 };
 

@@ -34,8 +34,9 @@ inline constexpr const char* d_descr =
     a range 16;1024;*2 (put quotes around them in a shell). -I shows the names of all parameters;
     a name that nothing asked for is named at the end. Beside these, Precise=yes measures by
     differences against a chain of additions and gives core clocks with their 95 % interval, to
-    within PreciseAccuracy (per cent; the Accuracy where it is not given); WatchdogSeconds=<n>
-    ends a combination that takes longer; GuardBlocks=yes ends test data at a protected page;
+    within PreciseAccuracy (per cent; the Accuracy where it is not given); Instructions=yes counts
+    the instructions of a call, up to InstructionsMost (200000); WatchdogSeconds=<n> ends a
+    combination that takes longer; GuardBlocks=yes ends test data at a protected page;
     Strict=yes gives the exit status 2 when the run ended before its tests, no test ran, a key or a
     name was not known, or an output could not be written.
     Default: no value is set.

@@ -13,6 +13,7 @@
 #include "parameters/bxparmlist.h"
 #include "session/bxdialogue.h"
 #include "session/bxgiven.h"
+#include "session/bxinstructionsetting.h"
 #include "session/bxkeys.h"
 #include "session/bxprecisesetting.h"
 #include "session/bxprotection.h"
@@ -184,6 +185,7 @@ void bxSession::readCommonData() {
     bxReadProtection();
     int asked = readTimingMethod();
     bxReadPrecise();
+    bxReadInstructions();
     asked += readTestParameters() + readDataOffset();
     if (asked != 0)
         g_ostrm << ERR << getEnterTitle("End of common specifications") << endMessage;

@@ -47,6 +47,8 @@ struct bxTimingSettings {
     bool precise = false;    ///< measure by differences against a chain of additions, whatever the method
     double budget = 20e6;    ///< precise: clocks of a combination, and three calls (10 ms at 2 GHz)
     double patience = 200e6; ///< precise: clocks more to wait for others to leave the core (0.1 s)
+    bool countInstructions = false; ///< of a call, step by step, beside the timing
+    int mostInstructions = 200'000; ///< steps after which the counting is given up
 };
 
 /** The functions of a test, null where it has none. */
