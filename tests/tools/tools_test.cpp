@@ -297,6 +297,26 @@ TEST(Comparison, RunsThatMissedTheirAccuracyCountOnlyWhereNoneReachedIt) {
     EXPECT_STREQ(verdictName(compareRuns(alone, company, {}).rows[0].verdict), "slower");
 }
 
+TEST(Comparison, CountsOfInstructionsAreExact) {
+    const ComparisonRules rules{.instructions = true};
+    const auto judged = [&](const std::vector<double>& clocks, const char* before, const char* after) {
+        const Comparison result = compareRuns(runsOf(clocks, before), runsOf({250, 90}, after), rules);
+        return result.rows.empty() ? "not compared" : verdictName(result.rows[0].verdict);
+    };
+    const char* const counted = "nLps=4 acc=30.0% instr=200000 code=00000001";
+    EXPECT_STREQ(judged({100}, counted, "nLps=8 instr=200000 steps=200100 code=00000001"), "same");
+    EXPECT_STREQ(judged({100}, counted, "nLps=4 instr=200001 code=00000001"), "slower");
+    EXPECT_STREQ(judged({100}, counted, "nLps=4 shared=40.0% instr=199999 code=00000001"), "faster");
+    EXPECT_STREQ(judged({100}, counted, "nLps=4 instr>200000"), "not compared");
+    EXPECT_STREQ(judged({100}, "nLps=4", "nLps=4 instr=?fault"), "not compared");
+
+    std::vector<TableRun> unlike = runsOf({100}, "instr=7");
+    for (TableRun& run : runsOf({100}, "instr=8"))
+        unlike.push_back(run);
+    EXPECT_STREQ(verdictName(compareRuns(runsOf({100}, "instr=7"), unlike, rules).rows[0].verdict),
+                 "cannot tell");
+}
+
 TEST(Comparison, MatchesRowsAndSortsTheWorstFirst) {
     const std::string start = head + titles;
     const auto side = [&](const std::string& rows) { return readText(start + rows).runs; };

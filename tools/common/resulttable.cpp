@@ -398,6 +398,25 @@ std::optional<double> ResultRow::throughput() const {
     return numberAfter(comment, bxTable::throughput);
 }
 
+std::optional<double> ResultRow::instructions() const {
+    return numberAfter(comment, "instr=");
+}
+
+std::optional<double> ResultRow::steps() const {
+    const auto steps = numberAfter(comment, "steps=");
+    return steps ? steps : instructions();
+}
+
+std::optional<double> ResultRow::ipc() const {
+    return numberAfter(comment, "ipc=");
+}
+
+std::string ResultRow::codeDigest() const {
+    constexpr std::string_view mark = " code=";
+    const std::size_t at = comment.find(mark);
+    return at == std::string::npos ? std::string() : comment.substr(at + mark.size(), 8);
+}
+
 std::optional<double> ResultRow::loops() const {
     const auto loops = numberAfter(comment, bxTable::loops);
     return loops ? loops : numberAfter(comment, bxTable::calls);

@@ -56,9 +56,13 @@ struct ResultRow {
     std::optional<double>
     shared() const;       /**< share of the core that others took, "shared=", relative; only where they did */
     bool unknown() const; /**< the precise mode had too few clean slices: "95%=unknown" */
-    std::optional<double> throughput() const; /**< independent additions in a core clock, "adds/clock=" */
-    std::optional<double> loops() const;      /**< timed calls, "nLps=" or "nCalls=" */
-    std::string cacheMode() const;            /**< "inCache", "outofCache" or empty */
+    std::optional<double> throughput() const;   /**< independent additions in a core clock, "adds/clock=" */
+    std::optional<double> instructions() const; /**< of a call, "instr="; only where it could be counted */
+    std::optional<double> steps() const; /**< the same with the iterations of repeated string instructions */
+    std::optional<double> ipc() const;   /**< instructions in a core clock, "ipc=" */
+    std::string codeDigest() const;      /**< of the instructions in their order, "code="; may be empty */
+    std::optional<double> loops() const; /**< timed calls, "nLps=" or "nCalls=" */
+    std::string cacheMode() const;       /**< "inCache", "outofCache" or empty */
     bool deprecated() const { return comment == bxTable::deprecated; }
 };
 

@@ -44,6 +44,9 @@ Options::Options(CLI::App& app) {
     addShare(app, "--accuracy", rules.accuracy, 100,
              "of a figure without repeated runs that states none (5)");
     flag("--time", rules.time, "compare microseconds per call instead of clocks per unit");
+    flag("--instructions", rules.instructions,
+         "compare the instructions of a call, exactly, and no clocks (runs with -dInstructions=yes)")
+        ->excludes("--time");
     flag("--all", allRows, "list rows that are the same, too");
     flag("--json", json, "write JSON")->excludes(flag("--csv", csv, "write csv"));
     flag("--partial", partial, "accept tables whose last line is cut off");

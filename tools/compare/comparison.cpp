@@ -51,6 +51,7 @@ struct Figure {
     double log = 0;
     std::optional<double> missed; /**< accuracy, where the wanted one was missed or the core shared */
     bool company = false;         /**< others used the core */
+    double value = 0;
 };
 
 /** The figures of one row on one side. */
@@ -63,7 +64,7 @@ struct Figures {
 using Side = std::map<RowKey, Figures>;
 
 Figure figureOf(const ResultRow& row, double value, double fullThroughput) {
-    Figure figure{std::log(value), row.accuracy(), hadCompany(row, fullThroughput)};
+    Figure figure{std::log(value), row.accuracy(), hadCompany(row, fullThroughput), value};
     if (figure.company || row.unknown())
         figure.missed = std::max(row.accuracy().value_or(0), costOfCompany);
     return figure;
@@ -79,7 +80,9 @@ Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules, con
             while (!key.parameters.empty() && key.parameters.back().empty())
                 key.parameters.pop_back();
             key.repetition = seen[key]++;
-            const auto figure = rules.time ? row.microseconds : row.clocks;
+            const auto figure = rules.instructions ? row.instructions()
+                                : rules.time       ? row.microseconds
+                                                   : row.clocks;
             if (!figure || *figure <= 0)
                 continue;
             Figures& figures = side[key];
@@ -141,6 +144,29 @@ RowComparison compareRow(const RowKey& key, const Figures& before, const Figures
     row.low = std::exp(change.location - width);
     row.high = std::exp(change.location + width);
     row.p = pValue(change);
+    return row;
+}
+
+/** Counts are exact: they differ or they do not. */
+RowComparison compareCounts(const RowKey& key, const Figures& before, const Figures& after) {
+    RowComparison row;
+    row.key = key;
+    row.unit = after.unit;
+    row.before = before.runs.front().value;
+    row.after = after.runs.front().value;
+    row.runsBefore = before.runs.size();
+    row.runsAfter = after.runs.size();
+    row.ratio = row.low = row.high = row.after / row.before;
+    const auto oneCount = [](const Figures& side) {
+        return std::all_of(side.runs.begin(), side.runs.end(),
+                           [&](const Figure& run) { return run.value == side.runs.front().value; });
+    };
+    if (!oneCount(before) || !oneCount(after))
+        return row;
+    row.p = row.adjusted = row.before == row.after ? 1 : 0;
+    row.verdict = row.after > row.before   ? Verdict::slower
+                  : row.after < row.before ? Verdict::faster
+                                           : Verdict::same;
     return row;
 }
 
@@ -248,7 +274,7 @@ Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<Ta
     const Throughputs throughputs = fullThroughputs(before, after);
     Side left = gather(before, rules, throughputs);
     Side right = gather(after, rules, throughputs);
-    const std::size_t leftOut = leaveOutMissed(left) + leaveOutMissed(right);
+    const std::size_t leftOut = rules.instructions ? 0 : leaveOutMissed(left) + leaveOutMissed(right);
     for (const auto& [key, figures] : left) {
         const auto other = right.find(key);
         if (other == right.end()) {
@@ -257,19 +283,23 @@ Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<Ta
             throw TableError(key.function + ": measured per \"" + figures.unit + "\" on one side, per \"" +
                              other->second.unit + "\" on the other");
         } else {
-            result.rows.push_back(compareRow(key, figures, other->second, rules));
+            result.rows.push_back(rules.instructions ? compareCounts(key, figures, other->second)
+                                                     : compareRow(key, figures, other->second, rules));
         }
     }
     for (const auto& [key, figures] : right)
         if (!left.contains(key))
             result.onlyAfter.push_back(key);
-    judgeAll(result.rows, rules);
+    if (!rules.instructions)
+        judgeAll(result.rows, rules);
     sortWorstFirst(result.rows);
     result.functions = byFunction(result.rows);
     std::vector<double> ratios;
     std::transform(result.rows.begin(), result.rows.end(), std::back_inserter(ratios),
                    [](const RowComparison& row) { return row.ratio; });
     result.ratio = geometricMean(ratios);
+    if (rules.instructions)
+        return result;
     result.notes = machineNotes(before, after);
     if (leftOut > 0) {
         result.notes.push_back(std::to_string(leftOut) +

@@ -20,10 +20,11 @@ const char* verdictName(Verdict verdict);
 
 /** How strict a comparison is. */
 struct ComparisonRules {
-    double threshold = 0.05; /**< slowdown allowed, relative; also what counts as "the same" */
-    double alpha = 0.05;     /**< probability of any alarm where nothing changed */
-    double accuracy = 0.05;  /**< of a single figure that states none, relative */
-    bool time = false;       /**< compare microseconds per call, not clocks per unit */
+    double threshold = 0.05;   /**< slowdown allowed, relative; also what counts as "the same" */
+    double alpha = 0.05;       /**< probability of any alarm where nothing changed */
+    double accuracy = 0.05;    /**< of a single figure that states none, relative */
+    bool time = false;         /**< compare microseconds per call, not clocks per unit */
+    bool instructions = false; /**< compare the counts of instructions, exactly, and nothing else */
 };
 
 /** What makes rows the same row: the function, its parameters, the cache mode, and its place among equal
@@ -85,6 +86,8 @@ struct Comparison {
  * most alpha) and the ratio lies beyond the threshold;
  * - same: the 90 % interval of the ratio lies within the threshold (two one-sided tests of 5 %);
  * - cannot tell: neither.
+ * Counts of instructions are compared exactly: any more is slower, any fewer faster; where the runs of a side
+ * differ among themselves nothing can be told.
  */
 Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<TableRun>& after,
                        const ComparisonRules& rules);

@@ -32,9 +32,10 @@ void writeRows(std::ostream& out, const ComparisonReport& report) {
             headed = true;
         }
         const std::string interval = format("%.3f..%.3f", row.low, row.high);
-        out << format("%-12s %7.3f  %-13s %10.4g %10.4g  %s  %s\n", verdictName(row.verdict), row.ratio,
-                      interval.c_str(), row.before, row.after, row.key.function.c_str(),
-                      describeParameters(row.key, report.names).c_str());
+        out << format(report.rules.instructions ? "%-12s %7.3f  %-13s %10.0f %10.0f  %s  %s\n"
+                                                : "%-12s %7.3f  %-13s %10.4g %10.4g  %s  %s\n",
+                      verdictName(row.verdict), row.ratio, interval.c_str(), row.before, row.after,
+                      row.key.function.c_str(), describeParameters(row.key, report.names).c_str());
     }
 }
 
@@ -111,9 +112,11 @@ Json jsonFunction(const FunctionComparison& function) {
 void writeText(std::ostream& out, const ComparisonReport& report) {
     const Comparison& comparison = report.comparison;
     out << "Before: " << report.before << "\nAfter:  " << report.after << "\n"
-        << format("Ratios of %s; above 1 is slower, allowed is %.4g.\n",
-                  report.rules.time ? "microseconds per call" : "clocks per unit",
-                  1 + report.rules.threshold);
+        << (report.rules.instructions
+                ? std::string("Ratios of instructions per call, which are exact; above 1 is slower.\n")
+                : format("Ratios of %s; above 1 is slower, allowed is %.4g.\n",
+                         report.rules.time ? "microseconds per call" : "clocks per unit",
+                         1 + report.rules.threshold));
     for (const std::string& note : comparison.notes)
         out << "Note: " << note << "\n";
     writeRows(out, report);
@@ -133,8 +136,10 @@ void writeCsv(std::ostream& out, const ComparisonReport& report) {
     out << "Verdict,Ratio,Low,High,p,Adjusted p,Before,After,per,Runs before,Runs "
            "after,Function,Parameters\n";
     for (const RowComparison& row : report.comparison.rows) {
-        out << format("%s,%.5f,%.5f,%.5f,%.3g,%.3g,%.6g,%.6g,", verdictName(row.verdict), row.ratio, row.low,
-                      row.high, row.p, row.adjusted, row.before, row.after)
+        out << format(report.rules.instructions ? "%s,%.9f,%.9f,%.9f,%.3g,%.3g,%.0f,%.0f,"
+                                                : "%s,%.5f,%.5f,%.5f,%.3g,%.3g,%.6g,%.6g,",
+                      verdictName(row.verdict), row.ratio, row.low, row.high, row.p, row.adjusted, row.before,
+                      row.after)
             << csvCell(row.unit) << "," << row.runsBefore << "," << row.runsAfter << ","
             << csvCell(row.key.function) << "," << csvCell(describeParameters(row.key, report.names)) << "\n";
     }
@@ -149,7 +154,7 @@ void writeJson(std::ostream& out, const ComparisonReport& report) {
     json.add("schema", "benchex-compare-1");
     json.add("before", report.before);
     json.add("after", report.after);
-    json.add("figure", report.rules.time ? "usec" : "clocks");
+    json.add("figure", report.rules.instructions ? "instructions" : report.rules.time ? "usec" : "clocks");
     json.add("threshold", report.rules.threshold);
     json.add("alpha", report.rules.alpha);
     json.add("ratio", comparison.ratio);

@@ -76,6 +76,11 @@ Json row(const TableRun& run, const FunctionView& view, const RowRef& ref) {
     addKnown(object, "loops", row.loops());
     addKnown(object, "accuracy", row.accuracy());
     addKnown(object, "shared", row.shared());
+    addKnown(object, "instructions", row.instructions());
+    addKnown(object, "steps", row.steps());
+    addKnown(object, "ipc", row.ipc());
+    if (const std::string code = row.codeDigest(); !code.empty())
+        object["code"] = code;
     if (const std::string mode = row.cacheMode(); !mode.empty())
         object["cache"] = mode;
     addKnown(object, "clocks", row.clocks);
