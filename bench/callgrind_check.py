@@ -14,9 +14,6 @@ import subprocess
 import sys
 import tempfile
 
-FUNCTIONS = """zorsMakeFloat_16s32f zorsInterleave_32f zorsScale_32f_I zorsMDCTFwd_32f zorsMDCTInv_32f zorsFIRBlock_32f
-zorsVQMainSelect_32f""".split()
-
 # Processor features whose routines valgrind does not know, or not on every processor.
 PLAIN = "glibc.cpu.hwcaps=-AVX512F,-AVX512VL,-AVX512BW,-AVX2,-AVX,-ERMS,-FSRM,-SSSE3,-SSE4_1,-SSE4_2,-BMI2,-MOVBE,-RTM"
 
@@ -34,7 +31,7 @@ def first_combination(program, function, environment, folder):
     """The -d settings of the first combination, and the steps of its call."""
     options = [program, "-B", "-TSSE2", "-f=" + function, "-LP", "-dMethod=Manual", "-dNumLoops=1"]
     shown = run(options + ["-dInstructions=yes", "-dInstructionsMost=100000"], environment, folder).stdout
-    match = re.search(r"^(?!.*perf=)(\S*=.*)\n.*\binstr=(\d+)(?: steps=(\d+))?", shown, re.MULTILINE)
+    match = re.search(r"^(.*)\n.*\binstr=(\d+)(?: steps=(\d+))?", shown, re.MULTILINE)
     if not match:
         return None, None
     settings = ["-d" + word for word in re.findall(r"(\w+=\S+)", match.group(1))]
@@ -42,9 +39,9 @@ def first_combination(program, function, environment, folder):
 
 
 def callgrind(options, function, environment, folder):
-    """Instructions of one call."""
+    """Instructions of the one call that is made outside of the timed loop; None for several combinations."""
     command = ["valgrind", "--tool=callgrind", "--callgrind-out-file=calls", "--dump-instr=no",
-               f"--toggle-collect=tcall_{function}*"]
+               f"--toggle-collect=*tcall_{function}(*"]
     done = run(command + options, environment, folder)
     collected = re.search(r"Collected *: (\d+)", done.stderr)
     try:
@@ -52,7 +49,8 @@ def callgrind(options, function, environment, folder):
             text = file.read()
     except OSError:
         return None
-    return int(collected.group(1)) if collected and "tcall_" in text else None
+    one = done.stdout.count(" perf=") == 1 and "tcall_" in text
+    return int(collected.group(1)) if collected and one else None
 
 
 def main():
