@@ -24,11 +24,11 @@ PATHS = {"portable": 0, "SSE2": 65, "AVX": 70, "AVX2": 71}
 LEAST_RMS, LEAST_PEAK = 2**-15 / math.sqrt(12), 2**-14
 SAMPLE_STEP = 7  # every seventh sample of the reference is carried
 CARRIED = {"mpeg1": ("44100 stereo 0.25", "-b 96 -m j"), "mpeg25": ("8000 mono 0.6", "-b 16 -m m")}
-ENCODED = [("44100 stereo 2", "-b 128 -m j"), ("44100 stereo 2", "-b 320 -m s"), ("48000 stereo 2", "-V 2"),
-           ("32000 stereo 2", "-b 64 -m f"), ("48000 stereo 2", "-b 128 -m d"), ("44100 stereo 2", "-b 96 -p"),
-           ("44100 stereo 2", "-b 160 --allshort"), ("44100 mono 2", "-b 64 -m m"), ("22050 stereo 2", "-b 64 -m j"),
-           ("24000 stereo 2", "-b 56"), ("16000 stereo 2", "-b 48 -m s"), ("11025 stereo 2", "-b 32 -m j"),
-           ("12000 mono 2", "-b 32 -m m"), ("8000 stereo 2", "-b 24 -m j")]
+ENCODED = [("44100 stereo 1", "-b 128 -m j"), ("44100 stereo 1", "-b 320 -m s"), ("48000 stereo 1", "-V 2"),
+           ("32000 stereo 1", "-b 64 -m f"), ("48000 stereo 1", "-b 128 -m d"), ("44100 stereo 1", "-b 96 -p"),
+           ("44100 stereo 1", "-b 160 --allshort"), ("44100 mono 1", "-b 64 -m m"), ("22050 stereo 1", "-b 64 -m j"),
+           ("24000 stereo 1", "-b 56"), ("16000 stereo 1", "-b 48 -m s"), ("11025 stereo 1", "-b 32 -m j"),
+           ("12000 mono 1", "-b 32 -m m"), ("8000 stereo 1", "-b 24 -m j")]
 
 
 def write_sound(path, rate, channels, seconds):
