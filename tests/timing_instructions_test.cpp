@@ -97,7 +97,9 @@ TEST(Instructions, OfKnownFunctions) {
         COUNTED(copies, 13, 112),
         COUNTED(fills, 10, 25),
         COUNTED(loadsSS, 5, 5),
+#ifndef BENCHEX_EMULATED // which holds the trap off for each load of a row; processors do for the first
         COUNTED(loadsSSTwice, 5, 5),
+#endif
         COUNTED(loadsSSFromMemory, 5, 5),
         COUNTED(loadsSSBeforeReturn, 3, 3),
         COUNTED(keepsFlags, 4, 4),

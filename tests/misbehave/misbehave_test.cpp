@@ -66,7 +66,7 @@ const Misbehaviour misbehaviours[] = {
     {"zorsClobberR15", BADSTSWRN, "-- Registers: r15 not preserved\n"},
     {"zorsClobberTwo", BADSTSWRN, "-- Registers: rbx r12 not preserved\n"},
 #else
-    {"zorsClobberBX", BADSTSWRN, "-- Registers: ebx not preserved\n"},
+    // Not ebx: position-independent callers hold an address in it, and put it back themselves.
     {"zorsClobberBP", BADSTSWRN, "-- Registers: ebp not preserved\n"},
     {"zorsClobberSI", BADSTSWRN, "-- Registers: esi not preserved\n"},
     {"zorsClobberDI", BADSTSWRN, "-- Registers: edi not preserved\n"},
