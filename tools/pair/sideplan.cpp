@@ -55,8 +55,8 @@ std::span<Row> SidePlan::rows() {
 }
 
 std::span<const double> SidePlan::clocks(const Row& row, int side) const {
-    const auto* const all =
-        reinterpret_cast<const double*>(reinterpret_cast<const char*>(m_head) + m_head->clocksAt);
+    const auto* const all = static_cast<const double*>(
+        static_cast<const void*>(reinterpret_cast<const char*>(m_head) + m_head->clocksAt));
     return {all + row.first + (side == 0 ? 0 : row.turns), static_cast<std::size_t>(row.taken[side])};
 }
 

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstring>
+#include <exception>
 #include <utility>
 
 namespace {
@@ -115,7 +116,7 @@ void bxFaultGuard::raise() {
 void bxRethrow() {
     bxResetFpState();
     try {
-        throw;
+        std::rethrow_exception(std::current_exception());
     } catch (const bxException&) {
         throw;
     } catch (const std::exception& thrown) {

@@ -65,7 +65,7 @@ bxTurns::bxTurns(const Descriptors& descriptors) : m_descriptors(descriptors), m
         return;
     m_plan = static_cast<Plan*>(plan);
     m_rows = reinterpret_cast<Row*>(m_plan + 1);
-    m_clocks = reinterpret_cast<double*>(static_cast<char*>(plan) + m_plan->clocksAt);
+    m_clocks = static_cast<double*>(static_cast<void*>(static_cast<char*>(plan) + m_plan->clocksAt));
     m_heapOffset.resize(static_cast<std::size_t>(m_plan->heapOffset));
     bxCpuTicker::m_freqMHz = 1000; // ratios need none, and the estimate takes seconds
 }
