@@ -7,6 +7,13 @@
 
 namespace {
 
+/** The letter of a key's word; two long words stand for keys of one. */
+char letterOf(const std::string& word) {
+    if (word == "--help")
+        return 'h';
+    return word == "--version" ? 'v' : word[1];
+}
+
 /** Every word that has the form of a key is one, in the order written. */
 void keysAreTheWords(const bxCommandList& keys, const std::vector<std::string>& words) {
     auto key = keys.begin();
@@ -15,7 +22,7 @@ void keysAreTheWords(const bxCommandList& keys, const std::vector<std::string>& 
         require(isKey == isKeyString(toText(word)), "a key begins with - or / and has a character");
         if (!isKey)
             continue;
-        require(key != keys.end() && key->isKey(word[1]), "every key is there, in order");
+        require(key != keys.end() && key->isKey(letterOf(word)), "every key is there, in order");
         ++key;
     }
     require(key == keys.end(), "there is no key that was not written");

@@ -14,8 +14,6 @@
 #include <unistd.h>
 #include <vector>
 
-extern char** environ;
-
 namespace {
 
 volatile std::sig_atomic_t s_interrupted = 0;

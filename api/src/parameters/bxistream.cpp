@@ -117,7 +117,7 @@ void bxIStream::keep(const bxString& name, const bxString& text, const bxString&
 }
 
 bxString bxIStream::getItemValue(bxString name, bxString deflt, bxString prompt, bxString valid) {
-    const bxString text = find(name, deflt, prompt).text;
+    bxString text = find(name, deflt, prompt).text;
     keep(name, text, text, valid);
     return text;
 }

@@ -6,6 +6,7 @@
 #ifndef BXTURNSFORM_H
 #define BXTURNSFORM_H
 
+#include <compare>
 #include <cstdint>
 
 namespace bxTurnsForm {
