@@ -93,7 +93,7 @@ class Rounds {
                 m_open.push_back(&row);
         makePlan();
         const int starter = static_cast<int>(m_random() % 2);
-        const std::string mishap = run(starter);
+        std::string mishap = run(starter);
         ++m_result.rounds;
         collect(mishap);
     }
@@ -167,7 +167,7 @@ class Rounds {
             pipe.in.reset();
             pipe.out.reset();
         }
-        const std::string mishap = given == 1 ? wait(processes) : "";
+        std::string mishap = given == 1 ? wait(processes) : "";
         account(processes, secondsSince(begin));
         m_messages = {};
         const MappedFile entries(log.number());
