@@ -1,28 +1,26 @@
 #!/usr/bin/env bash
-# The Debian package: built twice it is the same bit by bit, lintian finds no error, and in a bare root it can be
-# installed, used and removed.
+# The Debian package: that of the build which was tested and that of a build from scratch are the same bit by bit,
+# lintian finds no error, and in a bare root it can be installed, used and removed.
 #   package.sh WORK-DIRECTORY
-# With BENCHEX_DEB a package that is there is taken, and the two builds are left out.
+# SOURCE_DATE_EPOCH is the one of the tested build, which stands in build/. With BENCHEX_DEB a package that is there is
+# taken, and nothing is built.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 work=$1/package
 mkdir -p "$work"
 export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)} CCACHE_DISABLE=1
 
-build() { # build NUMBER: from scratch, in a folder that is the same each time
-    rm -rf "$work/build"
-    cmake -S . -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBENCHEX_TESTS=OFF >/dev/null
-    cmake --build "$work/build" >/dev/null
-    cpack --config "$work/build/CPackConfig.cmake" -B "$work/$1" >/dev/null
-}
+pack() { cpack --config "$1/CPackConfig.cmake" -B "$work/$2" >/dev/null; } # pack BUILD NAME
 
 deb=${BENCHEX_DEB:-}
 if [ -z "$deb" ]; then
-    build first
-    sleep 1
-    build second
-    deb=$(echo "$work"/first/*.deb)
-    cmp "$deb" "$work/second/$(basename "$deb")"
+    pack build tested
+    rm -rf "$work/build"
+    cmake -S . -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBENCHEX_TESTS=OFF >/dev/null
+    cmake --build "$work/build" >/dev/null
+    pack "$work/build" anew
+    deb=$(echo "$work"/tested/*.deb)
+    cmp "$deb" "$work/anew/$(basename "$deb")"
     echo "two builds: the same package"
 fi
 
