@@ -12,7 +12,8 @@ namespace {
 
 bool isBesideTable(const fs::path& path) {
     const std::string name = path.filename().string();
-    return name.ends_with(bxTable::summaryFile) || name.ends_with(bxTable::nameFile);
+    return std::any_of(besideTables.begin(), besideTables.end(),
+                       [&](const char* suffix) { return name.ends_with(suffix); });
 }
 
 std::vector<fs::path> tablesOf(const fs::path& path) {
@@ -34,12 +35,6 @@ TableFile readFile(const fs::path& path, bool allowPartial) {
     if (!input)
         throw TableError(path.string() + ": cannot be opened");
     return readTable(input, path, allowPartial);
-}
-
-/** "dir/title.csv" with a suffix: "dir/title_sum.csv". */
-fs::path beside(const fs::path& table, std::string_view suffix) {
-    fs::path path = table;
-    return path.replace_filename(table.stem().string() + std::string(suffix));
 }
 
 /** Gives each run the outcomes of the summary that the same process wrote: both heads then say the same. */
@@ -107,18 +102,24 @@ void labelRuns(std::vector<TableRun>& runs) {
 
 } // namespace
 
+fs::path besideTable(const fs::path& table, std::string_view suffix) {
+    fs::path path = table;
+    return path.replace_filename(table.stem().string() + std::string(suffix));
+}
+
 Collection collectTables(const std::vector<fs::path>& paths, bool allowPartial) {
     Collection all;
     for (const fs::path& path : paths) {
         for (const fs::path& table : tablesOf(path)) {
             TableFile file = readFile(table, allowPartial);
             std::error_code error;
-            if (const fs::path names = beside(table, bxTable::nameFile); fs::exists(names, error)) {
+            if (const fs::path names = besideTable(table, bxTable::nameFile); fs::exists(names, error)) {
                 TableFile besides = readFile(names, allowPartial);
                 all.names.merge(besides.names);
                 append(all.notes, std::move(besides.notes));
             }
-            if (const fs::path summary = beside(table, bxTable::summaryFile); fs::exists(summary, error)) {
+            if (const fs::path summary = besideTable(table, bxTable::summaryFile);
+                fs::exists(summary, error)) {
                 TableFile besides = readFile(summary, allowPartial);
                 append(all.notes, std::move(besides.notes));
                 std::move(besides.summaries.begin(), besides.summaries.end(),

@@ -7,6 +7,7 @@
 
 #include "output/bxtable.h"
 
+#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <iosfwd>
@@ -105,6 +106,12 @@ struct TableFile {
  * last line
  */
 TableFile readTable(std::istream& input, const std::filesystem::path& name, bool allowPartial);
+
+/** What stands behind a table's title to name a file that belongs to it and is no result table of its own. */
+inline constexpr std::array besideTables{bxTable::summaryFile, bxTable::nameFile};
+
+/** "dir/title.csv" with a suffix: "dir/title_sum.csv". */
+std::filesystem::path besideTable(const std::filesystem::path& table, std::string_view suffix);
 
 /** All runs of some tables with what stands beside them. */
 struct Collection {

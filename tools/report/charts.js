@@ -217,6 +217,7 @@ function showRunLegend() {
 function repaint() {
   showRunLegend();
   showOverview();
+  repaintSections();
   for (const [name, chart] of charts) {
     chart.data.datasets.forEach(paint);
     Object.values(chart.options.scales).forEach(themeAxis);
@@ -229,7 +230,7 @@ function articleOf(view) {
   return make('article', {id: anchorOf(view.name), 'data-function': view.name},
     make('h3', {}, functionLink(view.name), ...badges(view)),
     make('div', {class: 'plot'}, make('canvas', {role: 'img', 'aria-label': 'Clocks of ' + view.name})),
-    make('div', {class: 'legend'}));
+    make('div', {class: 'legend'}), ...sectionParts(view));
 }
 
 function showFunctions() {

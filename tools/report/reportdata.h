@@ -5,6 +5,7 @@
 #ifndef REPORTDATA_H
 #define REPORTDATA_H
 
+#include "json.h"
 #include "resulttable.h"
 
 #include <cstddef>
@@ -50,6 +51,7 @@ struct ReportData {
     const Collection* tables = nullptr;
     std::vector<FunctionView> functions; /**< hot ones first, else in the order of the tables */
     bool hasInterest = false;            /**< some run marked its hot functions */
+    Json sections = Json::object();      /**< further parts of the page by name */
 };
 
 /** The name of a parameter column, counted from 0, where no other is known: "P1". */

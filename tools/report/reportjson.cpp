@@ -111,6 +111,8 @@ std::string reportJson(const ReportData& data) {
     json.addList("rows", rows, [&](const auto& place) {
         return row(data.tables->runs[place.second->run], *place.first, *place.second);
     });
+    if (!data.sections.empty())
+        json.add("sections", data.sections);
     json.add("notes", data.tables->notes);
     return json.text();
 }

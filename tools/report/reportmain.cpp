@@ -1,12 +1,21 @@
 // benchex-report: result tables as a page to look at, or as JSON.
 #include "commandline.h"
+#include "pagesections.h"
 #include "reportjson.h"
 #include "reportpage.h"
+#include "terminal.h"
+#include "texttable.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
+#include <unistd.h>
+#include <utility>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -21,6 +30,7 @@ struct Options {
     std::string title = "Benchex report";
     std::filesystem::path chartLibrary;
     bool json = false;
+    bool table = false;
     bool partial = false;
 
     explicit Options(CLI::App& app) {
@@ -28,7 +38,11 @@ struct Options {
         app.add_option("-o,--output", output,
                        "file to write (report.html, or report.json with --json; \"-\" is standard output)")
             ->type_name("FILE");
-        app.add_flag("--json", json, "write the data as JSON")->disable_flag_override();
+        auto* asJson = app.add_flag("--json", json, "write the data as JSON")->disable_flag_override();
+        app.add_flag("--table", table,
+                     "write the last run as a table for the terminal; with -o the page too, named last")
+            ->excludes(asJson)
+            ->disable_flag_override();
         app.add_option("--title", title, "title of the page");
         app.add_option("--chart-library", chartLibrary,
                        "script of the chart library, where it is not in its package's place")
@@ -48,24 +62,68 @@ void write(const std::string& output, const std::string& text) {
         throw TableError(output + ": cannot be written");
 }
 
+bool isJson(const fs::path& path) {
+    return path.extension() == ".json";
+}
+
+/** Files "*.json" that were given or stand in the directories given. */
+std::vector<fs::path> jsonFiles(const std::vector<fs::path>& given) {
+    std::vector<fs::path> found;
+    for (const fs::path& path : given) {
+        std::error_code error;
+        if (isJson(path)) {
+            found.push_back(path);
+        } else if (fs::is_directory(path, error)) {
+            for (const auto& entry : fs::recursive_directory_iterator(path))
+                if (entry.is_regular_file() && isJson(entry.path()))
+                    found.push_back(entry.path());
+        }
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+/** The page, and where a table came before it, its name as the last line. */
+void writePage(const ReportData& data, const Options& options) {
+    const ChartLibrary library = findChartLibrary(options.chartLibrary);
+    if (!library.script)
+        std::cerr << "benchex-report: no charts: " << library.missing << "\n";
+    write(options.output.empty() ? "report.html" : options.output, reportPage(data, options.title, library));
+    if (!options.table || options.output == "-")
+        return;
+    const std::string path = fs::absolute(options.output).lexically_normal().string();
+    std::array<char, 256> host{};
+    gethostname(host.data(), host.size() - 1);
+    std::cout << "Report: ";
+    if (findScreen().styled)
+        std::cout << terminalLink(fileAddress(path, host.data()), "open") << " ";
+    std::cout << path << "\n";
+}
+
 int report(const Options& options) {
-    const Collection tables = collectTables(options.tables, options.partial);
+    std::vector<fs::path> given;
+    std::remove_copy_if(options.tables.begin(), options.tables.end(), std::back_inserter(given), isJson);
+    const Collection tables = collectTables(given, options.partial);
+    SectionSources sources(tables, jsonFiles(options.tables));
+    Json sections = readSections(sources);
+    for (const fs::path& path : options.tables)
+        if (isJson(path) && !sources.isUsed(path))
+            std::cerr << "benchex-report: " << path.string() << ": no part of the page is made of this\n";
     for (const std::string& note : tables.notes)
         std::cerr << "benchex-report: " << note << "\n";
     const bool anything = std::any_of(tables.runs.begin(), tables.runs.end(), [](const TableRun& run) {
         return !run.rows.empty() || !run.tests.empty();
     });
-    if (!anything)
+    if (!anything && sections.empty())
         throw TableError(options.tables.front().string() + ": no row and no tested function to show");
-    const ReportData data = makeReport(tables);
-    if (options.json) {
+    ReportData data = makeReport(tables);
+    data.sections = std::move(sections);
+    if (options.table && !tables.runs.empty())
+        std::cout << textTable(data, findScreen(), options.output.empty() ? 1 : 2);
+    if (options.json)
         write(options.output.empty() ? "report.json" : options.output, reportJson(data));
-        return done;
-    }
-    const ChartLibrary library = findChartLibrary(options.chartLibrary);
-    if (!library.script)
-        std::cerr << "benchex-report: no charts: " << library.missing << "\n";
-    write(options.output.empty() ? "report.html" : options.output, reportPage(data, options.title, library));
+    else if (!options.table || !options.output.empty())
+        writePage(data, options);
     return done;
 }
 

@@ -134,7 +134,7 @@ function applyFilter() {
     ? order.filter(row => graded(row) && words.every(word => textOf(row).includes(word))) : order;
   const names = new Set(shown.map(row => row.function));
   keepPlace(() => {
-    for (const element of document.querySelectorAll('#overview [data-function], article')) {
+    for (const element of document.querySelectorAll('#overview [data-function], #sections [data-function], article')) {
       element.hidden = !names.has(element.dataset.function);
     }
     for (const [domain, list] of domains) {

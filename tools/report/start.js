@@ -2,6 +2,7 @@
 
 showRuns();
 showProblems();
+showSections();
 showFunctions();
 explainOverview();
 showOverview();

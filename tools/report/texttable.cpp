@@ -1,0 +1,317 @@
+#include "texttable.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <map>
+
+namespace {
+
+constexpr std::string_view bold = "\x1b[1m", red = "\x1b[31m", yellow = "\x1b[33m", plain = "\x1b[0m";
+constexpr std::size_t legible = 12;       // characters of a column that is cut
+constexpr std::size_t leastOfScreen = 10; // lines for functions, however many warnings there are
+
+/** Three digits at least, as many as the number has before its point. */
+std::string digits(double number) {
+    std::array<char, 32> text{};
+    if (number > 0 && number < 1)
+        std::snprintf(text.data(), text.size(), "%.3g", number);
+    else
+        std::snprintf(text.data(), text.size(), "%.*f", number >= 100 ? 0 : number >= 10 ? 1 : 2, number);
+    return text.data();
+}
+
+std::string timeText(double microseconds) {
+    constexpr std::array<std::pair<double, const char*>, 3> units{{{1e6, " s"}, {1e3, " ms"}, {1, " us"}}};
+    for (const auto& [size, name] : units)
+        if (microseconds >= size)
+            return digits(microseconds / size) + name;
+    return digits(microseconds * 1e3) + " ns";
+}
+
+/** Parameters of a row that vary over the function's rows. */
+std::string placeOf(const FunctionView& view, const ResultRow& row) {
+    std::vector<std::size_t> varying = view.lines;
+    if (view.axis)
+        varying.insert(varying.begin(), view.axis->parameter);
+    std::string text;
+    for (const std::size_t i : varying)
+        if (i < row.parameters.size() && !row.parameters[i].empty())
+            text += (text.empty() ? "" : " ") + view.parameterNames[i] + "=" + row.parameters[i];
+    if (const std::string mode = row.cacheMode(); !mode.empty())
+        text += (text.empty() ? "" : " ") + mode;
+    return text;
+}
+
+PlacedFunction place(const FunctionView& view, const TableRun& run, std::size_t number) {
+    PlacedFunction placed{view.name, view.domain, testResult(run, view.name), 0, std::nullopt, {}, 0};
+    for (const RowRef& ref : view.rows) {
+        if (ref.run != number)
+            continue;
+        if (const std::string result = rowResult(run, *ref.row); gradeOf(result) > gradeOf(placed.result))
+            placed.result = result;
+        if (!ref.row->clocks)
+            continue;
+        ++placed.rows;
+        placed.least = placed.worst ? std::min(placed.least, *ref.row->clocks) : *ref.row->clocks;
+        if (!placed.worst || *ref.row->clocks > placed.most())
+            placed.worst = ref;
+    }
+    if (placed.worst)
+        placed.place = placeOf(view, *placed.worst->row);
+    return placed;
+}
+
+bool isWorse(const PlacedFunction& a, const PlacedFunction& b) {
+    const auto failed = [](const PlacedFunction& f) { return gradeOf(f.result) == Grade::failed; };
+    return failed(a) != failed(b) ? failed(a) : a.most() > b.most();
+}
+
+/** A text of the table with its look. */
+struct Cell {
+    std::string text;
+    std::string_view look = {};
+};
+
+std::string_view lookOf(const std::string& result) {
+    switch (result.empty() ? Grade::good : gradeOf(result)) {
+    case Grade::failed:
+        return red;
+    case Grade::warned:
+        return yellow;
+    default:
+        return {};
+    }
+}
+
+/** A column, its cells to the right where they are numbers. */
+struct Column {
+    const char* title;
+    bool number;
+    int keep; /**< of a narrow screen's columns the lowest goes first */
+    std::vector<Cell> cells = {};
+
+    std::size_t width() const {
+        std::size_t most = std::string_view(title).size();
+        for (const Cell& cell : cells)
+            most = std::max(most, cell.text.size());
+        return most;
+    }
+};
+
+class Table {
+  public:
+    explicit Table(std::vector<Column> columns) : m_columns(std::move(columns)) {}
+
+    void add(std::vector<Cell> cells) {
+        for (std::size_t i = 0; i < m_columns.size(); ++i)
+            m_columns[i].cells.push_back(std::move(cells[i]));
+    }
+    std::string text(const Screen& screen);
+
+  private:
+    std::size_t width() const {
+        std::size_t sum = 0;
+        for (const Column& column : m_columns)
+            sum += column.width() + 2;
+        return sum - 2;
+    }
+    std::string line(std::size_t i, const Screen& screen, bool title) const;
+
+    std::vector<Column> m_columns;
+};
+
+std::string cut(std::string text, std::size_t width) {
+    if (text.size() <= width)
+        return text;
+    text.resize(width > 2 ? width - 2 : 0);
+    return text + "..";
+}
+
+std::string Table::line(std::size_t i, const Screen& screen, bool title) const {
+    std::string line;
+    std::size_t left = screen.columns;
+    for (const Column& column : m_columns) {
+        const Cell cell = title ? Cell{column.title, bold} : column.cells[i];
+        const std::size_t width = std::min(column.width(), left);
+        const std::string text = cut(cell.text, width);
+        const std::string blanks(width - text.size(), ' ');
+        const bool styled = screen.styled && !cell.look.empty() && !text.empty();
+        line += column.number ? blanks : "";
+        line.append(styled ? cell.look : "").append(text).append(styled ? plain : "");
+        line += column.number ? "" : blanks;
+        line += "  ";
+        left -= std::min(left, width + 2);
+    }
+    return line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+}
+
+std::string Table::text(const Screen& screen) {
+    while (width() > screen.columns && m_columns.size() > 1) {
+        if (width() - m_columns.back().width() + legible <= screen.columns)
+            break; // the last column is cut
+        const auto least = std::min_element(m_columns.begin(), m_columns.end(),
+                                            [](const Column& a, const Column& b) { return a.keep < b.keep; });
+        if (least->keep > 2)
+            break;
+        m_columns.erase(least);
+    }
+    std::string text = line(0, screen, true);
+    for (std::size_t i = 0; i < m_columns.front().cells.size(); ++i)
+        text += line(i, screen, false);
+    return text;
+}
+
+/** Words in lines of the screen's width, at most so many; the last says how many words are not there. */
+std::vector<std::string> wrapped(const std::string& first, const std::vector<std::string>& words,
+                                 const Screen& screen, std::size_t most) {
+    std::vector<std::string> lines{first};
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string more = "and " + std::to_string(words.size() - i) + " more";
+        const bool last = i + 1 == words.size();
+        const std::size_t room = screen.columns - (lines.size() == most && !last ? more.size() + 2 : 0);
+        if (lines.back().size() + words[i].size() + 2 > room) {
+            if (lines.size() == most) {
+                lines.back() += " " + more;
+                return lines;
+            }
+            lines.emplace_back("   ");
+        }
+        lines.back() += " " + words[i] + (last ? "" : ",");
+    }
+    return lines;
+}
+
+/** The lines that name failed and warned functions by their results. */
+std::vector<Cell> problems(const std::vector<PlacedDomain>& domains, const Screen& screen, std::size_t most) {
+    std::map<std::pair<int, std::string>, std::vector<std::string>> byResult;
+    for (const PlacedDomain& domain : domains)
+        for (const PlacedFunction& function : domain.functions)
+            if (!function.result.empty() && gradeOf(function.result) != Grade::good)
+                byResult[{-static_cast<int>(gradeOf(function.result)), function.result}].push_back(
+                    function.name);
+    std::vector<Cell> lines;
+    for (const auto& [result, names] : byResult) {
+        const std::size_t left = std::max<std::size_t>(1, most - std::min(most, lines.size()));
+        for (const std::string& line :
+             wrapped(result.second + " (" + std::to_string(names.size()) + "):", names, screen, left))
+            lines.push_back({line, lookOf(result.second)});
+    }
+    return lines;
+}
+
+/** How many functions of each domain fit into the lines: as many of one as of another. */
+std::vector<std::size_t> share(const std::vector<PlacedDomain>& domains, std::optional<std::size_t> lines) {
+    std::vector<std::size_t> shown(domains.size(), 0);
+    std::size_t left = lines.value_or(static_cast<std::size_t>(-1));
+    for (bool added = true; added;) {
+        added = false;
+        for (std::size_t i = 0; i < domains.size() && left > 0; ++i) {
+            if (shown[i] < domains[i].functions.size()) {
+                ++shown[i];
+                --left;
+                added = true;
+            }
+        }
+    }
+    return shown;
+}
+
+std::vector<Cell> cellsOf(const std::string& domain, const PlacedFunction& function) {
+    std::vector<Cell> cells{
+        {domain, bold}, {function.name, lookOf(function.result)}, {std::to_string(function.rows)}};
+    if (function.worst) {
+        const ResultRow& row = *function.worst->row;
+        cells.insert(cells.end(), {{digits(function.most())},
+                                   {row.unit.empty() ? "call" : row.unit},
+                                   {function.rows > 1 ? digits(function.least) : ""},
+                                   {row.microseconds ? timeText(*row.microseconds) : ""}});
+    } else {
+        cells.resize(7);
+    }
+    const bool good = function.result.empty() || gradeOf(function.result) == Grade::good;
+    cells.push_back({good ? "" : function.result, lookOf(function.result)});
+    cells.push_back({function.place});
+    return cells;
+}
+
+} // namespace
+
+std::vector<PlacedDomain> placeFunctions(const ReportData& data, std::size_t number) {
+    const TableRun& run = data.tables->runs[number];
+    std::vector<PlacedFunction> functions;
+    for (const FunctionView& view : data.functions) {
+        const bool here = std::any_of(view.rows.begin(), view.rows.end(),
+                                      [&](const RowRef& ref) { return ref.run == number; });
+        if (here)
+            functions.push_back(place(view, run, number));
+    }
+    for (const TestOutcome& test : run.tests) { // a failed one may have no row
+        if (std::none_of(functions.begin(), functions.end(),
+                         [&](const PlacedFunction& f) { return f.name == test.function; }))
+            functions.push_back(
+                {test.function, domainOf(test.function), test.result, 0, std::nullopt, {}, 0});
+    }
+    std::stable_sort(functions.begin(), functions.end(), isWorse);
+    std::vector<PlacedDomain> domains;
+    for (PlacedFunction& function : functions) {
+        auto at = std::find_if(domains.begin(), domains.end(),
+                               [&](const PlacedDomain& domain) { return domain.name == function.domain; });
+        if (at == domains.end())
+            at = domains.insert(domains.end(), {function.domain, {}});
+        at->functions.push_back(std::move(function));
+    }
+    return domains;
+}
+
+std::string textTable(const ReportData& data, const Screen& screen, std::size_t reserved) {
+    const std::size_t number = data.tables->runs.size() - 1;
+    const TableRun& run = data.tables->runs[number];
+    const std::vector<PlacedDomain> domains = placeFunctions(data, number);
+    std::size_t functions = 0;
+    for (const PlacedDomain& domain : domains)
+        functions += domain.functions.size();
+
+    constexpr std::size_t around = 5; // the machine, the sums, the titles, the explanation, an empty line
+    std::optional<std::size_t> room;
+    if (screen.lines)
+        room = *screen.lines - std::min(*screen.lines, around + reserved);
+    const std::size_t named = !room ? functions + 1 : *room - std::min(*room, leastOfScreen);
+    const std::vector<Cell> bad = problems(domains, screen, std::max<std::size_t>(1, named));
+    if (room)
+        room = std::max<std::size_t>(1, *room - std::min(*room, bad.size()));
+
+    const std::vector<std::size_t> shown = share(domains, room);
+    Table table({{"Domain", false, 9},
+                 {"Function", false, 9},
+                 {"Rows", true, 3},
+                 {"Clocks", true, 8},
+                 {"per", false, 7},
+                 {"Best", true, 1},
+                 {"Time", true, 6},
+                 {"Result", false, 5},
+                 {"At", false, 2}});
+    std::size_t hidden = 0;
+    for (std::size_t i = 0; i < domains.size(); ++i) {
+        const auto& of = domains[i].functions;
+        hidden += of.size() - shown[i];
+        for (std::size_t j = 0; j < shown[i]; ++j) {
+            const std::string more = shown[i] < of.size() ? " (" + std::to_string(of.size()) + ")" : "";
+            table.add(cellsOf(j == 0 ? domains[i].name + more : "", of[j]));
+        }
+    }
+    std::string text = cut(run.head.value(bxTable::cpu), screen.columns) + "\n";
+    text += std::to_string(functions) + " functions in " + std::to_string(domains.size()) + " domains, " +
+            std::to_string(run.rows.size()) + " rows\n";
+    for (const Cell& line : bad)
+        text.append(screen.styled ? line.look : "")
+            .append(cut(line.text, screen.columns))
+            .append(screen.styled ? plain : "") += "\n";
+    text += table.text(screen);
+    const std::string order =
+        "Worst-placed first: failed, then by clocks per unit at the worst row, which is shown";
+    text += cut(hidden > 0 ? std::to_string(hidden) + " more functions are on the page. " + order : order,
+                screen.columns) +
+            "\n";
+    return text;
+}
