@@ -15,7 +15,9 @@ function(benchex_target target)
     RUNTIME_OUTPUT_DIRECTORY "${benchex_BINARY_DIR}/bin"
     LIBRARY_OUTPUT_DIRECTORY "${benchex_BINARY_DIR}/bin"
     ARCHIVE_OUTPUT_DIRECTORY "${benchex_BINARY_DIR}/lib"
-    BUILD_RPATH "$ORIGIN"
+    # The same before and after installation, and without the build's folder: a build id then depends on neither.
+    BUILD_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}"
+    BUILD_RPATH_USE_ORIGIN ON
     INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   target_compile_features(${target} PUBLIC cxx_std_20)
   # Sources name themselves by their path in the tree, whatever folder the tree is built in.
