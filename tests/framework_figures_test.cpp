@@ -1,7 +1,9 @@
 /** \file
  * Figures of a measurement and their texts.
  */
+#include "framework/bxcomment.h"
 #include "frameworksupport.h"
+#include "timing/bxinstructions.h"
 
 #include <cmath>
 
@@ -93,6 +95,51 @@ TEST_F(FiguresTest, ResultLine) {
                  "  acc=0.8%   nLps=512    perf=      640/       64=     10.0 clocks");
     test.tool.method = bxTool::methodStat;
     EXPECT_STREQ(test.testResultString().c_str(), "  nLps=512    perf=      640/       64=     10.0 clocks");
+}
+
+// What companion programs read in the comment column.
+TEST_F(FiguresTest, CommentOfThePreciseMode) {
+    bxPreciseFigure clean;
+    clean.clocks = 123.456789;
+    clean.low = 123.4;
+    clean.high = 123.5;
+    clean.known = clean.reached = true;
+    clean.coreClocksPerTick = 1.25;
+    clean.slices = 16;
+    clean.dropped = 2;
+    clean.throughput = 3.93;
+    bxPreciseFigure missed = clean, shared = clean, nothing;
+    missed.reached = false;
+    missed.core = 1;
+    missed.multiplication = 6;
+    shared.known = shared.reached = false;
+    shared.lost = 0.125;
+    nothing.nothing = nothing.reached = true;
+    const struct {
+        bxPreciseFigure figure;
+        const char* comment;
+    } cases[] = {
+        {clean, "nLps=7 slices=16 dropped=2 clocks=123.457 95%=123.4..123.5 core/counter=1.25000 "
+                "adds/clock=3.930 instr=120 code=0000001f ipc=0.972"},
+        {missed, "nLps=7 slices=16 dropped=2 clocks=123.457 95%=123.4..123.5 core/counter=1.25000 "
+                 "adds/clock=3.930 core=1 imul/add=6.00 acc=2.0% instr=120 code=0000001f ipc=0.972"},
+        {shared, "nLps=7 slices=16 dropped=2 clocks=123.457 95%=unknown core/counter=1.25000 "
+                 "adds/clock=3.930 shared=12.5% instr=120 code=0000001f ipc=0.972"},
+        {nothing, "nLps=7 calls take no time instr=120 code=0000001f"},
+        {{}, "nLps=7 instr=120 code=0000001f"},
+    };
+    bxInstructionCount count;
+    count.instructions = count.steps = 120;
+    count.digest = 0x1f;
+    for (const auto& c : cases) {
+        bxTool tool;
+        tool.found = true;
+        tool.actualAccuracy = 0.02;
+        tool.preciseFigure = c.figure;
+        tool.info = "nLps=7";
+        bxCompleteComment(tool, count);
+        EXPECT_STREQ(tool.info.c_str(), c.comment);
+    }
 }
 
 TEST_F(FiguresTest, RegistrationText) {

@@ -2,6 +2,7 @@
 #include "output/bxtrace.h"
 #include "timing/bxcallscope.h"
 #include "timing/bxcallwatch.h"
+#include "timing/bxsampler.h"
 #include "timingsupport.h"
 
 #include <sys/resource.h>

@@ -7,8 +7,6 @@
 #include "framework/bxtraced.h"
 #include "timing/bxcallscope.h"
 
-#include <cstdio>
-
 /**
  * Counts before the timing: how often that calls depends on the machine, and a function that goes on from
  * what it left (a filter's state, data in place) would not execute the same instructions in the next run.
@@ -30,18 +28,4 @@ void bxTestLoop::countInstructions() {
             bxResetAllVectors();
         m_instructions = bxCountInstructions(m_test.funcCall, m_test.tool.mostInstructions);
     });
-}
-
-void bxTestLoop::addInstructionsToInfo() {
-    bxTool& tool = m_test.tool;
-    const bxString text = m_instructions.text();
-    if (text.empty())
-        return;
-    tool.info << (tool.info.empty() ? "" : " ") << text;
-    if (!m_instructions.known() || !(tool.preciseFigure.clocks > 0))
-        return;
-    char ipc[32];
-    std::snprintf(ipc, sizeof ipc, " ipc=%.3g",
-                  static_cast<double>(m_instructions.instructions) / tool.preciseFigure.clocks);
-    tool.info << ipc;
 }

@@ -2,6 +2,7 @@
 
 #include "data/bxalloc.h"
 #include "framework/bxbuildstep.h"
+#include "framework/bxcomment.h"
 #include "framework/bxinterrupt.h"
 #include "framework/bxtest.h"
 #include "output/bxcstream.h"
@@ -144,7 +145,7 @@ void bxTestLoop::time() {
                             FAIL);
     else
         m_test.printAllMemoryBlocks("after function calls");
-    addInstructionsToInfo();
+    bxCompleteComment(m_test.tool, m_instructions);
     r = std::max(r, m_test.checkCtrlStatus());
     bxTest::raiseResult(counted(r));
     m_test.outputResult(r);

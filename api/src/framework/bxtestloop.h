@@ -24,7 +24,6 @@ class bxTestLoop {
     /** Outside what is timed; returns the function's status. */
     int callOnce();
     void countInstructions();
-    void addInstructionsToInfo();
     void time();
     void compare(bxTurns& side);
     void finish();

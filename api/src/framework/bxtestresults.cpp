@@ -9,6 +9,7 @@
 #include "output/bxostream.h"
 #include "output/bxtable.h"
 #include "system/bxclock.h"
+#include "timing/bxfiguretext.h"
 #include "timing/bxsignal.h"
 
 #include <algorithm>

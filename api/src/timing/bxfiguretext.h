@@ -15,7 +15,4 @@ bxString bxReachedText(const bxTimingFigures& figures);
 /** Clocks in decimal, with zeros for the digits beyond 31 bits. */
 bxString bxClocksText(long long clocks);
 
-/** How a figure was obtained, for the comment column; empty when there is none. */
-bxString bxComment(const bxTimingSettings& settings, const bxTimingFigures& figures);
-
 #endif

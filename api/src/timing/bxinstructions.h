@@ -24,7 +24,7 @@ struct bxInstructionCount {
     /** Whether the call was counted to its end. */
     bool known() const { return instructions > 0 && !overLimit && problem.empty(); }
     /**
-     * For the comment column: "instr=120 code=9d2c5680", with "steps=" where that differs, "instr>200000" or
+     * "instr=120 code=9d2c5680", with "steps=" where that differs, "instr>200000" or
      * "instr=?fault"; empty where nothing was counted.
      */
     bxString text() const;

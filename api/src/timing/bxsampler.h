@@ -9,9 +9,6 @@
 
 #include <functional>
 
-/** Grades a library status. */
-using bxStatusCheck = bxResult (*)(int status);
-
 /** Measures the functions of a test. */
 class bxCallSampler {
   public:

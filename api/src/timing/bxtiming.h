@@ -6,8 +6,8 @@
 #define BXTIMING_H
 
 #include "foundation/bxstring.h"
+#include "timing/bxprecisefigure.h"
 #include "timing/bxresult.h"
-#include "timing/bxslices.h"
 
 #include <cmath>
 #include <functional>
@@ -26,6 +26,8 @@ using bxFuncCall = int (*)();
 using bxFuncInit = int (*)();
 /** Times `count` calls by itself and leaves the clocks in the engine. */
 using bxFuncTool = bxResult (*)(bxTool& tool, int count);
+/** Grades a library status. */
+using bxStatusCheck = bxResult (*)(int status);
 
 /** How to time. */
 struct bxTimingSettings {

@@ -4,16 +4,23 @@
 #include "timing/bxtool.h"
 
 #include "output/bxostream.h"
+#include "output/bxtable.h"
 #include "system/bxclock.h"
 #include "timing/bxcallwatch.h"
+#include "timing/bxcores.h"
+#include "timing/bxfiguretext.h"
 #include "timing/bxfpwatch.h"
 #include "timing/bxinternalerror.h"
+#include "timing/bxiterative.h"
 #include "timing/bxmanualloop.h"
 #include "timing/bxprecise.h"
+#include "timing/bxsampler.h"
 #include "timing/bxstatistic.h"
+#include "timing/bxstatistics.h"
 #include "timing/bxtimingtext.h"
 #include "timing/bxturns.h"
 
+#include <algorithm>
 #include <climits>
 
 int bxTool::m_priority = 0;
@@ -87,6 +94,26 @@ void bxTool::setLoopFactor(int f) {
     const auto scale = [f](int n) { return f > 0 ? n >> std::min(f, 31) : n << std::min(-f, 19); };
     autoStartLoops = f == 0 ? 0 : scale(start);
     autoMaxLoops = f == 0 ? 0 : scale(max);
+}
+
+bxString bxTool::getAccuracyStr(double a) {
+    return bxAccuracyText(a);
+}
+
+bxString bxTool::clockStr(long long c) {
+    return bxClocksText(c);
+}
+
+double bxTool::computeAccuracy(double a, double b) {
+    return bxDifference(a, b);
+}
+
+double bxTool::computeAccuracy(const double* figures, int count) {
+    return bxLargestDeviation({figures, figures + count});
+}
+
+double bxTool::computeBest(const double* figures, int count) {
+    return *std::min_element(figures, figures + count);
 }
 
 void bxTool::ctrlStart() {
@@ -185,11 +212,25 @@ bxResult bxTool::timeInTurns(const bxLoopSampler& loop, const bxStatSampler& sta
     return result;
 }
 
+/** Written here, not where the comment is composed, because sources that call the engine directly read it. */
+bxString bxTool::callsText() const {
+    const bool precisely = preciseFigure.measured();
+    bxString text;
+    if (!precisely && method == methodStat)
+        text << bxTable::calls << countedCalls;
+    else
+        text << bxTable::loops << loops;
+    if (!precisely && actualAccuracy > accuracy)
+        text << " " << bxTable::accuracy << bxAccuracyText(actualAccuracy);
+    return text;
+}
+
 /** \param loop, stat  empty where the test has nothing for them */
 bxResult bxTool::timeBy(const bxLoopSampler& loop, const bxStatSampler& stat) {
     const auto by = [this](const char* step, auto time) {
         bxTimingText::traced(step, [&] { static_cast<bxTimingFigures&>(*this) = time(); });
-        info = bxComment(*this, *this);
+        if (found)
+            info = callsText();
         return result;
     };
     if (bxTurns::side())

@@ -4,13 +4,10 @@
 #ifndef BXTOOL_H
 #define BXTOOL_H
 
-#include "timing/bxcores.h"
-#include "timing/bxfiguretext.h"
-#include "timing/bxiterative.h"
-#include "timing/bxsampler.h"
-#include "timing/bxstatistics.h"
+#include "timing/bxtiming.h"
 
-#include <algorithm>
+class bxCores;
+struct bxIterativeLimits;
 
 /**
  * Measures the clocks per call of a function by one of four methods, until two measurements agree within the
@@ -19,7 +16,9 @@
  */
 class bxTool : public bxTimingSettings, public bxTimingFigures, public bxTimingFunctions {
   public:
-    bxString info; ///< how the figure was obtained, for the comment column; tests may write their own
+    /** How often the function was called, and a missed accuracy; tests may write their own. The framework
+     * completes it to the text of the comment column. */
+    bxString info;
 
     /** Process priority around every measurement, as `bxSetPriority` takes it. */
     static int m_priority;
@@ -62,6 +61,7 @@ class bxTool : public bxTimingSettings, public bxTimingFigures, public bxTimingF
     /** A figure that the test computed itself. */
     void setFuncTicks(double clocksPerCall) {
         funcClocks = clocksPerCall;
+        found = false; // by a method
         m_figureReported = true;
     }
 
@@ -74,16 +74,16 @@ class bxTool : public bxTimingSettings, public bxTimingFigures, public bxTimingF
      */
     bxResult timing(bxFuncLoop loop, bxFuncStat stat, bxFuncCall call, bxFuncInit init);
 
-    static bxString getAccuracyStr(double a) { return bxAccuracyText(a); }
-    static bxString clockStr(long long c) { return bxClocksText(c); }
-    static double computeAccuracy(double a, double b) { return bxDifference(a, b); }
-    static double computeAccuracy(const double* figures, int count) {
-        return bxLargestDeviation({figures, figures + count});
-    }
+    /** An accuracy in per cent, with two places below 0.1 %. */
+    static bxString getAccuracyStr(double a);
+    /** Clocks in decimal, with zeros for the digits beyond 31 bits. */
+    static bxString clockStr(long long c);
+    /** The difference of two figures relative to their mean. */
+    static double computeAccuracy(double a, double b);
+    /** The largest difference from the mean, relative to it. */
+    static double computeAccuracy(const double* figures, int count);
     /** The smallest of one or more figures. */
-    static double computeBest(const double* figures, int count) {
-        return *std::min_element(figures, figures + count);
-    }
+    static double computeBest(const double* figures, int count);
 
     /** Bracket of a measurement for the floating-point watch. */
     static void ctrlStart();
@@ -94,6 +94,7 @@ class bxTool : public bxTimingSettings, public bxTimingFigures, public bxTimingF
     bxResult timeBy(const bxLoopSampler& loop, const bxStatSampler& stat);
     bxResult timeInTurns(const bxLoopSampler& loop, const bxStatSampler& stat);
     void replaceMethod(bool hasLoop, bool hasStat);
+    bxString callsText() const;
     bxIterativeLimits iterativeLimits() const;
 
     bool m_figureReported = false; ///< by `setFuncTicks`, since a function that times itself was called

@@ -1,0 +1,16 @@
+/** \file
+ * The text of the comment column: how a figure was obtained.
+ */
+#ifndef BXCOMMENT_H
+#define BXCOMMENT_H
+
+class bxTool;
+struct bxInstructionCount;
+
+/**
+ * Completes the engine's `info` (how often the function was called) by what the precise mode tells of its
+ * figure, and by the instructions of a call where they were counted.
+ */
+void bxCompleteComment(bxTool& tool, const bxInstructionCount& instructions);
+
+#endif
