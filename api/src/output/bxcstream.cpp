@@ -52,7 +52,9 @@ void bxCStream::lineOut(int n) {
 }
 
 void bxCStream::tableFlush() {
-    m_cells.fill(bxString());
+    for (bxString& cell : m_cells)
+        if (!cell.empty())
+            cell.assign("");
     m_count = 0;
 }
 
@@ -87,6 +89,7 @@ std::string bxCStream::lineKey() const {
     std::string key;
     for (int i = 0; i < m_keyColumns; ++i)
         key.append(m_cells[static_cast<std::size_t>(i)].c_str()) += '\0';
+    key.resize(key.find_last_not_of('\0') + 1);
     return key;
 }
 

@@ -62,7 +62,8 @@ class bxCStream : public bxOutputs {
 
     std::string lineText(int n) const;
 
-    /** The key cells of the line, joined; no cell holds a NUL, which ends each. */
+    /** The key cells of the line, joined; no cell holds a NUL, which ends each but the empty ones at the end.
+     */
     std::string lineKey() const;
 
     Line m_cells;

@@ -2,42 +2,68 @@
 
 #include <algorithm>
 #include <functional>
+#include <numeric>
 
 void bxLineKeys::add(std::string_view key) {
-    m_text += key;
-    m_lines.push_back({std::hash<std::string_view>()(key), m_text.size()});
+    if (m_hashes.size() % rowLength == 0) {
+        m_rows.push_back(m_text.size());
+        m_last.clear();
+    }
+    const auto [ours, last] = std::ranges::mismatch(key, m_last);
+    const auto shared = static_cast<std::size_t>(ours - key.begin());
+    addLength(shared);
+    addLength(key.size() - shared);
+    m_text += key.substr(shared);
+    m_last = key;
+    m_hashes.push_back(std::hash<std::string_view>()(key));
 }
 
 void bxLineKeys::clear() {
-    m_text.clear();
-    m_lines.clear();
+    *this = {};
 }
 
-std::string_view bxLineKeys::key(int line) const {
-    const auto i = static_cast<std::size_t>(line);
-    const std::size_t begin = i == 0 ? 0 : m_lines[i - 1].end;
-    return std::string_view(m_text).substr(begin, m_lines[i].end - begin);
+/** Seven bits in a character, the lowest first; the eighth is set where more follow. */
+void bxLineKeys::addLength(std::size_t length) {
+    for (; length > 0x7F; length >>= 7)
+        m_text += static_cast<char>(0x80 | (length & 0x7F));
+    m_text += static_cast<char>(length);
+}
+
+std::size_t bxLineKeys::readLength(std::size_t& at) const {
+    std::size_t length = 0;
+    for (unsigned shift = 0;; shift += 7) {
+        const auto part = static_cast<unsigned char>(m_text[at++]);
+        length |= static_cast<std::size_t>(part & 0x7F) << shift;
+        if (part < 0x80)
+            return length;
+    }
+}
+
+std::string bxLineKeys::key(std::size_t line) const {
+    std::string text;
+    std::size_t at = m_rows[line / rowLength];
+    for (std::size_t i = 0; i <= line % rowLength; ++i) {
+        text.resize(readLength(at));
+        const std::size_t own = readLength(at);
+        text.append(m_text, at, own);
+        at += own;
+    }
+    return text;
 }
 
 std::optional<std::pair<int, int>> bxLineKeys::firstEqual() const {
-    struct Hashed {
-        std::size_t hash;
-        int line;
-        auto operator<=>(const Hashed&) const = default;
-    };
-    std::vector<Hashed> lines;
-    lines.reserve(m_lines.size());
-    for (int line = 0; line < count(); ++line)
-        lines.push_back({m_lines[static_cast<std::size_t>(line)].hash, line});
-    std::ranges::sort(lines); // those that may be equal stand together, in their order
+    std::vector<unsigned> lines(m_hashes.size());
+    std::iota(lines.begin(), lines.end(), 0U);
+    // Those that may be equal stand together, in their order.
+    std::ranges::sort(lines, {}, [this](unsigned line) { return std::pair(m_hashes[line], line); });
 
     std::optional<std::pair<int, int>> first;
     for (auto a = lines.begin(); a != lines.end(); ++a) {
-        if (first && a->line > first->first)
+        if (first && static_cast<int>(*a) > first->first)
             continue;
-        for (auto b = a + 1; b != lines.end() && b->hash == a->hash; ++b) {
-            if (key(a->line) == key(b->line)) {
-                first = std::pair(a->line, b->line);
+        for (auto b = a + 1; b != lines.end() && m_hashes[*b] == m_hashes[*a]; ++b) {
+            if (key(*a) == key(*b)) {
+                first = std::pair(static_cast<int>(*a), static_cast<int>(*b));
                 break;
             }
         }

@@ -11,12 +11,15 @@
 #include <utility>
 #include <vector>
 
-/** Keys of table lines, kept in little memory: a run may write hundreds of thousands. */
+/**
+ * Keys of table lines, kept in little memory: a run may write hundreds of thousands. Neighbours differ in
+ * their last cells, so of each key only what follows the part that it shares with the key before is kept.
+ */
 class bxLineKeys {
   public:
     void add(std::string_view key);
     void clear();
-    int count() const { return static_cast<int>(m_lines.size()); }
+    int count() const { return static_cast<int>(m_hashes.size()); }
 
     /**
      * The first two lines with equal keys, by their index: the smallest first line, and the smallest second
@@ -25,15 +28,17 @@ class bxLineKeys {
     std::optional<std::pair<int, int>> firstEqual() const;
 
   private:
-    struct Line {
-        std::size_t hash;
-        std::size_t end; ///< of its key in the text; it begins where that of the line before ends
-    };
+    /** Lines in a row of which the first one's key is whole. */
+    static constexpr std::size_t rowLength = 64;
 
-    std::string_view key(int line) const;
+    void addLength(std::size_t length);
+    std::size_t readLength(std::size_t& at) const;
+    std::string key(std::size_t line) const;
 
-    std::string m_text; ///< all keys
-    std::vector<Line> m_lines;
+    std::string m_last;              ///< key of the last line
+    std::string m_text;              ///< of each line: length shared, own length, own characters
+    std::vector<std::size_t> m_rows; ///< where each row begins in the text
+    std::vector<std::size_t> m_hashes;
 };
 
 #endif

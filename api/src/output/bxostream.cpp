@@ -1,7 +1,7 @@
 #include "output/bxostream.h"
 
 void bxOStream::setMsgLevel(MessageLevel m) {
-    m_saved.insert(m_saved.begin(), m_msgLevel);
+    m_saved.push_back(m_msgLevel);
     m_msgLevel = m;
 }
 
@@ -10,8 +10,8 @@ void bxOStream::restoreMsgLevel() {
         m_msgLevel = ERR;
         return;
     }
-    m_msgLevel = *m_saved.begin();
-    m_saved.erase(m_saved.begin());
+    m_msgLevel = m_saved.back();
+    m_saved.pop_back();
 }
 
 bool bxOStream::beginMessage(MessageLevel m) {

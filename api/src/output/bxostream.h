@@ -4,11 +4,12 @@
 #ifndef BXOSTREAM_H
 #define BXOSTREAM_H
 
-#include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
 #include "output/bxiostream.h"
 #include "output/bxlevels.h"
 #include "output/bxstreams.h"
+
+#include <vector>
 
 /**
  * Messages with levels. A message is written as its level, its pieces, and endMessage or endMessageFlush,
@@ -31,7 +32,7 @@ class bxOStream : public bxOutputs {
     void endMessageFlush();
 
     /** Number of messages that are not ended. */
-    int openMessages() const { return m_saved.size(); }
+    int openMessages() const { return static_cast<int>(m_saved.size()); }
     /** Ends the innermost messages until this many are open. */
     void closeMessages(int open);
 
@@ -45,7 +46,7 @@ class bxOStream : public bxOutputs {
   private:
     OutputLevel m_outLevel = outErr;
     MessageLevel m_msgLevel = PERF;
-    bxList<MessageLevel> m_saved; /**< newest first */
+    std::vector<MessageLevel> m_saved; /**< newest last */
 };
 
 /** Starts a message of this level, or ends one. */

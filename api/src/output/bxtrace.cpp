@@ -2,8 +2,11 @@
 
 #include "output/bxostream.h"
 
+#include <algorithm>
+#include <cstring>
+
 /** Writes one line of the trace, where it is shown. */
-void bxTrace::announce(const char* direction, const bxString& name) {
+void bxTrace::announce(const char* direction, const char* name) {
     if (static_cast<int>(TRACE) > static_cast<int>(g_ostrm.outLevel()))
         return;
     g_ostrm.setMsgLevel(TRACE);
@@ -12,23 +15,26 @@ void bxTrace::announce(const char* direction, const bxString& name) {
     g_ostrm.restoreMsgLevel();
 }
 
-void bxTrace::traceIn(const bxString& name) {
+void bxTrace::traceIn(const char* name) {
     m_indent << '*';
     announce(" trace into   ", name);
-    insert(begin(), name);
+    if (m_closed.empty())
+        m_closed.emplace_back();
+    splice(begin(), m_closed, m_closed.begin());
+    front().assign(name);
 }
 
-void bxTrace::traceOut(const bxString& name) {
+void bxTrace::traceOut(const char* name) {
     announce(" trace out of ", name);
     int visited = 0;
     for (auto it = begin(); it != end();) {
         ++visited;
-        if (*it++ == name) {
-            erase(begin(), it);
+        if (std::strcmp((it++)->c_str(), name) == 0) {
+            m_closed.splice(m_closed.end(), *this, begin(), it);
             break;
         }
     }
-    m_indent = m_indent.substr(0, m_indent.length() - visited);
+    m_indent.resize(std::max(m_indent.length() - visited, 0), '*');
 }
 
 bxString bxTrace::getCurName() const {

@@ -15,9 +15,11 @@
 class bxTrace : public bxList<bxString> {
   public:
     /** Opens a step. */
-    void traceIn(const bxString& name);
+    void traceIn(const char* name);
+    void traceIn(const bxString& name) { traceIn(name.c_str()); }
     /** Closes a step and all steps inside it that are still open. */
-    void traceOut(const bxString& name);
+    void traceOut(const char* name);
+    void traceOut(const bxString& name) { traceOut(name.c_str()); }
     /** The innermost open step, or the empty text. */
     bxString getCurName() const;
     /** Forgets all open steps. */
@@ -28,9 +30,11 @@ class bxTrace : public bxList<bxString> {
     void flush();
 
   private:
-    void announce(const char* direction, const bxString& name);
+    void announce(const char* direction, const char* name);
 
     bxString m_indent;
+    bxList<bxString>
+        m_closed; /**< steps to be opened again: a run opens millions, and needs no memory for it */
 };
 
 #endif
