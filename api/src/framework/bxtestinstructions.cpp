@@ -2,6 +2,7 @@
  * The instructions of a call, beside its figure.
  */
 #include "data/bxalloc.h"
+#include "framework/bxstepfile.h"
 #include "framework/bxtest.h"
 #include "framework/bxtestloop.h"
 #include "framework/bxtraced.h"
@@ -13,19 +14,41 @@
  */
 void bxTestLoop::countInstructions() {
     m_instructions = {};
-    if (!m_test.tool.countInstructions)
+    const bxTool& tool = m_test.tool;
+    if (!tool.countInstructions)
         return;
     if (!m_test.funcCall) {
         m_instructions.problem = "nocall";
         return;
     }
+    if (!tool.stepsFile.empty() && bxStepFile::m_detailed && !m_steps)
+        m_steps = std::make_unique<bxStepLog>(tool.mostInstructions);
     callOnce(); // binds what is bound at the first call
-    bxTraced("countInstructions", [this] {
+    bxTraced("countInstructions", [this, &tool] {
         const bxCallScope scope(bxCallScope::called);
         if (m_test.initFunc)
             m_test.initFunc();
-        if (m_test.tool.includeDataSet)
+        if (tool.includeDataSet)
             bxResetAllVectors();
-        m_instructions = bxCountInstructions(m_test.funcCall, m_test.tool.mostInstructions);
+        m_instructions = bxCountInstructions(m_test.funcCall, tool.mostInstructions, m_steps.get());
     });
+}
+
+bxString bxTestLoop::parameterText() const {
+    bxString text;
+    for (const bxParameter* parm : m_test.parms)
+        text << (text.empty() ? "" : " ") << parm->name() << "=" << parm->valueString();
+    if (m_test.cacheIter)
+        text << " " << m_test.cacheIter->getComment();
+    return text;
+}
+
+void bxTestLoop::writeSteps() {
+    const bxTool& tool = m_test.tool;
+    if (tool.stepsFile.empty() || m_instructions.text().empty())
+        return;
+    const bxStepRecord record{m_test.name,    parameterText(),    m_test.getFlops(),
+                              m_instructions, tool.preciseFigure, m_steps.get()};
+    if (!bxStepFile::add(record))
+        bxTest::reportError("-- The file of the steps cannot be written\n", FAIL);
 }

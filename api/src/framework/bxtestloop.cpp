@@ -4,6 +4,7 @@
 #include "framework/bxbuildstep.h"
 #include "framework/bxcomment.h"
 #include "framework/bxinterrupt.h"
+#include "framework/bxstepfile.h"
 #include "framework/bxtest.h"
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
@@ -77,6 +78,8 @@ void bxTestLoop::process() {
     m_test.putTextParms(PERF);
     if (m_test.tool.includeDataSet)
         bxTraced("reserveAllVectors", [] { return bxTest::reserveAllVectors(); });
+    if (bxStepFile::m_row > 0 && ++m_number != bxStepFile::m_row)
+        return;
     if (bxTest::m_hot == bxTest::hotOnly && !m_test.isHotLine()) {
         g_ostrm << "  measuring is omitted: not hot line\n";
         return;
@@ -108,12 +111,7 @@ void bxTestLoop::compare(bxTurns& side) {
         return;
     bxTest::initCtrlStatus();
     g_callWatch.init();
-    bxString parameters;
-    for (const bxParameter* parm : m_test.parms)
-        parameters << (parameters.empty() ? "" : " ") << parm->name() << "=" << parm->valueString();
-    if (m_test.cacheIter)
-        parameters << " " << m_test.cacheIter->getComment();
-    side.beginCombination(parameters);
+    side.beginCombination(parameterText());
     bxStartWatchdog();
     if (side.calledOnce(m_test.funcCall ? callOnce() : 0) && m_test.funcCall)
         side.calledOnce(callOnce());
@@ -146,6 +144,7 @@ void bxTestLoop::time() {
     else
         m_test.printAllMemoryBlocks("after function calls");
     bxCompleteComment(m_test.tool, m_instructions);
+    writeSteps();
     r = std::max(r, m_test.checkCtrlStatus());
     bxTest::raiseResult(counted(r));
     m_test.outputResult(r);

@@ -7,6 +7,9 @@
 #include "foundation/bxstring.h"
 #include "timing/bxinstructions.h"
 #include "timing/bxresult.h"
+#include "timing/bxsteplog.h"
+
+#include <memory>
 
 class bxTest;
 class bxTurns;
@@ -24,6 +27,10 @@ class bxTestLoop {
     /** Outside what is timed; returns the function's status. */
     int callOnce();
     void countInstructions();
+    /** Adds the counted call to the file of the setting, where there is one. */
+    void writeSteps();
+    /** The parameters of the combination: "Len=64 Type=2". */
+    bxString parameterText() const;
     void time();
     void compare(bxTurns& side);
     void finish();
@@ -31,9 +38,11 @@ class bxTestLoop {
     void restoreTraceStep();
 
     bxTest& m_test;
-    const bxString m_step;             /**< trace step that every combination starts from */
-    bool m_constDue = true;            /**< the constant description has not been written */
-    bxInstructionCount m_instructions; /**< of a call of the combination */
+    const bxString m_step;              /**< trace step that every combination starts from */
+    bool m_constDue = true;             /**< the constant description has not been written */
+    bxInstructionCount m_instructions;  /**< of a call of the combination */
+    int m_number = 0;                   /**< of the combination, from 1 on */
+    std::unique_ptr<bxStepLog> m_steps; /**< of that call, where they are wanted */
     bool m_dataMissing = false; /**< some combination was passed over because its data could not be had */
 };
 

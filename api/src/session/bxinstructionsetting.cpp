@@ -1,8 +1,11 @@
 #include "session/bxinstructionsetting.h"
 
+#include "framework/bxstepfile.h"
+#include "output/bxpaths.h"
 #include "parameters/bxdefault.h"
 #include "parameters/bxmap.h"
 #include "session/bxgiven.h"
+#include "timing/bxexception.h"
 #include "timing/bxtool.h"
 
 namespace {
@@ -22,10 +25,34 @@ class Positive : public bxDefault<int> {
     bxString allowedText() const override { return "whole numbers from 1 on"; }
 };
 
+/** A file's name. */
+class FileName : public bxDefault_NSC<bxString> {
+  public:
+    using bxDefault_NSC<bxString>::bxDefault_NSC;
+    bxString valueToString(bxString value) const override { return value; }
+    bxString stringToValue(bxString& text) const override {
+        text.setFailed(text.empty());
+        return text;
+    }
+
+  protected:
+    bxString allowedText() const override { return "the name of a file"; }
+};
+
+void openStepsFile(const bxString& name) {
+    const bxString path = bxPaths::genOutPath(name, ".steps");
+    if (!bxStepFile::open(path))
+        throw bxException("InstructionsFile = " + path + " cannot be written");
+    g_tool.stepsFile = path;
+}
+
 } // namespace
 
 void bxReadInstructions() {
     g_istrm.expect("InstructionsMost");
+    g_istrm.expect("InstructionsFile");
+    g_istrm.expect("InstructionsRow");
+    g_istrm.expect("InstructionsSteps");
     bxMapDefault<bool> count(g_tool.countInstructions, "Instructions", "");
     count[true] = "yes";
     count[false] = "no";
@@ -34,4 +61,12 @@ void bxReadInstructions() {
         return;
     Positive most(g_tool.mostInstructions, "InstructionsMost", "");
     bxReadGiven(most, [](int steps) { g_tool.mostInstructions = steps; });
+    FileName file("", "InstructionsFile", "");
+    bxReadGiven(file, openStepsFile);
+    bxMapDefault<bool> steps(true, "InstructionsSteps", "");
+    steps[true] = "yes";
+    steps[false] = "no";
+    bxReadGiven(steps, [](bool written) { bxStepFile::m_detailed = written; });
+    Positive row(1, "InstructionsRow", "");
+    bxReadGiven(row, [](int number) { bxStepFile::m_row = number; });
 }

@@ -3,12 +3,14 @@
 #include "timing/bxexception.h"
 #include "timing/bxopcode.h"
 #include "timing/bxsignal.h"
+#include "timing/bxsteplog.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <sys/syscall.h>
 #include <ucontext.h>
+#include <utility>
 
 /** Sets the trap flag, calls, and clears it; keeps all registers of its caller, whatever the function does.
  */
@@ -155,6 +157,7 @@ constexpr long trapFlag = 0x100;
 /** What the handler knows of the call that is being stepped. It must not allocate. */
 struct Stepping {
     long long most = 0;
+    bxStepLog* log = nullptr; ///< may be null
     long long instructions = 0;
     long long steps = 0;
     std::uint32_t digest = 2166136261U; ///< FNV-1a
@@ -171,13 +174,7 @@ struct Stepping {
 
   private:
     bool step(const gregset_t& registers, Address at);
-    /** Counts the instruction that was executed unseen where a trap was held off. */
-    void takeHeldOff(Address at) {
-        const int unseen = behindHoldOff != 0 && at != behindHoldOff ? 1 : 0;
-        behindHoldOff = 0;
-        steps += unseen;
-        instructions += unseen;
-    }
+    void takeHeldOff(Address at);
     bool end(const char* why) {
         problem = why;
         return false;
@@ -196,6 +193,26 @@ Address registerValue(const gregset_t& registers, int index) {
 
 bool isInStepCall(Address at) {
     return at >= reinterpret_cast<Address>(&bx_step_call) && at < reinterpret_cast<Address>(bx_step_end);
+}
+
+/** The address behind an instruction without constants. */
+Address behind(Address at, const bxOpcode& opcode) {
+    return at + static_cast<Address>(opcode.formBytes + opcode.displacement);
+}
+
+/**
+ * Counts what was executed unseen where a trap was held off: the instruction behind a load of SS, and where
+ * that is one, too, on some processors also the next.
+ */
+void Stepping::takeHeldOff(Address at) {
+    for (Address unseen = std::exchange(behindHoldOff, 0); unseen != 0 && unseen != at;) {
+        const auto* const code = reinterpret_cast<const std::uint8_t*>(unseen);
+        const bxOpcode opcode = bxDecodeOpcode(code);
+        hash(code, opcode.formBytes);
+        ++steps;
+        ++instructions;
+        unseen = opcode.kind == bxOpcode::loadsStack ? behind(unseen, opcode) : 0;
+    }
 }
 
 bool Stepping::trap(const gregset_t& registers) {
@@ -232,6 +249,8 @@ bool Stepping::step(const gregset_t& registers, Address at) {
         overLimit = true;
         return false;
     }
+    if (log)
+        log->add(registers);
     if (!repeats)
         hash(code, opcode.formBytes);
     switch (opcode.kind) {
@@ -246,7 +265,7 @@ bool Stepping::step(const gregset_t& registers, Address at) {
         reinterpret_cast<std::uint8_t*>(registerValue(registers, stackPointer))[1] |= trapFlag >> 8;
         break;
     case bxOpcode::loadsStack:
-        behindHoldOff = at + static_cast<Address>(opcode.formBytes + opcode.displacement);
+        behindHoldOff = behind(at, opcode);
         break;
     default:
         break;
@@ -289,8 +308,8 @@ class TrapHandler {
 };
 
 /** Steps through a call; what was found stands in `s_stepping`. */
-void stepThrough(int (*function)(), long long most) {
-    s_stepping = {.most = most, .active = true};
+void stepThrough(int (*function)(), long long most, bxStepLog* log) {
+    s_stepping = {.most = most, .log = log, .active = true};
     bxFaultGuard guard;
     if (sigsetjmp(guard.buffer(), 1) != 0) {
         s_stepping.active = false;
@@ -322,15 +341,17 @@ bx_empty_call:
     .popsection
 )");
 
-bxInstructionCount bxCountInstructions(int (*function)(), long long most) {
+bxInstructionCount bxCountInstructions(int (*function)(), long long most, bxStepLog* log) {
     const TrapHandler handler;
     bxInstructionCount count;
-    stepThrough(bx_empty_call, 1);
+    stepThrough(bx_empty_call, 1, nullptr);
     if (s_stepping.instructions != 1 || !s_stepping.returned) {
         count.problem = "nosteps";
         return count;
     }
-    stepThrough(function, most);
+    if (log)
+        log->clear();
+    stepThrough(function, most, log);
     count.overLimit = s_stepping.overLimit;
     count.problem = s_stepping.problem;
     count.steps = s_stepping.steps;

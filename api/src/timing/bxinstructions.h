@@ -9,6 +9,8 @@
 
 #include <cstdint>
 
+class bxStepLog;
+
 /** The instructions of one call, from the entry of the function to its return, the return included. */
 struct bxInstructionCount {
     long long instructions = 0; ///< a repeated string instruction is one, like any other
@@ -36,8 +38,8 @@ struct bxInstructionCount {
  * "interrupt", "iret", "fault" (also an exit or the time limit), "left" (it jumped out of its call), "lost"
  * (it got rid of the trap flag in another way than POPF, which is counted); "nosteps" is a machine that does
  * not step. Not reentrant; other threads are not counted. \param most  steps after which the call goes on
- * without them
+ * without them \param log  takes down each step, too, where there is one
  */
-bxInstructionCount bxCountInstructions(int (*function)(), long long most);
+bxInstructionCount bxCountInstructions(int (*function)(), long long most, bxStepLog* log = nullptr);
 
 #endif

@@ -51,6 +51,7 @@ struct bxTimingSettings {
     double patience = 200e6; ///< precise: clocks more to wait for others to leave the core (0.1 s)
     bool countInstructions = false; ///< of a call, step by step, beside the timing
     int mostInstructions = 200'000; ///< steps after which the counting is given up
+    bxString stepsFile;             ///< takes what each counted call did, step by step; empty for none
 };
 
 /** The functions of a test, null where it has none. */
