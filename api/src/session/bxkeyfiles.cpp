@@ -1,43 +1,31 @@
 #include "session/bxkeyfiles.h"
 
-#include "output/bxpaths.h"
 #include "output/bxsamefile.h"
 #include "session/bxcommand.h"
+#include "session/bxkeys.h"
 
 #include <algorithm>
-#include <string_view>
 #include <vector>
 
 namespace {
 
-struct FileKeys {
-    std::string_view keys;
-    const bxString& extension;
-    bool lastCounts; ///< earlier ones are forgotten
-    bxString (*path)(const bxString& name, const bxString& extension);
-};
-
-const FileKeys fileKeys[] = {
-    {"oO", extOut, false, bxPaths::genOutPath}, {"rR", extCsv, false, bxPaths::genOutPath},
-    {"q", extName, false, bxPaths::genOutPath}, {"uU", extSum, false, bxPaths::genOutPath},
-    {"g", extSgl, true, bxPaths::genOutPath},   {"iI", extIni, true, bxPaths::genInPath}};
-
 struct NamedFile {
     char key;
-    const FileKeys* row;
+    const bxKeyFile* kind;
     bxString path;
 };
 
 std::vector<NamedFile> filesOf(const bxCommandList& keys) {
     std::vector<NamedFile> files;
     for (const bxCommandKey& key : keys) {
-        const auto row = std::ranges::find_if(
-            fileKeys, [&key](const FileKeys& r) { return r.keys.find(key.key()) != r.keys.npos; });
-        if (row == std::end(fileKeys) || (key.isKey('q') && key.argument().view().starts_with('+')))
+        const auto row = std::ranges::find(bxKeyTable(), key.key(), &bxKeyRow::key);
+        if (row == bxKeyTable().end() || !row->file.extension ||
+            (key.isKey('q') && key.argument().view().starts_with('+')))
             continue;
-        if (row->lastCounts)
-            std::erase_if(files, [row](const NamedFile& file) { return file.row == row; });
-        files.push_back({key.key(), row, row->path(key.argument(), row->extension)});
+        const bxKeyFile& kind = row->file;
+        if (kind.lastCounts)
+            std::erase_if(files, [&kind](const NamedFile& f) { return f.kind->extension == kind.extension; });
+        files.push_back({key.key(), &kind, kind.path(key.argument(), *kind.extension)});
     }
     return files;
 }
