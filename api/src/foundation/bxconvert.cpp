@@ -76,8 +76,9 @@ bxString& bxString::appendUnsigned(unsigned long long value) {
 
 bxString& bxString::operator<<(double value) {
     Digits digits;
-    std::snprintf(digits.data(), digits.size(), "%.3g", value);
-    return append(digits.data());
+    const auto end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::general, 3);
+    return append({digits.data(), end.ptr});
 }
 
 bxString& bxString::operator<<(const void* address) {

@@ -14,8 +14,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <charconv>
 #include <cstdlib>
+#include <iterator>
 
 // ---- Figures ----
 
@@ -57,16 +58,16 @@ bxString bxTest::formatClocks(double x) {
     if (!(x > 0))
         return "";
     char text[32];
-    if (x < 0.0001 || x > 10000000) {
-        std::snprintf(text, sizeof text, "%.3e", x);
-        return text;
-    }
+    const auto written = [&](std::chars_format form, int decimals) {
+        return bxString(std::string_view(text, std::to_chars(text, std::end(text), x, form, decimals).ptr));
+    };
+    if (x < 0.0001 || x > 10000000)
+        return written(std::chars_format::scientific, 3);
     // One decimal more for each bound that the figure stays below.
     static constexpr std::array bounds = {100.0, 10.0, 1.0, 0.1, 0.01, 0.001};
     const auto decimals =
         std::count_if(bounds.begin(), bounds.end(), [x](double bound) { return x < bound; });
-    std::snprintf(text, sizeof text, "%.*f", static_cast<int>(decimals), x);
-    return text;
+    return written(std::chars_format::fixed, static_cast<int>(decimals));
 }
 
 bxString bxTest::perfString(bool flops) {

@@ -10,13 +10,13 @@ void bxTrace::announce(const char* direction, const char* name) {
     if (static_cast<int>(TRACE) > static_cast<int>(g_ostrm.outLevel()))
         return;
     g_ostrm.setMsgLevel(TRACE);
-    g_ostrm << m_indent << "*****" << direction << name << "\n";
+    g_ostrm << indent() << "*****" << direction << name << "\n";
     flush();
     g_ostrm.restoreMsgLevel();
 }
 
 void bxTrace::traceIn(const char* name) {
-    m_indent << '*';
+    ++m_depth;
     announce(" trace into   ", name);
     if (m_closed.empty())
         m_closed.emplace_back();
@@ -34,7 +34,13 @@ void bxTrace::traceOut(const char* name) {
             break;
         }
     }
-    m_indent.resize(std::max(m_indent.length() - visited, 0), '*');
+    m_depth = std::max(m_depth - visited, 0);
+}
+
+bxString bxTrace::indent() const {
+    bxString stars;
+    stars.resize(m_depth, '*');
+    return stars;
 }
 
 bxString bxTrace::getCurName() const {
@@ -43,7 +49,7 @@ bxString bxTrace::getCurName() const {
 
 void bxTrace::clear() {
     bxList<bxString>::clear();
-    m_indent = bxString();
+    m_depth = 0;
 }
 
 void bxTrace::flush() {

@@ -25,14 +25,14 @@ class bxTrace : public bxList<bxString> {
     /** Forgets all open steps. */
     void clear();
     /** One "*" for each open step. */
-    const bxString& indent() const { return m_indent; }
+    bxString indent() const;
     /** Flushes the message stream when its message level does not exceed its output level. */
     void flush();
 
   private:
     void announce(const char* direction, const char* name);
 
-    bxString m_indent;
+    int m_depth = 0;
     bxList<bxString>
         m_closed; /**< steps to be opened again: a run opens millions, and needs no memory for it */
 };
