@@ -9,9 +9,6 @@
 #include "kvvector.h"
 #include "zortypes.h"
 
-/** Units that clocks are reported per. */
-constexpr const char* kvUnits[] = {" ", "e", "px", "pxch", "cpMac", "e_kp", "px_kp", "pxch_kp"};
-
 /**
  * A `bxTest` bound to the library: the function's name is parsed, statuses become results, random data starts
  * from the same seed in every test, and the dump of test data knows vectors.

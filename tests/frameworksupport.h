@@ -5,6 +5,7 @@
 #define FRAMEWORKSUPPORT_H
 
 #include "bx.h"
+#include "framework/bxrun.h"
 #include "testsupport.h"
 
 #include <gtest/gtest.h>

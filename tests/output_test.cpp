@@ -271,7 +271,6 @@ TEST(Table, Lines) {
     EXPECT_EQ(capture.text(),
               "a,-,c\n\n0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16,17,18,19,20,21,22,23,24,25,26,27,28,29,"
               "30,31\na,b,c\na,b,c,-,-,-\n");
-    EXPECT_EQ(table.lineNumber(), 4);
     EXPECT_EQ(table.cellCount(), 0);
 }
 
@@ -307,8 +306,9 @@ TEST(Table, NamesTheFirstPairOfEqualLines) {
     EXPECT_EQ(warning(table), "");
     table.identicalLinesStart(2);
     const char* const rows[][2] = {{"a", "bc"}, {"x", "y"}, {"ab", "c"}, {"x", "y"}, {"a", "bc"}, {"x", "y"}};
+    int number = 0;
     for (const auto& row : rows)
-        table << row[0] << row[1] << table.lineNumber() << "\n";
+        table << row[0] << row[1] << number++ << "\n";
     EXPECT_EQ(warning(table), " Performance table warning:\n Lines 2 & 6 have identical parameters\n");
     EXPECT_FALSE(table.identicalLinesStop()) << "the check is off";
 }

@@ -12,8 +12,8 @@
 #include "framework/bxreportformat.h"
 #include "framework/bxreports.h"
 #include "framework/bxsessionmodes.h"
-#include "framework/bxtraced.h"
 #include "parameters/bxinifile.h"
+#include "parameters/bxistream.h"
 #include "session/bxcommand.h"
 #include "session/bxdialogue.h"
 #include "session/bxkeys.h"
@@ -25,9 +25,5 @@
 #include "system/bxostimer.h"
 #include "system/bxpriority.h"
 #include "system/bxprobes.h"
-#include "timing/bxcallwatch.h"
-#include "timing/bxprecise.h"
-#include "timing/bxstatistics.h"
-#include "timing/bxwatchdog.h"
 
 #endif

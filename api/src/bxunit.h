@@ -7,7 +7,6 @@
 
 #include "data/bxalloc.h"
 #include "data/bxobject.h"
-#include "data/bxplacement.h"
 #include "foundation/bxlist.h"
 #include "foundation/bxnames.h"
 #include "foundation/bxstring.h"
@@ -27,7 +26,6 @@
 #include "parameters/bxcacheiterator.h"
 #include "parameters/bxdefault.h"
 #include "parameters/bxenumiterator.h"
-#include "parameters/bxistream.h"
 #include "parameters/bxiterator.h"
 #include "parameters/bxmap.h"
 #include "parameters/bxparameter.h"

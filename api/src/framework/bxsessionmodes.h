@@ -4,8 +4,6 @@
 #ifndef BXSESSIONMODES_H
 #define BXSESSIONMODES_H
 
-#include "framework/bxrun.h"
-
 /** The switches stand below the session, which derives from them: tests know no session. */
 class bxSessionModes {
   public:
@@ -14,9 +12,9 @@ class bxSessionModes {
         nameInResults = 1, /**< parameter-name lines go into the result tables */
         nameInOwnTable = 2 /**< parameter-name lines go into the separate name table */
     };
-    static inline int& m_nameMode = g_run.nameMode;
+    static int& m_nameMode;
     /** Tests write their parameter names and measure nothing. */
-    static inline bool& m_nameExit = g_run.nameExit;
+    static bool& m_nameExit;
 };
 
 #endif

@@ -4,10 +4,8 @@
 #ifndef BXTEST_H
 #define BXTEST_H
 
-#include "data/bxplacement.h"
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
-#include "framework/bxrun.h"
 #include "framework/bxtestinfo.h"
 #include "output/bxlevels.h"
 #include "parameters/bxcacheiterator.h"
@@ -193,17 +191,17 @@ class bxTest {
     bxCacheIterator* cacheIter = nullptr; /**< stands in for the size parameter in cache mode; owned */
     bool cacheRetry = false;              /**< the cache iterator refused the size of the combination */
 
-    // Views of the present run, under the names that test units use.
-    static inline bxResult& m_currentResult = g_run.result;
-    static inline int& m_numParmsColm = g_run.parameterColumns;
-    static inline int& m_numResultColm = g_run.resultColumns;
-    static inline int& m_hot = g_run.hot;
-    static inline bool& m_pressing = g_run.pressing;
-    static inline bool& m_cache = g_run.cache;
+    // Views of the present run and of the placement of data, under the names that test units use.
+    static bxResult& m_currentResult;
+    static int& m_numParmsColm;
+    static int& m_numResultColm;
+    static int& m_hot;
+    static bool& m_pressing;
+    static bool& m_cache;
     /** Blocks allocated for the current combination. */
-    static inline int& m_vectorNum = g_placement.blocks;
+    static int& m_vectorNum;
     /** Mutual offset of the next block, bytes. */
-    static inline int& m_vectorShift = g_placement.shift;
+    static int& m_vectorShift;
 
   private:
     bxTest(bxString testName, bxString path, bxString text);

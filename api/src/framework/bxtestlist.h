@@ -6,7 +6,6 @@
 
 #include "foundation/bxlist.h"
 #include "foundation/bxstring.h"
-#include "framework/bxrun.h"
 #include "timing/bxresult.h"
 
 #include <ctime>
@@ -47,8 +46,8 @@ class bxTestList : public bxList<bxTest*> {
     const char* interruptedBy = nullptr;
 
     // Views of the present run.
-    static inline bxString& m_startFunc = g_run.startFunc;
-    static inline bxTest*& m_pCurrentTest = g_run.currentTest;
+    static bxString& m_startFunc;
+    static bxTest*& m_pCurrentTest;
 
   private:
     /** Number of tests that a run now would take. */

@@ -1,6 +1,7 @@
 #include "framework/bxtestloop.h"
 
 #include "data/bxalloc.h"
+#include "data/bxplacement.h"
 #include "framework/bxbuildstep.h"
 #include "framework/bxcomment.h"
 #include "framework/bxinterrupt.h"

@@ -2,6 +2,7 @@
  * What a test works with: the combinations of its parameter values, its data and the floating-point watch.
  */
 #include "data/bxalloc.h"
+#include "data/bxplacement.h"
 #include "framework/bxinterrupt.h"
 #include "framework/bxtest.h"
 #include "output/bxcstream.h"

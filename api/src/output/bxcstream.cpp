@@ -1,10 +1,14 @@
 #include "output/bxcstream.h"
 
+#include "output/bxlinekeys.h"
 #include "output/bxostream.h"
 #include "output/bxtable.h"
 
 #include <algorithm>
 #include <utility>
+
+bxCStream::bxCStream() : m_checked(std::make_unique<bxLineKeys>()) {}
+bxCStream::~bxCStream() = default;
 
 void bxCStream::addCell(const bxString& text) {
     if (m_count < lineWidth)
@@ -47,7 +51,7 @@ void bxCStream::lineOut(int n) {
     tableOut(n);
     ++m_lineNumber;
     if (m_keyColumns)
-        m_checked.add(lineKey());
+        m_checked->add(lineKey());
     tableFlush();
 }
 
@@ -73,15 +77,15 @@ void bxCStream::linePostponeOut(int n) {
 
 void bxCStream::identicalLinesStart(int k) {
     m_keyColumns = std::clamp(k, 0, lineWidth);
-    m_checked.clear();
+    m_checked->clear();
 }
 
 bool bxCStream::identicalLinesStop() {
-    if (!m_keyColumns || m_checked.count() == 0)
+    if (!m_keyColumns || m_checked->count() == 0)
         return false;
     const bool found = identicalLinesCheck();
     m_keyColumns = 0;
-    m_checked.clear();
+    m_checked->clear();
     return found;
 }
 
@@ -94,10 +98,10 @@ std::string bxCStream::lineKey() const {
 }
 
 bool bxCStream::identicalLinesCheck() const {
-    const auto pair = m_checked.firstEqual();
+    const auto pair = m_checked->firstEqual();
     if (!pair)
         return false;
-    const int first = m_lineNumber - m_checked.count() + 1;
+    const int first = m_lineNumber - m_checked->count() + 1;
     g_ostrm << WARN << " Performance table warning:\n";
     g_ostrm << " Lines " << first + pair->first << " & " << first + pair->second;
     g_ostrm << " have identical parameters\n" << endMessageFlush;

@@ -7,12 +7,14 @@
 #include "foundation/bxstring.h"
 #include "foundation/bxstringlist.h"
 #include "output/bxiostream.h"
-#include "output/bxlinekeys.h"
 #include "output/bxstreams.h"
 
 #include <array>
+#include <memory>
 #include <string>
 #include <vector>
+
+class bxLineKeys;
 
 /**
  * A table. A line of up to 32 cells is filled, then written to every attached file. Lines can be held back,
@@ -20,6 +22,9 @@
  */
 class bxCStream : public bxOutputs {
   public:
+    bxCStream();
+    ~bxCStream() override;
+
     static constexpr int lineWidth = 32;
 
     /** Appends a cell; a full line takes no more. */
@@ -32,8 +37,6 @@ class bxCStream : public bxOutputs {
     int cellCount() const { return m_count; }
     /** Makes the line n cells long, from 0 to its width; cells never set read "-". */
     void setCellCount(int n) { m_count = n < 0 ? 0 : n < lineWidth ? n : lineWidth; }
-    /** Number of lines written so far. */
-    int lineNumber() const { return m_lineNumber; }
 
     /** Writes n cells (those appended if n is 0) and keeps the line; a cell that is empty or not appended
      * reads "-". */
@@ -69,8 +72,8 @@ class bxCStream : public bxOutputs {
     Line m_cells;
     int m_count = 0;
     int m_lineNumber = 0;
-    int m_keyColumns = 0; /**< 0: no check */
-    bxLineKeys m_checked; /**< of the lines written while the check is on */
+    int m_keyColumns = 0;                  /**< 0: no check */
+    std::unique_ptr<bxLineKeys> m_checked; /**< of the lines written while the check is on */
     std::vector<Line> m_postponed;
 };
 

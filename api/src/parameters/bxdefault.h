@@ -6,7 +6,6 @@
 
 #include "parameters/bxparameter.h"
 #include "parameters/bxtextform.h"
-#include "parameters/bxvalueerror.h"
 
 #include <utility>
 #include <vector>
@@ -39,7 +38,7 @@ class bxDefault_NSC : public bxParameter {
         const T value = stringToValue(text);
         return {value, !text.failed(), readsWhole(text)};
     }
-    /** Reads a value; throws bxValueError "Invalid value of NAME = TEXT" when it is none. */
+    /** Reads a value; see `refuse` for a text that is none. */
     virtual T validItem(bxString text);
 
     /** Sets the current value only: a sequence of values that is under way goes on from its own position. */
@@ -76,7 +75,7 @@ template <class T>
 T bxDefault_NSC<T>::validItem(bxString text) {
     const bxReading<T> reading = read(text);
     if (!reading.good)
-        throw bxValueError(bxString("Invalid value of ") + name() + " = " + text, true);
+        refuse(text);
     noteReading(reading.whole);
     return reading.value;
 }

@@ -53,7 +53,6 @@ class bxIStream {
     bool updateIni() const { return m_updateIni; }
     /** Sets the section in which values are sought; returns the previous one. */
     bxString setIniSection(bxString name);
-    bxString iniSection() const { return m_section; }
 
     bxDataList& dataList() { return m_data; }
 

@@ -56,7 +56,7 @@ void bxIterator_NSC<T>::translate(bxString text) {
             values.insert(values.end(), this->validItem(word));
     }
     if (values.empty())
-        throw bxValueError("Empty iterator definition");
+        this->refuseEmpty();
     this->swap(values);
     m_started = false;
 }

@@ -105,6 +105,14 @@ void bxParameter::nameToCStream(bxCStream& table) const {
     toColumn(table, m_name);
 }
 
+void bxParameter::refuse(const bxString& text) const {
+    throw bxValueError(bxString("Invalid value of ") + m_name + " = " + text, true);
+}
+
+void bxParameter::refuseEmpty() {
+    throw bxValueError("Empty iterator definition");
+}
+
 /** A dialogue shows what it has understood, whatever the level. */
 void bxParameter::list(bool always) const {
     const bxString line = bxString(" ") + description() + "\n";

@@ -78,7 +78,6 @@ class bxParameter {
     void setNeedsInput(bool on) { m_needsInput = on; }
     bool needsInput() const { return m_needsInput; }
     void setOutputFlags(int flags) { m_outputFlags = flags; }
-    int outputFlags() const { return m_outputFlags; }
 
   protected:
     /** The prompt as given, or the name. */
@@ -86,6 +85,10 @@ class bxParameter {
     void setDeprecated(bool on, bxString text);
     /** What may be given, in words, for a refusal; empty when that cannot be said. */
     virtual bxString allowedText() const { return validString(); }
+    /** Throws the bxException "Invalid value of NAME = TEXT". */
+    [[noreturn]] void refuse(const bxString& text) const;
+    /** Throws the bxException of a list without a value. */
+    [[noreturn]] static void refuseEmpty();
     /** For `translate`: notes when only the beginning of a text was read. */
     void noteReading(bool whole) { m_readPartly = m_readPartly || !whole; }
 

@@ -1,5 +1,7 @@
 #include "parameters/bxstepiterator.h"
 
+#include "parameters/bxvalueerror.h"
+
 namespace {
 
 bool isOperation(char c) {

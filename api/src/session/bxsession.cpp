@@ -5,6 +5,7 @@
 #include "framework/bxregister.h"
 #include "framework/bxreportformat.h"
 #include "framework/bxreports.h"
+#include "framework/bxrun.h"
 #include "framework/bxtest.h"
 #include "framework/bxtestlist.h"
 #include "output/bxcstream.h"

@@ -1,6 +1,7 @@
 #include "timing/bxfpwatch.h"
 
 #include "output/bxostream.h"
+#include "system/bxprobes.h"
 
 #include <cstdint>
 #include <iterator>
@@ -123,6 +124,8 @@ bxString ts87Base::strSW(int sw) {
 bxString ts87Base::strCW(int cw) {
     return field(cw, 0xC00, rounding87) + field(cw, 0x300, precision87) + setBits(cw, masks87);
 }
+
+tsSSXBase::tsSSXBase() : m_hasSSX(zor_is_ssx_extension() != 0) {}
 
 void tsSSXBase::setDefault() const {
     if (m_hasSSX)

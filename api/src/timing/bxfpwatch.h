@@ -7,7 +7,6 @@
 #define BXFPWATCH_H
 
 #include "foundation/bxstring.h"
-#include "system/bxprobes.h"
 
 /** \name Registers */
 /** @{ */
@@ -45,7 +44,9 @@ class tsSSXBase {
     static int FlushZero; ///< on
     static int Rounding;  ///< to nearest
 
-    explicit tsSSXBase(bool hasSSX = zor_is_ssx_extension() != 0) : m_hasSSX(hasSSX) {}
+    /** Of the processor that the program runs on. */
+    tsSSXBase();
+    explicit tsSSXBase(bool hasSSX) : m_hasSSX(hasSSX) {}
 
     bool hasSSX() const { return m_hasSSX; }
     /** Sets the default MXCSR with its flags cleared; denormals-are-zero stays as it is. */
