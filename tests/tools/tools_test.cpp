@@ -200,6 +200,24 @@ TEST(Tables, AreReadWithWhatStandsBesideThem) {
     EXPECT_THAT(page, testing::Not(HasSubstr("{{")));
 }
 
+TEST(Report, SingleCallsAreReadFromTheComment) {
+    const std::string comment =
+        "nLps=4 calls=300 least=50.0 median=60.5 99%=70 99.9%=71 most=800 interrupted=";
+    const auto jsonOf = [](const std::string& text) {
+        Collection tables;
+        tables.runs = {runOf({1}, text)};
+        return reportJson(makeReport(tables));
+    };
+    EXPECT_THAT(jsonOf(comment + "0 hist=299.0.1 first=900"),
+                HasSubstr("\"calls\":{\"count\":300,\"least\":50,\"median\":60.5,\"percent99\":70,"
+                          "\"permille999\":71,\"most\":800,\"interrupted\":0,\"apart\":true,"
+                          "\"histogram\":[299,0,1]},\"first\":900,"));
+    EXPECT_THAT(jsonOf(comment + "200 kept upto=9000 hist=300"),
+                HasSubstr("\"interrupted\":200,\"apart\":false,\"longestInterrupted\":9000,"));
+    for (const char* none : {"nCalls=50", "nLps=1 calls=?nocall", "calls take no time"})
+        EXPECT_THAT(jsonOf(none), testing::Not(HasSubstr("\"calls\":{"))) << none;
+}
+
 // Worked by hand, or from the tables of Student's distribution.
 TEST(Statistics, WorkedExamples) {
     const Estimate five = lowerMean(std::vector<double>{2, 100, 4, 1, 3}); // 1 2 3, winsorised 1 2 3 3 3

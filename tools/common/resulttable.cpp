@@ -7,6 +7,7 @@
 #include <array>
 #include <fstream>
 #include <istream>
+#include <sstream>
 
 namespace {
 
@@ -409,6 +410,39 @@ std::optional<double> ResultRow::steps() const {
 
 std::optional<double> ResultRow::ipc() const {
     return numberAfter(comment, "ipc=");
+}
+
+std::optional<CallSpread> ResultRow::callSpread() const {
+    const std::string begin = std::string(" ") + bxTable::singleCalls; // "nCalls=" ends alike
+    const std::size_t at = (" " + comment).find(begin);
+    if (at == std::string::npos)
+        return std::nullopt;
+    const std::string_view text = std::string_view(comment).substr(at);
+    CallSpread spread;
+    const auto read = [text](double& number, const char* mark) {
+        const auto found = numberAfter(text, mark);
+        number = found.value_or(0);
+        return found.has_value();
+    };
+    if (!read(spread.calls, bxTable::singleCalls) || !read(spread.least, bxTable::leastCall) ||
+        !read(spread.median, bxTable::medianCall) || !read(spread.percent99, bxTable::percent99) ||
+        !read(spread.permille999, bxTable::permille999) || !read(spread.most, bxTable::mostCall))
+        return std::nullopt;
+    read(spread.interrupted, bxTable::interruptedCalls);
+    spread.longestInterrupted = numberAfter(text, bxTable::longestInterrupted);
+    spread.apart = text.find(std::string(" ") + bxTable::interruptedKept) == std::string_view::npos;
+    if (const std::size_t bins = text.find(bxTable::histogram); bins != std::string_view::npos) {
+        std::istringstream counts(
+            std::string(text.substr(bins + std::string_view(bxTable::histogram).size())));
+        double count = 0;
+        for (std::string one; std::getline(counts, one, '.') && std::istringstream(one) >> count;)
+            spread.histogram.push_back(count);
+    }
+    return spread;
+}
+
+std::optional<double> ResultRow::firstCall() const {
+    return numberAfter(comment, bxTable::firstCall);
 }
 
 std::string ResultRow::codeDigest() const {

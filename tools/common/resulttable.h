@@ -36,6 +36,15 @@ struct RunHead {
     std::vector<std::string> values(std::string_view label) const;
 };
 
+/** What single calls of a combination cost, in the clocks of the comment (setting "Calls"). */
+struct CallSpread {
+    double calls = 0, least = 0, median = 0, percent99 = 0, permille999 = 0, most = 0;
+    double interrupted = 0;                   /**< calls that the system interrupted */
+    std::optional<double> longestInterrupted; /**< of these */
+    bool apart = true;                        /**< whether the figures are of the other calls only */
+    std::vector<double> histogram;            /**< calls in bins of one ratio from the least to the most */
+};
+
 /** One measured combination. */
 struct ResultRow {
     std::string function; /**< full name, "zorsDecodeTNS_AAC_32s_I" */
@@ -61,6 +70,8 @@ struct ResultRow {
     std::optional<double> instructions() const; /**< of a call, "instr="; only where it could be counted */
     std::optional<double> steps() const; /**< the same with the iterations of repeated string instructions */
     std::optional<double> ipc() const;   /**< instructions in a core clock, "ipc=" */
+    std::optional<CallSpread> callSpread() const; /**< "calls=" */
+    std::optional<double> firstCall() const;      /**< clocks with empty caches, "first=" */
     std::string codeDigest() const;      /**< of the instructions in their order, "code="; may be empty */
     std::optional<double> loops() const; /**< timed calls, "nLps=" or "nCalls=" */
     std::string cacheMode() const;       /**< "inCache", "outofCache" or empty */

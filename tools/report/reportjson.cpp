@@ -63,6 +63,22 @@ Json function(const FunctionView& view) {
             {"axis", std::move(axis)}, {"lines", std::move(lines)}};
 }
 
+Json calls(const CallSpread& spread) {
+    Json object{{"count", jsonNumber(spread.calls)},
+                {"least", jsonNumber(spread.least)},
+                {"median", jsonNumber(spread.median)},
+                {"percent99", jsonNumber(spread.percent99)},
+                {"permille999", jsonNumber(spread.permille999)},
+                {"most", jsonNumber(spread.most)},
+                {"interrupted", jsonNumber(spread.interrupted)},
+                {"apart", spread.apart}};
+    addKnown(object, "longestInterrupted", spread.longestInterrupted);
+    object["histogram"] = Json::array();
+    for (const double count : spread.histogram)
+        object["histogram"].push_back(jsonNumber(count));
+    return object;
+}
+
 Json row(const TableRun& run, const FunctionView& view, const RowRef& ref) {
     const ResultRow& row = *ref.row;
     Json parameters = Json::object();
@@ -79,6 +95,9 @@ Json row(const TableRun& run, const FunctionView& view, const RowRef& ref) {
     addKnown(object, "instructions", row.instructions());
     addKnown(object, "steps", row.steps());
     addKnown(object, "ipc", row.ipc());
+    if (const auto spread = row.callSpread())
+        object["calls"] = calls(*spread);
+    addKnown(object, "first", row.firstCall());
     if (const std::string code = row.codeDigest(); !code.empty())
         object["code"] = code;
     if (const std::string mode = row.cacheMode(); !mode.empty())

@@ -3,6 +3,7 @@
 showRuns();
 showProblems();
 showSections();
+showCalls();
 showFunctions();
 explainOverview();
 showOverview();

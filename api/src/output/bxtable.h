@@ -40,6 +40,20 @@ inline constexpr Text nothing = "calls take no time"; /**< in "Comment": they co
 inline constexpr Text shared = "shared="; /**< in "Comment": share of the core that others took, percent */
 inline constexpr Text throughput = "adds/clock="; /**< in "Comment": independent additions in a core clock */
 
+// In "Comment": what single calls cost.
+inline constexpr Text singleCalls = "calls="; /**< timed one by one, or "?" and why not */
+inline constexpr Text leastCall = "least=";
+inline constexpr Text medianCall = "median=";
+inline constexpr Text percent99 = "99%="; /**< 99 % of the calls are not longer */
+inline constexpr Text permille999 = "99.9%=";
+inline constexpr Text mostCall = "most=";
+inline constexpr Text interruptedCalls = "interrupted="; /**< calls that the system interrupted */
+inline constexpr Text interruptedKept = "kept";     /**< behind it: they are in the figures, being most */
+inline constexpr Text longestInterrupted = "upto="; /**< the longest of these */
+inline constexpr Text histogram = "hist=";  /**< calls by bins of one ratio, from the least to the most */
+inline constexpr Text firstCall = "first="; /**< a call with nothing in the caches */
+inline constexpr Text layouts = "layouts="; /**< placements measured */
+
 // Labels of the head of every table; "Library" may stand several times.
 inline constexpr Text cpu = "CPU";
 inline constexpr Text os = "OS";

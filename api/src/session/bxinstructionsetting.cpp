@@ -5,25 +5,11 @@
 #include "parameters/bxdefault.h"
 #include "parameters/bxmap.h"
 #include "session/bxgiven.h"
+#include "session/bxwholenumber.h"
 #include "timing/bxexception.h"
 #include "timing/bxtool.h"
 
 namespace {
-
-/** A number from 1 on. */
-class Positive : public bxDefault<int> {
-  public:
-    using bxDefault<int>::bxDefault;
-    int stringToValue(bxString& text) const override {
-        const int value = bxDefault<int>::stringToValue(text);
-        if (value < 1)
-            text.setFailed(true);
-        return value;
-    }
-
-  protected:
-    bxString allowedText() const override { return "whole numbers from 1 on"; }
-};
 
 /** A file's name. */
 class FileName : public bxDefault_NSC<bxString> {
@@ -59,7 +45,7 @@ void bxReadInstructions() {
     bxReadGiven(count, [](bool on) { g_tool.countInstructions = on; });
     if (!g_tool.countInstructions)
         return;
-    Positive most(g_tool.mostInstructions, "InstructionsMost", "");
+    bxWholeNumber most(g_tool.mostInstructions, "InstructionsMost", 1);
     bxReadGiven(most, [](int steps) { g_tool.mostInstructions = steps; });
     FileName file("", "InstructionsFile", "");
     bxReadGiven(file, openStepsFile);
@@ -67,6 +53,6 @@ void bxReadInstructions() {
     steps[true] = "yes";
     steps[false] = "no";
     bxReadGiven(steps, [](bool written) { bxStepFile::m_detailed = written; });
-    Positive row(1, "InstructionsRow", "");
+    bxWholeNumber row(1, "InstructionsRow", 1);
     bxReadGiven(row, [](int number) { bxStepFile::m_row = number; });
 }

@@ -90,7 +90,8 @@ const char* const d_descr =
     a name that nothing asked for is named at the end. Beside these, Precise=yes measures by
     differences against a chain of additions and gives core clocks with their 95 % interval, to
     within PreciseAccuracy (per cent; the Accuracy where it is not given); Instructions=yes counts
-    the instructions of a call, up to InstructionsMost (200000); WatchdogSeconds=<n> ends a
+    the instructions of a call, up to InstructionsMost (200000); Calls=<n> times n single calls and
+    tells the longest; Cold=yes times calls with empty caches; WatchdogSeconds=<n> ends a
     combination that takes longer; GuardBlocks=yes ends test data at a protected page;
     Strict=yes gives the exit status 2 when the run ended before its tests, no test ran, a key or a
     name was not known, or an output could not be written.

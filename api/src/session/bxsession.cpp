@@ -12,6 +12,7 @@
 #include "output/bxostream.h"
 #include "parameters/bxistream.h"
 #include "parameters/bxparmlist.h"
+#include "session/bxcallsetting.h"
 #include "session/bxdialogue.h"
 #include "session/bxgiven.h"
 #include "session/bxinstructionsetting.h"
@@ -187,6 +188,7 @@ void bxSession::readCommonData() {
     int asked = readTimingMethod();
     bxReadPrecise();
     bxReadInstructions();
+    bxReadCalls();
     asked += readTestParameters() + readDataOffset();
     if (asked != 0)
         g_ostrm << ERR << getEnterTitle("End of common specifications") << endMessage;

@@ -52,6 +52,8 @@ struct bxTimingSettings {
     bool countInstructions = false; ///< of a call, step by step, beside the timing
     int mostInstructions = 200'000; ///< steps after which the counting is given up
     bxString stepsFile;             ///< takes what each counted call did, step by step; empty for none
+    int singleCalls = 0;            ///< to be timed one by one, behind the timing; 0 for none
+    bool coldCalls = false;         ///< time calls with empty caches, behind the timing
 };
 
 /** The functions of a test, null where it has none. */
