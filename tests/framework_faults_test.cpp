@@ -2,6 +2,7 @@
  * What a faulting test does to itself, and what it leaves behind for the next.
  */
 #include "frameworksupport.h"
+#include "timing/bxwatchdog.h"
 
 namespace {
 

@@ -1,9 +1,11 @@
 // Runs tests of functions that misbehave: each ends its own test with the right result, the next test is that
 // of an undisturbed run, and the thousandth is like the first.
 #include "bx.h"
+#include "data/bxplacement.h"
 #include "misbehaviours.h"
 #include "suite.h"
 #include "testsupport.h"
+#include "timing/bxwatchdog.h"
 
 #include <gtest/gtest.h>
 

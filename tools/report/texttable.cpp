@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::string_view bold = "\x1b[1m", red = "\x1b[31m", yellow = "\x1b[33m", plain = "\x1b[0m";
 constexpr std::size_t legible = 12;       // characters of a column that is cut
+constexpr std::size_t mostOfWarnings = 2; // lines of a screen for the names of a warning
 constexpr std::size_t leastOfScreen = 10; // lines for functions, however many warnings there are
 
 /** Three digits at least, as many as the number has before its point. */
@@ -124,8 +125,8 @@ class Table {
 std::string cut(std::string text, std::size_t width) {
     if (text.size() <= width)
         return text;
-    text.resize(width > 2 ? width - 2 : 0);
-    return text + "..";
+    text.resize(width - std::min<std::size_t>(width, 2));
+    return text.append(std::min<std::size_t>(width, 2), '.');
 }
 
 std::string Table::line(std::size_t i, const Screen& screen, bool title) const {
@@ -152,7 +153,7 @@ std::string Table::text(const Screen& screen) {
             break; // the last column is cut
         const auto least = std::min_element(m_columns.begin(), m_columns.end(),
                                             [](const Column& a, const Column& b) { return a.keep < b.keep; });
-        if (least->keep > 2)
+        if (least->keep > 3)
             break;
         m_columns.erase(least);
     }
@@ -192,7 +193,9 @@ std::vector<Cell> problems(const std::vector<PlacedDomain>& domains, const Scree
                     function.name);
     std::vector<Cell> lines;
     for (const auto& [result, names] : byResult) {
-        const std::size_t left = std::max<std::size_t>(1, most - std::min(most, lines.size()));
+        std::size_t left = std::max<std::size_t>(1, most - std::min(most, lines.size()));
+        if (screen.lines && gradeOf(result.second) == Grade::warned)
+            left = std::min(left, mostOfWarnings);
         for (const std::string& line :
              wrapped(result.second + " (" + std::to_string(names.size()) + "):", names, screen, left))
             lines.push_back({line, lookOf(result.second)});
@@ -246,8 +249,10 @@ std::vector<PlacedDomain> placeFunctions(const ReportData& data, std::size_t num
         if (here)
             functions.push_back(place(view, run, number));
     }
-    for (const TestOutcome& test : run.tests) { // a failed one may have no row
-        if (std::none_of(functions.begin(), functions.end(),
+    // A failed test may have no row; one that tells of the machine has none, either.
+    for (const TestOutcome& test : run.tests) {
+        if (gradeOf(test.result) == Grade::failed &&
+            std::none_of(functions.begin(), functions.end(),
                          [&](const PlacedFunction& f) { return f.name == test.function; }))
             functions.push_back(
                 {test.function, domainOf(test.function), test.result, 0, std::nullopt, {}, 0});
