@@ -2,6 +2,7 @@
  * Figures of a measurement and their texts.
  */
 #include "framework/bxcomment.h"
+#include "framework/bxtestcalls.h"
 #include "frameworksupport.h"
 #include "timing/bxinstructions.h"
 
@@ -137,7 +138,7 @@ TEST_F(FiguresTest, CommentOfThePreciseMode) {
         tool.actualAccuracy = 0.02;
         tool.preciseFigure = c.figure;
         tool.info = "nLps=7";
-        bxCompleteComment(tool, count);
+        bxCompleteComment(tool, count, {});
         EXPECT_STREQ(tool.info.c_str(), c.comment);
     }
 }

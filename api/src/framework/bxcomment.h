@@ -5,12 +5,13 @@
 #define BXCOMMENT_H
 
 class bxTool;
+struct bxCallFigures;
 struct bxInstructionCount;
 
 /**
  * Completes the engine's `info` (how often the function was called) by what the precise mode tells of its
- * figure, and by the instructions of a call where they were counted.
+ * figure, and by the instructions of a call and the cost of single calls where asked for.
  */
-void bxCompleteComment(bxTool& tool, const bxInstructionCount& instructions);
+void bxCompleteComment(bxTool& tool, const bxInstructionCount& instructions, const bxCallFigures& calls);
 
 #endif

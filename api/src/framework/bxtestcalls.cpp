@@ -14,44 +14,33 @@ bxResult graded(int status) {
     return bxTool::m_pCheckStatus ? bxTool::m_pCheckStatus(status) : OK;
 }
 
-void add(bxTool& tool, const bxString& text) {
-    if (!text.empty())
-        tool.info << (tool.info.empty() ? "" : " ") << text;
-}
-
 } // namespace
 
-bxResult bxTimeCallsOfTest(bxTest& test) {
+bxCallFigures bxTimeCallsOfTest(bxTest& test) {
     bxTool& tool = test.tool;
-    bxResult result = UNDEFINED;
+    bxCallFigures figures;
     bxPreparedCall function{test.funcCall, test.initFunc, tool.includeDataSet};
-    if (function.call && g_callWatch.clobbers())
+    if (!function.call) {
+        figures.single.problem = tool.singleCalls > 0 ? "nocall" : "";
+        figures.first.problem = tool.coldCalls ? "nocall" : "";
+        return figures;
+    }
+    if (g_callWatch.clobbers())
         function.call = bxCallWatch::shield(function.call);
-    // Whatever the clocks of the figure are made of.
-    const double clocksPerTick = tool.preciseFigure.coreClocksPerTick;
     int status = 0;
     if (tool.singleCalls > 0) {
-        bxCallSpread spread;
-        spread.problem = "nocall";
-        if (function.call) {
-            spread = bxTraced("timeSingleCalls", [&] {
-                return bxTimeSingleCalls(function, tool.singleCalls, bxTool::m_priority, status);
-            });
-            result = std::max(result, graded(status));
-        }
-        spread.scale(clocksPerTick);
-        add(tool, spread.text());
+        figures.single = bxTraced("timeSingleCalls", [&] {
+            return bxTimeSingleCalls(function, tool.singleCalls, bxTool::m_priority, status);
+        });
+        figures.result = graded(status);
     }
     if (tool.coldCalls) {
-        bxColdFigure first;
-        first.problem = "nocall";
-        if (function.call) {
-            first = bxTraced("timeColdCalls",
-                             [&] { return bxTimeColdCalls(function, bxTool::m_priority, status); });
-            result = std::max(result, graded(status));
-        }
-        first.clocks *= clocksPerTick;
-        add(tool, first.text());
+        figures.first =
+            bxTraced("timeColdCalls", [&] { return bxTimeColdCalls(function, bxTool::m_priority, status); });
+        figures.result = std::max(figures.result, graded(status));
     }
-    return result;
+    // Whatever the clocks of the figure are made of.
+    figures.single.scale(tool.preciseFigure.coreClocksPerTick);
+    figures.first.clocks *= tool.preciseFigure.coreClocksPerTick;
+    return figures;
 }

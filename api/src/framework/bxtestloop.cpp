@@ -137,9 +137,11 @@ void bxTestLoop::time() {
     countInstructions();
     bxResult r = bxTraced("runTiming", [this] { return m_test.runTiming(); });
     bxStopWatchdog();
+    bxCallFigures calls;
     if (r != UNDEFINED && !bxIsFailure(r)) {
         bxStartWatchdog();
-        r = std::max(r, bxTimeCallsOfTest(m_test));
+        calls = bxTimeCallsOfTest(m_test);
+        r = std::max(r, calls.result);
         bxStopWatchdog();
     }
     g_ostrm.setOutLevel(level);
@@ -150,7 +152,7 @@ void bxTestLoop::time() {
                             FAIL);
     else
         m_test.printAllMemoryBlocks("after function calls");
-    bxCompleteComment(m_test.tool, m_instructions);
+    bxCompleteComment(m_test.tool, m_instructions, calls);
     writeSteps();
     r = std::max(r, m_test.checkCtrlStatus());
     bxTest::raiseResult(counted(r));
