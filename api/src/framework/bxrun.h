@@ -26,6 +26,12 @@ struct bxRun {
     // Progress.
     bxResult result = UNDEFINED;   /**< of the running test, raised step by step */
     bxTest* currentTest = nullptr; /**< null between tests */
+
+    // Figures of the Auto method.
+    long long autoFigures = 0;
+    long long shortAutoFigures = 0; /**< of calls too short for it */
+    /** Clocks of a call below which the method errs by per cents and more (docs/measurement.md). */
+    static constexpr int shortForAuto = 300;
 };
 
 /** The present run. Statics of the tests, the list and the session under their given names are views of it.

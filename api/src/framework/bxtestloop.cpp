@@ -5,6 +5,7 @@
 #include "framework/bxbuildstep.h"
 #include "framework/bxcomment.h"
 #include "framework/bxinterrupt.h"
+#include "framework/bxrun.h"
 #include "framework/bxstepfile.h"
 #include "framework/bxtest.h"
 #include "framework/bxtestcalls.h"
@@ -157,6 +158,16 @@ void bxTestLoop::time() {
     r = std::max(r, m_test.checkCtrlStatus());
     bxTest::raiseResult(counted(r));
     m_test.outputResult(r);
+    countAuto(r);
+}
+
+/** Auto is content when two loops agree, and both may be wrong where the calls are short. */
+void bxTestLoop::countAuto(bxResult r) const {
+    const bxTool& tool = m_test.tool;
+    if (tool.precise || tool.method != bxTool::methodAuto || !tool.found || bxIsFailure(r))
+        return;
+    ++g_run.autoFigures;
+    g_run.shortAutoFigures += tool.funcClocks < bxRun::shortForAuto ? 1 : 0;
 }
 
 /** Steps through what an interruption left, without building any data. */

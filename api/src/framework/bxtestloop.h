@@ -35,6 +35,7 @@ class bxTestLoop {
     void compare(bxTurns& side);
     void finish();
     void countMissing();
+    void countAuto(bxResult r) const;
     void restoreTraceStep();
 
     bxTest& m_test;

@@ -1,5 +1,6 @@
 #include "session/bxprecisesetting.h"
 
+#include "output/bxostream.h"
 #include "parameters/bxdefault.h"
 #include "parameters/bxmap.h"
 #include "session/bxgiven.h"
@@ -34,6 +35,8 @@ void bxReadPrecise() {
     bxReadGiven(precise, [](bool on) { g_tool.precise = on; });
     if (!g_tool.precise)
         return;
+    g_ostrm << ERR << " Figures in clocks of the core (one addition each), not of the counter\n"
+            << endMessage;
     PerCent accuracy(100 * g_tool.accuracy, "PreciseAccuracy", "");
     bxReadGiven(accuracy, [](double perCent) { g_tool.accuracy = perCent / 100; });
 }

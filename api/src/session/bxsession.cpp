@@ -110,7 +110,16 @@ int bxSession::measure() {
         m_faulty = true; // not one test has been measured
     if (!pTestList->interruptedBy && bxReportUnused(*pTestList))
         m_faulty = true;
+    tellShortFigures();
     return failed || pTestList->interruptedBy ? 1 : 0;
+}
+
+void bxSession::tellShortFigures() {
+    if (g_run.shortAutoFigures > 0)
+        g_ostrm << ERR << "-- " << g_run.shortAutoFigures << " of " << g_run.autoFigures
+                << " figures are of calls under " << bxRun::shortForAuto
+                << " clocks of the counter, for which Auto errs: use -dPrecise=yes\n"
+                << endMessage;
 }
 
 void bxSession::applyLibrarySettings() {

@@ -119,6 +119,8 @@ class bxSession : public bxPaths, public bxSessionModes {
     int measure();
     void attachConsole();
     void applyLibrarySettings();
+    /** How many figures of the Auto method are of calls too short for it, if any are. */
+    static void tellShortFigures();
     void sortTests();
     /** Writes the banner, the help or the enumeration; true when the run ends there. */
     bool quickOutput();
