@@ -298,21 +298,18 @@ TEST(Comparison, RunsThatMissedTheirAccuracyCountOnlyWhereNoneReachedIt) {
     EXPECT_STREQ(verdictName(all.rows[0].verdict), "cannot tell"); // though they agree
     EXPECT_EQ(all.rows[0].runsAfter, 5U);
     EXPECT_TRUE(all.notes.empty());
+}
 
-    // A run that had company from beginning to end does not know it, but other runs do.
-    const std::vector<TableRun> alone = runsOf({100, 101, 99}, "nLps=4 adds/clock=3.94");
-    std::vector<TableRun> company = runsOf({135, 136, 137}, "nLps=4 adds/clock=3.90");
-    const Comparison unaware = compareRuns(alone, company, {});
-    EXPECT_STREQ(verdictName(unaware.rows[0].verdict), "cannot tell");
-    EXPECT_EQ(unaware.rows[0].runsAfter, 3U);
-    company.insert(company.end(), alone.begin(), alone.end());
-    const Comparison aware = compareRuns(alone, company, {});
-    EXPECT_STREQ(verdictName(aware.rows[0].verdict), "same");
-    EXPECT_EQ(aware.rows[0].runsAfter, 3U);
-    for (TableRun& run : company)
-        run.head.labels = {{"CPU", "another"}}; // whose cores do less
-    company.resize(3);
-    EXPECT_STREQ(verdictName(compareRuns(alone, company, {}).rows[0].verdict), "slower");
+TEST(Comparison, DifferentClocksAreRefused) {
+    const std::vector<TableRun> counter = runsOf({100, 101});
+    const std::vector<TableRun> core =
+        runsOf({130, 131}, "nLps=4 clocks=130 core/counter=1.30238 adds/clock=3.9");
+    const std::vector<TableRun> mixed{counter[0], core[0]};
+    EXPECT_EQ(compareRuns(core, core, {}).count(Verdict::slower), 0U);
+    EXPECT_THROW(compareRuns(counter, core, {}), TableError);
+    EXPECT_THROW(compareRuns(core, counter, {}), TableError);
+    EXPECT_THROW(compareRuns(mixed, mixed, {}), TableError);
+    EXPECT_NO_THROW(compareRuns(counter, core, {.time = true}));
 }
 
 TEST(Comparison, CountsOfInstructionsAreExact) {

@@ -395,8 +395,8 @@ bool ResultRow::unknown() const {
     return comment.find(std::string(bxTable::interval) + bxTable::unknown) != std::string::npos;
 }
 
-std::optional<double> ResultRow::throughput() const {
-    return numberAfter(comment, bxTable::throughput);
+bool ResultRow::inCoreClocks() const {
+    return comment.find(bxTable::coreClocks) != std::string::npos;
 }
 
 std::optional<double> ResultRow::instructions() const {

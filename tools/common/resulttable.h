@@ -66,7 +66,7 @@ struct ResultRow {
     std::optional<double>
     shared() const;       /**< share of the core that others took, "shared=", relative; only where they did */
     bool unknown() const; /**< the precise mode had too few clean slices: "95%=unknown" */
-    std::optional<double> throughput() const;   /**< independent additions in a core clock, "adds/clock=" */
+    bool inCoreClocks() const; /**< of the precise mode; counts of the clock counter otherwise */
     std::optional<double> instructions() const; /**< of a call, "instr="; only where it could be counted */
     std::optional<double> steps() const; /**< the same with the iterations of repeated string instructions */
     std::optional<double> ipc() const;   /**< instructions in a core clock, "ipc=" */

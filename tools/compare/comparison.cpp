@@ -22,35 +22,11 @@ std::string processorName(const std::string& cpu) {
     return cache == 0 ? cpu : cpu.substr(0, cpu.rfind(", ", cache - 1));
 }
 
-/** By processor, the most independent additions in a clock of the core that stand beside a good figure. */
-using Throughputs = std::map<std::string, double>;
-
-Throughputs fullThroughputs(const std::vector<TableRun>& before, const std::vector<TableRun>& after) {
-    Throughputs full;
-    for (const auto* side : {&before, &after}) {
-        for (const TableRun& run : *side) {
-            double& most = full[processorName(run.head.value(bxTable::cpu))];
-            for (const ResultRow& row : run.rows)
-                most = std::max(most, row.accuracy() || row.unknown() ? 0 : row.throughput().value_or(0));
-        }
-    }
-    return full;
-}
-
-/** How far a figure may be off that was measured beside others on the core, relative. */
-constexpr double costOfCompany = 0.25;
-
-/** Others used the core: stated, or seen beside what the core did in other runs. */
-bool hadCompany(const ResultRow& row, double fullThroughput) {
-    constexpr double spread = 0.006; // of the throughput of a core that is not shared
-    return row.shared() || row.throughput().value_or(fullThroughput) < (1 - spread) * fullThroughput;
-}
-
 /** What one run has of a row. */
 struct Figure {
     double log = 0;
-    std::optional<double> missed; /**< accuracy, where the wanted one was missed or the core shared */
-    bool company = false;         /**< others used the core */
+    std::optional<double> missed; /**< accuracy, where the wanted one was missed */
+    bool unknown = false; /**< nobody knows how far it is off: others used the core, or too few slices */
     double value = 0;
 };
 
@@ -59,22 +35,28 @@ struct Figures {
     std::vector<Figure> runs;
     double rounding = 0; /**< the largest share that the table's digits may have dropped */
     std::string unit;
+    bool coreClocks = false;
+
+    /** No run of the row knows how far it is off. */
+    bool unknown() const {
+        return std::all_of(runs.begin(), runs.end(), [](const Figure& run) { return run.unknown; });
+    }
 };
 
 using Side = std::map<RowKey, Figures>;
 
-Figure figureOf(const ResultRow& row, double value, double fullThroughput) {
-    Figure figure{std::log(value), row.accuracy(), hadCompany(row, fullThroughput), value};
-    if (figure.company || row.unknown())
-        figure.missed = std::max(row.accuracy().value_or(0), costOfCompany);
-    return figure;
+/** Counts of the counter and clocks of the core are different units, and differ from moment to moment. */
+[[noreturn]] void refuseMixedClocks(const std::string& function) {
+    throw TableError(function +
+                     ": some figures are in clocks of the core (the precise mode), others in counts of "
+                     "the clock counter, which runs at a rate of its own; --time compares "
+                     "microseconds instead");
 }
 
-Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules, const Throughputs& throughputs) {
+Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules) {
     Side side;
     for (const TableRun& run : runs) {
         std::map<RowKey, int> seen;
-        const double full = throughputs.at(processorName(run.head.value(bxTable::cpu)));
         for (const ResultRow& row : run.rows) {
             RowKey key{row.function, row.parameters, row.cacheMode(), 0};
             while (!key.parameters.empty() && key.parameters.back().empty())
@@ -86,7 +68,12 @@ Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules, con
             if (!figure || *figure <= 0)
                 continue;
             Figures& figures = side[key];
-            figures.runs.push_back(figureOf(row, *figure, full));
+            const bool coreClocks = rules.inClocks() && row.inCoreClocks();
+            if (!figures.runs.empty() && figures.coreClocks != coreClocks)
+                refuseMixedClocks(key.function);
+            figures.coreClocks = coreClocks;
+            figures.runs.push_back(
+                {std::log(*figure), row.accuracy(), row.shared() || row.unknown(), *figure});
             figures.rounding =
                 std::max(figures.rounding, roundingOf(rules.time ? row.microsecondsText : row.clocksText));
             figures.unit = row.unit;
@@ -99,7 +86,7 @@ Side gather(const std::vector<TableRun>& runs, const ComparisonRules& rules, con
 std::size_t leaveOutMissed(Side& side) {
     std::size_t count = 0;
     for (auto& [key, figures] : side) {
-        const auto reached = [](const Figure& figure) { return !figure.missed; };
+        const auto reached = [](const Figure& figure) { return !figure.missed && !figure.unknown; };
         if (std::any_of(figures.runs.begin(), figures.runs.end(), reached))
             count += std::erase_if(figures.runs, std::not_fn(reached));
     }
@@ -118,8 +105,6 @@ Estimate estimate(const Figures& figures, const ComparisonRules& rules) {
                   std::numeric_limits<double>::infinity()};
     } else {
         result = lowerMean(logs);
-        if (std::all_of(figures.runs.begin(), figures.runs.end(), [](const Figure& f) { return f.company; }))
-            result.error = std::hypot(result.error, costOfCompany / 2); // it may be alike in all: no average
     }
     // Rounding moves a figure evenly within its half unit; runs that agree round alike, so it does not
     // average out.
@@ -140,6 +125,11 @@ RowComparison compareRow(const RowKey& key, const Figures& before, const Figures
     row.runsBefore = before.runs.size();
     row.runsAfter = after.runs.size();
     row.ratio = std::exp(change.location);
+    if (before.unknown() || after.unknown()) { // however well its runs agree: they may be disturbed alike
+        row.low = 0;
+        row.high = std::numeric_limits<double>::infinity();
+        return row;
+    }
     const double width = halfWidth(change, intervalConfidence);
     row.low = std::exp(change.location - width);
     row.high = std::exp(change.location + width);
@@ -271,9 +261,8 @@ std::size_t Comparison::count(Verdict verdict) const {
 Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<TableRun>& after,
                        const ComparisonRules& rules) {
     Comparison result;
-    const Throughputs throughputs = fullThroughputs(before, after);
-    Side left = gather(before, rules, throughputs);
-    Side right = gather(after, rules, throughputs);
+    Side left = gather(before, rules);
+    Side right = gather(after, rules);
     const std::size_t leftOut = rules.instructions ? 0 : leaveOutMissed(left) + leaveOutMissed(right);
     for (const auto& [key, figures] : left) {
         const auto other = right.find(key);
@@ -282,6 +271,8 @@ Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<Ta
         } else if (other->second.unit != figures.unit) {
             throw TableError(key.function + ": measured per \"" + figures.unit + "\" on one side, per \"" +
                              other->second.unit + "\" on the other");
+        } else if (other->second.coreClocks != figures.coreClocks) {
+            refuseMixedClocks(key.function);
         } else {
             result.rows.push_back(rules.instructions ? compareCounts(key, figures, other->second)
                                                      : compareRow(key, figures, other->second, rules));
@@ -308,8 +299,8 @@ Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<Ta
     if (std::any_of(result.rows.begin(), result.rows.end(),
                     [](const RowComparison& row) { return row.runsBefore < 2 || row.runsAfter < 2; })) {
         result.notes.push_back(
-            "rows with one run on a side: how much they differ from run to run is not known; on a "
-            "busy machine only repeated runs tell");
+            "rows with one run on a side: how much they differ from run to run is not known, and the chance "
+            "of a false alarm is not held; only repeated runs tell");
     }
     return result;
 }

@@ -25,6 +25,8 @@ struct ComparisonRules {
     double accuracy = 0.05;    /**< of a single figure that states none, relative */
     bool time = false;         /**< compare microseconds per call, not clocks per unit */
     bool instructions = false; /**< compare the counts of instructions, exactly, and nothing else */
+
+    bool inClocks() const { return !time && !instructions; }
 };
 
 /** What makes rows the same row: the function, its parameters, the cache mode, and its place among equal
@@ -50,7 +52,7 @@ struct RowComparison {
     double before = 0, after = 0;              /**< figures compared, centres of their runs */
     std::size_t runsBefore = 0, runsAfter = 0; /**< whose figures count */
     double ratio = 1;                          /**< after / before: above 1 is slower */
-    double low = 1, high = 1;                  /**< 90 % interval of the ratio */
+    double low = 1, high = 1;                  /**< 90 % interval of the ratio; 0 to infinity where unknown */
     double p = 1,
            adjusted = 1; /**< probability of such a difference by chance; corrected for the number of rows */
     Verdict verdict = Verdict::cannotTell;
@@ -76,18 +78,19 @@ struct Comparison {
 };
 
 /**
- * Compares runs with runs. Figures are compared as logarithms. Those that missed their accuracy are left out
- * where other runs of the row reached it. A side with several figures of a row gives the mean of the smaller
- * half of them and its error; a side with one gives the figure, with half its accuracy as error. A figure
- * for which the core was shared, which a run says itself or the throughput of the core in another run tells,
- * counts as one of an accuracy of 25 %; where all runs are such, half of that adds to the error, as do the
- * digits that the table dropped. Verdicts:
+ * Compares runs with runs. Figures are compared as logarithms. Those that missed their accuracy, or do not
+ * know it because others used the core, are left out where other runs of the row reached it; a row of which
+ * no run knows it is not judged. A side with several figures of a row gives the mean of the smaller half of
+ * them and its error; a side with one gives the figure, with half its accuracy as error. The digits that the
+ * table dropped add to the error. Verdicts:
  * - slower, faster: Yuen's test (Welch's t on trimmed means) finds a difference (p, adjusted for all rows, at
  * most alpha) and the ratio lies beyond the threshold;
  * - same: the 90 % interval of the ratio lies within the threshold (two one-sided tests of 5 %);
  * - cannot tell: neither.
  * Counts of instructions are compared exactly: any more is slower, any fewer faster; where the runs of a side
  * differ among themselves nothing can be told.
+ * \throws TableError  for a row that has another unit, or counts another clock (the core's, the counter's),
+ * in some of the runs
  */
 Comparison compareRuns(const std::vector<TableRun>& before, const std::vector<TableRun>& after,
                        const ComparisonRules& rules);

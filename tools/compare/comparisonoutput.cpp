@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <ostream>
 
@@ -31,7 +32,8 @@ void writeRows(std::ostream& out, const ComparisonReport& report) {
                           "after", "function and parameters");
             headed = true;
         }
-        const std::string interval = format("%.3f..%.3f", row.low, row.high);
+        const std::string interval =
+            std::isfinite(row.high) ? format("%.3f..%.3f", row.low, row.high) : "unknown";
         out << format(report.rules.instructions ? "%-12s %7.3f  %-13s %10.0f %10.0f  %s  %s\n"
                                                 : "%-12s %7.3f  %-13s %10.4g %10.4g  %s  %s\n",
                       verdictName(row.verdict), row.ratio, interval.c_str(), row.before, row.after,
@@ -89,7 +91,7 @@ Json jsonRow(const RowComparison& row, const ParameterNames& names) {
     object["verdict"] = verdictName(row.verdict);
     object["ratio"] = row.ratio;
     object["low"] = row.low;
-    object["high"] = row.high;
+    object["high"] = std::isfinite(row.high) ? Json(row.high) : Json();
     object["p"] = row.p;
     object["adjusted"] = row.adjusted;
     object["before"] = row.before;

@@ -27,7 +27,7 @@ bxString preciseText(const bxTool& tool) {
         formatted("slices=%d dropped=%d clocks=%.6g ", figure.slices, figure.dropped, figure.clocks);
     text << bxTable::interval
          << (figure.known ? formatted("%.6g..%.6g", figure.low, figure.high) : bxString(bxTable::unknown));
-    text << formatted(" core/counter=%.5f ", figure.coreClocksPerTick) << bxTable::throughput
+    text << " " << bxTable::coreClocks << formatted("%.5f ", figure.coreClocksPerTick) << bxTable::throughput
          << formatted("%.3f", figure.throughput);
     if (figure.core >= 0)
         text << " core=" << figure.core;

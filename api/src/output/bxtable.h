@@ -38,6 +38,8 @@ inline constexpr Text interval = "95%=";         /**< in "Comment": from..to, of
 inline constexpr Text unknown = "unknown";       /**< in the interval's place: too few undisturbed slices */
 inline constexpr Text nothing = "calls take no time"; /**< in "Comment": they compile to nothing */
 inline constexpr Text shared = "shared="; /**< in "Comment": share of the core that others took, percent */
+inline constexpr Text coreClocks = "core/counter="; /**< in "Comment": clocks of the core in a count of the
+                                                       counter; "Clocks" are the core's then */
 inline constexpr Text throughput = "adds/clock="; /**< in "Comment": independent additions in a core clock */
 
 // In "Comment": what single calls cost.
