@@ -112,6 +112,12 @@ TEST(PairOutputs, TellWhatElseDiffers) {
     after.digest = 1;
     EXPECT_TRUE(difference().dataDiffer);
     EXPECT_FALSE(difference().right);
+    EXPECT_EQ(difference().difference, "the data before the call differ");
+    const OwnedBlock one = blockOf<int>("Vector 32s len=2", {1, 2}), other = blockOf<int>("", {1, 3});
+    before.blocks.push_back({1, one.what, one.bytes});
+    after.blocks.push_back({1, one.what, other.bytes});
+    EXPECT_EQ(difference().difference,
+              "the data before the call differ; after it block 0 (Vector 32s len=2) index 1: 2 and 3");
 }
 
 // ---- The log ----

@@ -2,6 +2,8 @@
 """Compares a program with itself where one side misbehaves: its row says so, and the rest goes on."""
 
 import argparse
+import csv
+import io
 import json
 import os
 import signal
@@ -109,6 +111,22 @@ def bounded(comparisons):
     require(2 < seconds < 6, f"{seconds} s")
 
 
+def outputs_only(comparisons):
+    """No rounds, no verdicts; what differs is found all the same, in all three forms."""
+    sides = ["", "PAIR_TEST=wrong", "--outputs-only"]
+    status, result = comparisons.json(*sides)
+    require(status == 1 and result["rounds"] == result["slower"] == result["cannotTell"] == 0, f"status {status}")
+    require(len(result["rows"]) == ROWS and result["wrong"] == 2, f"{result['wrong']} wrong")
+    require(all(row["rounds"] == 0 and row["verdict"] == "-" for row in result["rows"]), "timed")
+    require(comparisons.run("", "", "--outputs-only")[0] == 0, "equal sides differ")
+    status, output, _ = comparisons.run(*sides)
+    require(status == 1 and output.count("WRONG") == 2 and f"{ROWS} rows: 2 wrong; " in output, output)
+    status, output, _ = comparisons.run(*sides, "--csv")
+    lines = list(csv.DictReader(io.StringIO(output)))
+    require(status == 1 and [line["Function"] for line in lines if line["Outputs"] == "wrong"] == ["zorsWrong_32f"] * 2,
+            output)
+
+
 def refused(comparisons):
     """What cannot be compared has status 2 and a reason."""
     with tempfile.TemporaryDirectory() as empty:
@@ -146,13 +164,14 @@ CHECKS = {
     "stuck": misbehaving("stuck", "zorsStuck_32f", lambda rows, only: not rows and len(only) == 2),
     "die": misbehaving("die", "zorsDie_32f", trouble("ended by signal 9"), 1),
     "status": misbehaving("status", "zorsStatus_32f", outputs("wrong", "status 0 and status 3"), 1),
-    "data": misbehaving("data", "zorsData_32f", outputs("data differ"), 1),
+    "data": misbehaving("data", "zorsData_32f", outputs("data differ", "after it block"), 1),
     "ulp": misbehaving("ulp", "zorsUlp_32f", outputs("right", "Vector 32f"), 1),  # and slower
     "wrong": misbehaving("wrong", "zorsWrong_32f", outputs("wrong", "(Vector 16s len=8) index 2: 0 and 1"), 1),
     "state": misbehaving("state", "zorsState_32f", outputs("wrong", "(Vector 16s len=8) after call 2 index 5: 0 and 1"),
                          1),
     "interrupted": interrupted,
     "bounded": bounded,
+    "outputs_only": outputs_only,
     "refused": refused,
     "without_rights": without_rights,
 }

@@ -1,4 +1,5 @@
 // The statistics of rounds: worked answers, and simulated comparisons of which the truth is known.
+#include "pairrun.h"
 #include "roundstatistics.h"
 
 #include <gtest/gtest.h>
@@ -108,6 +109,23 @@ TEST(PairJudgement, FollowsTheIntervals) {
         EXPECT_EQ(judgement.decided, c.decided) << c.what;
         EXPECT_NEAR(judgement.centre.centre, c.shift, 1e-9) << c.what;
     }
+}
+
+// Widths shrink with the root of the rounds.
+TEST(PairProgress, GuessesWhatOpenRowsWillTake) {
+    const PairRules rules;
+    PairResult result;
+    EXPECT_EQ(secondsLeft(result, rules), 0);
+    result.seconds = 10;
+    result.rows.resize(3);
+    for (std::size_t i = 0; i < 2; ++i)
+        result.rows[i].rounds.assign(10, 0.0);
+    result.rows[0].judgement.decided = true;
+    result.rows[1].judgement.centre = {0, -2 * std::log(1.01), 2 * std::log(1.01)}; // 30 more
+    result.rows[2].trouble = "ended by signal 9";
+    EXPECT_NEAR(secondsLeft(result, rules), 15, 1e-9);
+    result.rows[2].trouble.clear(); // 8 to begin with
+    EXPECT_NEAR(secondsLeft(result, rules), 19, 1e-9);
 }
 
 // ---- Simulated comparisons ----

@@ -176,6 +176,16 @@ void note(OutputComparison& result, bool wrong, const std::string& text) {
     result.right = result.right && !wrong;
 }
 
+/** Where the data differ before the call, what differs behind it tells where, but not whether it is right. */
+OutputComparison marked(OutputComparison result) {
+    if (!result.dataDiffer)
+        return result;
+    result.equal = result.right = false;
+    result.difference = "the data before the call differ" +
+                        (result.difference.empty() ? "" : "; after it " + result.difference);
+    return result;
+}
+
 } // namespace
 
 OutputComparison compareOutputs(const PairRow& row, const OutputRules& rules,
@@ -184,18 +194,13 @@ OutputComparison compareOutputs(const PairRow& row, const OutputRules& rules,
     result.decibels = std::numeric_limits<double>::infinity();
     const Combination& before = row.before();
     const Combination& after = row.after();
-    if (before.digest != after.digest) {
-        result.dataDiffer = true;
-        result.equal = result.right = false;
-        result.difference = "the data before the call differ";
-        return result;
-    }
+    result.dataDiffer = before.digest != after.digest;
     if (before.status != after.status) {
         const auto text = [](const std::optional<int>& status) {
             return status ? "status " + std::to_string(*status) : std::string("no return");
         };
         note(result, true, text(before.status) + " and " + text(after.status));
-        return result;
+        return marked(result);
     }
     if (before.blocks.size() != after.blocks.size())
         note(result, true,
@@ -223,5 +228,5 @@ OutputComparison compareOutputs(const PairRow& row, const OutputRules& rules,
              named(before, i) + " index " + std::to_string(difference.index) + ": " + difference.before +
                  " and " + difference.after);
     }
-    return result;
+    return marked(result);
 }

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iostream>
+#include <optional>
 #include <string_view>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -62,9 +63,15 @@ class Progress {
                                         [](const RowProgress& row) { return row.open(); });
         const double elapsed =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+        const double most = std::max(0.0, m_rules.seconds - elapsed);
         std::cerr << "\r\x1b[K" << result.rounds << " rounds, " << open << " of " << result.rows.size()
-                  << " rows undecided, at most " << std::lround(std::max(0.0, m_rules.seconds - elapsed))
-                  << " s left" << std::flush;
+                  << " rows undecided, about " << std::lround(std::min(most, secondsLeft(result, m_rules)))
+                  << " s left, at most " << std::lround(most) << std::flush;
+    }
+    /** What goes on before the first round. */
+    void show(const char* what) const {
+        if (m_shown)
+            std::cerr << "\r\x1b[K" << what << std::flush;
     }
 
   private:
@@ -101,6 +108,8 @@ int compareSides(const Options& options) {
     const Sides sides{readSide(options.sides[0], program, options.keys),
                       readSide(options.sides[1], program, options.keys)};
     catchInterrupts();
+    std::optional<Progress> progress(std::in_place, options.rules, start);
+    progress->show("looking at the rows of both sides");
     const std::vector<Examination> examined = examineSides(sides, options.rules.timeLimit);
     const PairRows rows = matchRows(examined[0], examined[1]);
     if (rows.both.empty())
@@ -108,12 +117,9 @@ int compareSides(const Options& options) {
     std::vector<OutputComparison> outputs;
     for (const PairRow& row : rows.both)
         outputs.push_back(compareOutputs(row, right, examined[0].memory, examined[1].memory));
-    PairResult result;
-    {
-        const Progress progress(options.rules, start);
-        result = runRounds(sides, rows, options.rules, start,
-                           [&](const PairResult& known) { progress.show(known); });
-    }
+    const PairResult result =
+        runRounds(sides, rows, options.rules, start, [&](const PairResult& known) { progress->show(known); });
+    progress.reset(); // takes its line away
     const PairReport report{sides,
                             options.rules,
                             rows,
@@ -147,6 +153,8 @@ void describe(CLI::App& app, Options& options) {
     app.add_option("--program", options.program, "where a side names none (the benchex beside this program)")
         ->type_name("PATH");
     app.add_option("--seed", rules.seed, "of the placements (1)");
+    flag("--outputs-only", rules.outputsOnly,
+         "compare what the first calls make of their data, and no times");
     flag("--all", options.allRows, "list rows that are the same, too");
     flag("--json", options.json, "write JSON")->excludes(flag("--csv", options.csv, "write csv"));
 }

@@ -49,16 +49,32 @@ std::vector<std::size_t> worstFirst(const PairReport& report) {
     return order;
 }
 
-std::string intervalText(const Centre& centre) {
-    if (!std::isfinite(centre.low))
+std::string intervalText(const RowProgress& row) {
+    const Centre& centre = row.judgement.centre;
+    if (row.rounds.empty() || !std::isfinite(centre.low))
         return "-";
     return format("%.4f..%.4f", std::exp(centre.low), std::exp(centre.high));
 }
 
+/** Rows with the verdict; none has one where only outputs were looked at. */
 std::size_t count(const PairReport& report, PairVerdict verdict) {
     return static_cast<std::size_t>(
-        std::count_if(report.result.rows.begin(), report.result.rows.end(),
-                      [verdict](const RowProgress& row) { return row.judgement.verdict == verdict; }));
+        std::count_if(report.result.rows.begin(), report.result.rows.end(), [&](const RowProgress& row) {
+            return !report.rules.outputsOnly && row.judgement.verdict == verdict;
+        }));
+}
+
+const char* verdictText(const PairReport& report, const RowProgress& row) {
+    return report.rules.outputsOnly ? "-" : pairVerdictName(row.judgement.verdict);
+}
+
+const char* outputsName(const OutputComparison& output) {
+    return output.dataDiffer ? "data differ" : output.equal ? "equal" : output.right ? "right" : "wrong";
+}
+
+/** What there is to say of a row in words. */
+std::string remark(const RowProgress& row, const OutputComparison& output) {
+    return row.trouble + (row.trouble.empty() || output.difference.empty() ? "" : "; ") + output.difference;
 }
 
 std::size_t countWrong(const PairReport& report) {
@@ -67,15 +83,23 @@ std::size_t countWrong(const PairReport& report) {
                       [](const OutputComparison& output) { return !output.right && !output.dataDiffer; }));
 }
 
-bool isDull(const RowProgress& row, const OutputComparison& output) {
-    return row.judgement.verdict == PairVerdict::same && output.equal && row.trouble.empty();
+std::size_t countOtherData(const PairReport& report) {
+    return static_cast<std::size_t>(
+        std::count_if(report.outputs.begin(), report.outputs.end(),
+                      [](const OutputComparison& output) { return output.dataDiffer; }));
+}
+
+bool isDull(const PairReport& report, std::size_t i) {
+    const RowProgress& row = report.result.rows[i];
+    return (report.rules.outputsOnly || row.judgement.verdict == PairVerdict::same) &&
+           report.outputs[i].equal && row.trouble.empty();
 }
 
 void writeRows(std::ostream& out, const PairReport& report) {
     bool headed = false;
     for (const std::size_t i : worstFirst(report)) {
         const RowProgress& row = report.result.rows[i];
-        if (isDull(row, report.outputs[i]) && !report.allRows)
+        if (isDull(report, i) && !report.allRows)
             continue;
         if (!headed)
             out << format("\n%-11s %7s  %-15s %6s  %-24s %s\n", "verdict", "ratio", "95 % interval", "rounds",
@@ -83,10 +107,9 @@ void writeRows(std::ostream& out, const PairReport& report) {
         headed = true;
         const std::string ratio =
             row.rounds.empty() ? "-" : format("%.4f", std::exp(row.judgement.centre.centre));
-        out << format("%-11s %7s  %-15s %6zu  %-24s %s  %s\n", pairVerdictName(row.judgement.verdict),
-                      ratio.c_str(), intervalText(row.judgement.centre).c_str(), row.rounds.size(),
-                      outputText(report.outputs[i]).c_str(), row.row.before().function.c_str(),
-                      row.row.before().parameters.c_str());
+        out << format("%-11s %7s  %-15s %6zu  %-24s %s  %s\n", verdictText(report, row), ratio.c_str(),
+                      intervalText(row).c_str(), row.rounds.size(), outputText(report.outputs[i]).c_str(),
+                      row.row.before().function.c_str(), row.row.before().parameters.c_str());
         if (!row.trouble.empty())
             out << "            " << row.trouble << "\n";
         if (!report.outputs[i].difference.empty())
@@ -122,11 +145,13 @@ Json finite(double value) {
     return std::isfinite(value) ? Json(value) : Json();
 }
 
-Json jsonRow(const RowProgress& row, const OutputComparison& output) {
+Json jsonRow(const PairReport& report, std::size_t i) {
+    const RowProgress& row = report.result.rows[i];
+    const OutputComparison& output = report.outputs[i];
     const Centre& centre = row.judgement.centre;
     Json json{{"function", row.row.before().function},
               {"parameters", row.row.before().parameters},
-              {"verdict", pairVerdictName(row.judgement.verdict)},
+              {"verdict", verdictText(report, row)},
               {"rounds", row.rounds.size()}};
     if (!row.rounds.empty())
         json.update({{"ratio", std::exp(centre.centre)},
@@ -134,11 +159,8 @@ Json jsonRow(const RowProgress& row, const OutputComparison& output) {
                      {"high", finite(std::exp(centre.high))}});
     json["clocksBefore"] = row.row.before().clocks;
     json["clocksAfter"] = row.row.after().clocks;
-    json["outputs"] = output.dataDiffer ? "data differ"
-                      : output.equal    ? "equal"
-                      : output.right    ? "right"
-                                        : "wrong";
-    if (!output.equal && !output.dataDiffer) {
+    json["outputs"] = outputsName(output);
+    if (!output.equal) {
         json["ulps"] = output.ulps;
         json["decibels"] = finite(output.decibels);
     }
@@ -176,9 +198,15 @@ void writeText(std::ostream& out, const PairReport& report) {
     }
     out << "\n" << report.result.rows.size() << " rows: ";
     for (const PairVerdict verdict : verdicts)
-        out << count(report, verdict) << " " << pairVerdictName(verdict) << ", ";
-    out << countWrong(report) << " wrong; " << report.result.rounds << " rounds, "
-        << format("%.1f s\n", report.seconds);
+        if (!report.rules.outputsOnly)
+            out << count(report, verdict) << " " << pairVerdictName(verdict) << ", ";
+    out << countWrong(report) << " wrong";
+    if (const std::size_t rows = countOtherData(report))
+        out << ", " << rows << " with different data";
+    out << "; ";
+    if (!report.rules.outputsOnly)
+        out << report.result.rounds << " rounds, ";
+    out << format("%.1f s\n", report.seconds);
 }
 
 void writeCsv(std::ostream& out, const PairReport& report) {
@@ -187,21 +215,19 @@ void writeCsv(std::ostream& out, const PairReport& report) {
         const RowProgress& row = report.result.rows[i];
         const OutputComparison& output = report.outputs[i];
         const Centre& centre = row.judgement.centre;
-        out << pairVerdictName(row.judgement.verdict) << ",";
+        out << verdictText(report, row) << ",";
         if (row.rounds.empty())
             out << ",,";
+        else if (!std::isfinite(centre.low))
+            out << format("%.5f,,", std::exp(centre.centre));
         else
             out << format("%.5f,%.5f,%.5f", std::exp(centre.centre), std::exp(centre.low),
                           std::exp(centre.high));
-        out << "," << row.rounds.size() << ","
-            << (output.dataDiffer ? "data differ"
-                : output.equal    ? "equal"
-                : output.right    ? "right"
-                                  : "wrong")
-            << "," << (output.equal ? "" : format("%.6g", output.ulps)) << ","
+        out << "," << row.rounds.size() << "," << outputsName(output) << ","
+            << (output.equal ? "" : format("%.6g", output.ulps)) << ","
             << (output.equal || !std::isfinite(output.decibels) ? "" : format("%.2f", output.decibels)) << ","
             << csvCell(row.row.before().function) << "," << csvCell(row.row.before().parameters) << ","
-            << csvCell(row.trouble.empty() ? output.difference : row.trouble) << "\n";
+            << csvCell(remark(row, output)) << "\n";
     }
     for (const auto& [name, rows] : oneSided(report))
         for (const Combination* row : rows)
@@ -218,7 +244,9 @@ void writeJson(std::ostream& out, const PairReport& report) {
                     {"seconds", report.seconds},
                     {"ownShare", report.result.ownShare},
                     {"interrupted", report.result.interrupted},
+                    {"outputsOnly", report.rules.outputsOnly},
                     {"wrong", countWrong(report)},
+                    {"dataDiffer", countOtherData(report)},
                     {"notes", report.notes}};
     JsonText text;
     for (const auto& [name, value] : head.items())
@@ -226,8 +254,7 @@ void writeJson(std::ostream& out, const PairReport& report) {
     for (const PairVerdict verdict : verdicts)
         text.add(verdict == PairVerdict::cannotTell ? "cannotTell" : pairVerdictName(verdict),
                  count(report, verdict));
-    text.addList("rows", worstFirst(report),
-                 [&](std::size_t i) { return jsonRow(report.result.rows[i], report.outputs[i]); });
+    text.addList("rows", worstFirst(report), [&](std::size_t i) { return jsonRow(report, i); });
     for (std::size_t side = 0; side < 2; ++side)
         text.addList(side == 0 ? "onlyBefore" : "onlyAfter", report.rows.only[side],
                      [](const Combination* row) {

@@ -272,6 +272,21 @@ class Rounds {
 
 } // namespace
 
+double secondsLeft(const PairResult& result, const PairRules& rules) {
+    double done = 0, wanted = 0;
+    for (const RowProgress& row : result.rows) {
+        const auto rounds = static_cast<double>(row.rounds.size());
+        done += rounds;
+        if (!row.open())
+            continue;
+        const double half = (row.judgement.centre.high - row.judgement.centre.low) / 2;
+        const double narrower = half / std::log1p(rules.threshold);
+        wanted += half > 0 && std::isfinite(half) ? std::max(1.0, rounds * (narrower * narrower - 1))
+                                                  : std::max(1.0, Looks::fewest - rounds);
+    }
+    return done > 0 ? result.seconds / done * wanted : 0;
+}
+
 PairResult runRounds(const Sides& sides, const PairRows& rows, const PairRules& rules, Moment start,
                      const PairObserver& observer) {
     PairResult result;
@@ -286,6 +301,8 @@ PairResult runRounds(const Sides& sides, const PairRows& rows, const PairRules& 
         progress.clocks.fill(std::min(row.before().clocks, row.after().clocks));
         result.rows.push_back(std::move(progress));
     }
+    if (rules.outputsOnly)
+        return result;
     Rounds rounds(sides, rules, start, result);
     while (rounds.open()) {
         rounds.round();

@@ -16,11 +16,12 @@
 
 /** What the user asks for. */
 struct PairRules {
-    double threshold = 0.01; /**< difference that counts as none, relative */
-    double alpha = 0.05;     /**< probability of any false alarm */
-    double seconds = 300;    /**< for all of it */
-    int timeLimit = 10;      /**< seconds for the calls of one combination */
-    unsigned seed = 1;       /**< of the placements */
+    double threshold = 0.01;  /**< difference that counts as none, relative */
+    double alpha = 0.05;      /**< probability of any false alarm */
+    double seconds = 300;     /**< for all of it */
+    int timeLimit = 10;       /**< seconds for the calls of one combination */
+    unsigned seed = 1;        /**< of the placements */
+    bool outputsOnly = false; /**< no rounds */
 };
 
 /** A row while rounds come in. */
@@ -46,6 +47,12 @@ struct PairResult {
     double ownShare = 1; /**< of the core's time that the two sides had while they ran */
     bool interrupted = false;
 };
+
+/**
+ * Seconds that the open rows are likely to take: each as many rounds as narrow its interval to the threshold,
+ * by the root of their number, at what a round of a row took so far.
+ */
+double secondsLeft(const PairResult& result, const PairRules& rules);
 
 /** Told after every round. */
 using PairObserver = std::function<void(const PairResult&)>;
