@@ -6,7 +6,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 namespace {
 
@@ -38,6 +40,13 @@ bool writeInPlace(const bxString& name, const std::string& content) {
     if (out.failed())
         reportFailure(name, "write file", errno);
     return !out.failed();
+}
+
+/** What holds no settings to keep, and may be read for ever. */
+bool isDevice(const bxString& name) {
+    std::error_code error;
+    const std::filesystem::path path(name.c_str());
+    return std::filesystem::is_character_file(path, error) || std::filesystem::is_fifo(path, error);
 }
 
 /** A section header that says nothing else. */
@@ -80,11 +89,13 @@ bool bxIniFile::open(bxString name, bool writable) {
     close();
     m_name = name;
     m_writable = writable;
-    i_stream in(name, ioRead | ioNameAsGiven, !writable);
-    if (in.handle())
-        return parse(in);
-    if (!writable)
-        return false;
+    if (!writable || !isDevice(name)) {
+        i_stream in(name, ioRead | ioNameAsGiven, !writable);
+        if (in.handle())
+            return parse(in);
+        if (!writable)
+            return false;
+    }
     const o_stream created(name, ioWrite | ioNameAsGiven, true);
     m_writable = created.handle() != nullptr;
     return m_writable;

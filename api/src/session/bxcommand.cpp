@@ -69,6 +69,9 @@ void bxCommandList::setArgs(int argc, char** argv) {
 void bxCommandList::setArgs(const char* text) {
     bxStringList words;
     bxString(text).parse(words, separators);
+    for (bxString& word : words) // quotes around a key and its argument
+        if (word[0] == '"' && isKeyString(word.substr(1)))
+            word = word.substr(1, word.length() - (word.view().ends_with('"') ? 2 : 1));
     setArgs(words);
 }
 

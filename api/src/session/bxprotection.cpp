@@ -3,6 +3,7 @@
 #include "data/bxplacement.h"
 #include "parameters/bxmap.h"
 #include "session/bxgiven.h"
+#include "session/bxwholenumber.h"
 #include "timing/bxwatchdog.h"
 
 void bxReadProtection() {
@@ -10,6 +11,6 @@ void bxReadProtection() {
     guard[true] = "yes";
     guard[false] = "no";
     bxReadGiven(guard, bxSetGuard);
-    bxDefault<int> seconds(bxGetTimeLimit(), "WatchdogSeconds", "");
+    bxWholeNumber seconds(bxGetTimeLimit(), "WatchdogSeconds", 0);
     bxReadGiven(seconds, bxSetTimeLimit);
 }
