@@ -267,6 +267,11 @@ def extremes(program, directory):
             result = re.search(rf"^\| -(\S+) +{test.function} ", text, re.M)
             if measured + reasons != count or not result or "FAIL" in result[1]:
                 yield f"{test.function}: {name}: {measured} rows, {reasons} reasons, {count} combinations\n{text}"
+    function = "zorsReQuantize_MP3_32s_I"
+    listing, rows, _ = run(program, directory, f"-f={function}", "-dnonZeroBound=9;577")
+    reasons = listing[function].splitlines().count("-- Passed over: nonZeroBound=577 is not within 0 to 576")
+    if not reasons == len(rows[function]) > 0:
+        yield f"{reasons} reasons are shown at the default level, beside {len(rows[function])} rows"
 
 
 def main():

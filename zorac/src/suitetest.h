@@ -15,7 +15,7 @@ struct Bound {
     const bxDefault_NSC<int>& parm;
     int low, high;
     /** INFO where the test's own values lie outside in some combinations. */
-    MessageLevel level = WARN;
+    MessageLevel level = ERR;
 
     bool holds() const { return parm.value() >= low && parm.value() <= high; }
     bxString complaint() const {
@@ -73,7 +73,7 @@ class SuiteTest : public kvTest {
 
     /** Whether a state could be built; its function's error passes the combination over. */
     bool built(ZorStatus status, const char* function) {
-        return status >= 0 || passOver(bxString() << function << " returns " << status, WARN);
+        return status >= 0 || passOver(bxString() << function << " returns " << status, ERR);
     }
 
   private:
