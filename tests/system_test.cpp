@@ -310,6 +310,12 @@ TEST_F(LibraryEnvironment, HookBindsAndTheRestFallsBack) {
     EXPECT_EQ(capture.text(), "\nZOR Core library functions have been integrated into BX\n");
     EXPECT_STREQ(zor_GetStatusString(0), "text");
     EXPECT_EQ(zor_GetCpuType, &bx_zorGetCpuType);
+    zor_GetMaxCacheSizeB = [](int* size) { return *size = 5, ZorStatus(zorStsNoErr); };
+    EXPECT_STREQ(bxCacheSizeProblem().c_str(), "");
+    EXPECT_EQ(bxLibraryCacheSizeB(), 5);
+    zor_GetMaxCacheSizeB = [](int*) { return ZorStatus(zorStsUnknownCacheSize); };
+    EXPECT_STREQ(bxCacheSizeProblem().c_str(), "text") << "stands in the title of a run";
+    EXPECT_EQ(bxLibraryCacheSizeB(), 0);
 }
 
 struct DispatchCase {

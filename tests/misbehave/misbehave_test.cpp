@@ -5,6 +5,7 @@
 #include "misbehaviours.h"
 #include "suite.h"
 #include "testsupport.h"
+#include "timing/bxcallwatch.h"
 #include "timing/bxwatchdog.h"
 
 #include <gtest/gtest.h>
@@ -68,7 +69,7 @@ const Misbehaviour misbehaviours[] = {
     {"zorsClobberR15", BADSTSWRN, "-- Registers: r15 not preserved\n"},
     {"zorsClobberTwo", BADSTSWRN, "-- Registers: rbx r12 not preserved\n"},
 #else
-    // Not ebx: position-independent callers hold an address in it, and put it back themselves.
+    // Not ebx: the position-independent caller of the function puts it back.
     {"zorsClobberBP", BADSTSWRN, "-- Registers: ebp not preserved\n"},
     {"zorsClobberSI", BADSTSWRN, "-- Registers: esi not preserved\n"},
     {"zorsClobberDI", BADSTSWRN, "-- Registers: edi not preserved\n"},
@@ -224,6 +225,13 @@ TEST_F(Misbehave, EachEndsItsOwnTestAndDisturbsNoOther) {
             EXPECT_TRUE(witness() == undisturbed) << "after " << kind.function << ", method " << method;
         }
     }
+}
+
+TEST_F(Misbehave, ARegisterThatCallersPutBackIsSeenWithoutThem) {
+    g_callWatch.init();
+    g_callWatch.call(zorsClobberBX);
+    EXPECT_STREQ(g_callWatch.registerNames().c_str(), sizeof(void*) == 8 ? "rbx " : "ebx ");
+    g_callWatch.init();
 }
 
 TEST_F(Misbehave, AnEndlessLoopIsLeftAtTheTimeLimit) {
