@@ -13,7 +13,7 @@ set(zor_flags_avx2 -mavx2 -mfma)
 
 # Kernels whose arithmetic a standard fixes, or whose results round to integers that all paths have to share: they are
 # compiled without contraction of multiply and add.
-set(zor_exact_kernels aac/kernels/fdp_kernels.cpp aac/kernels/spectrum_kernels.cpp)
+set(zor_exact_kernels aac/kernels/fdp_kernels.cpp aac/kernels/spectrum_kernels.cpp mp3/kernels/mdct_kernels.cpp)
 
 function(zor_library target)
   set(sources "src/version/${target}.cpp")

@@ -251,13 +251,18 @@ template <class U>
 void inverse(const Zor32s* src, Zor32s* overlap, Zor32s* dst, int bound, int bands, int overlapBands,
              int blockType, bool mixed) {
     alignas(32) float spectrum[lines];
-    const int active = (std::max(bands, overlapBands) + maxLanes - 1) / maxLanes * maxLanes;
+    const auto inGroupsOf = [&](int lanes) {
+        return (std::max(bands, overlapBands) + lanes - 1) / lanes * lanes;
+    };
+    const int active = inGroupsOf(maxLanes);
+    // All paths leave the state of the widest, also where it counts as zero.
+    const int cleared = inGroupsOf(widestLanes(CodePath::avx2));
     for (int i = 0; i < bound; ++i)
         spectrum[i] = static_cast<float>(src[i]);
     std::fill(spectrum + bound, spectrum + slots * active, 0.f);
     aliasButterflies<-1>(spectrum, std::min(bands - 1, aliasBoundaries(blockType, mixed)));
     for (int slot = 0; slot < slots; ++slot) {
-        std::fill(overlap + slot * subbands + overlapBands, overlap + slot * subbands + active, 0);
+        std::fill(overlap + slot * subbands + overlapBands, overlap + slot * subbands + cleared, 0);
         std::fill(dst + slot * subbands + active, dst + (slot + 1) * subbands, 0);
     }
     for (int band = 0; band < active; band += maxLanes) {
