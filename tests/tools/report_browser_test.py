@@ -39,6 +39,7 @@ class Browser:
                      "--window-size=1400,1600"],
         }
         answer = self.call("POST", "/session", {"capabilities": {"alwaysMatch": {
+            "timeouts": {"script": 500000, "pageLoad": 500000},  # a loaded machine takes its time
             "goog:chromeOptions": options, "goog:loggingPrefs": {"browser": "ALL"}}}})
         self.session = f"/session/{answer['sessionId']}"
 
@@ -56,7 +57,7 @@ class Browser:
         data = None if body is None else json.dumps(body).encode()
         request = urllib.request.Request(self.base + path, data, {"Content-Type": "application/json"}, method=method)
         try:
-            with urllib.request.urlopen(request, timeout=120) as answer:
+            with urllib.request.urlopen(request, timeout=560) as answer:
                 return json.load(answer)["value"]
         except urllib.error.HTTPError as error:
             raise RuntimeError(f"{method} {path}: {error.read().decode()[:500]}") from None

@@ -41,7 +41,8 @@ const functionLink = name => make('a', {href: '#' + anchorOf(name)},
 function badges(view) {
   const results = new Set(data.runs.flatMap(run => run.tests)
     .filter(test => test.function === view.name && gradeOf(test.result)).map(test => test.result));
-  const list = [...results].map(result => make('span', {class: 'badge ' + gradeOf(result)}, result));
+  const list = [...results].map(result => make('span', {class: 'badge ' + gradeOf(result), title: result},
+    gradeOf(result) === 'failed' ? result : '!'));
   if (view.hot) list.unshift(make('span', {class: 'badge hot'}, 'Hot'));
   return list;
 }

@@ -12,8 +12,12 @@ function showRuns() {
   const titles = ['Run', ...own.map(([label]) => label), 'Table', 'Results'];
   const table = make('table', {}, make('thead', {}, make('tr', {}, ...titles.map(title => make('th', {}, title)))));
   const counts = data.rows.reduce((all, row) => all.set(row.run, (all.get(row.run) || 0) + 1), new Map());
-  const results = run => !run.summary ? 'no summary table (-u) beside the table' : Object.entries(run.counts)
-    .filter(([label, count]) => count !== 0 || label === 'Number of tests').map(pair => pair.join(' ')).join(', ');
+  const results = run => {
+    if (!run.summary) return 'no summary table (-u) beside the table';
+    const number = grade => run.tests.filter(test => gradeOf(test.result) === grade).length;
+    const parts = [`${number('')} good`, `${number('warned')} warned`, `${number('failed')} failed`];
+    return `${run.tests.length} tests: ${parts.filter(part => !part.startsWith('0 ')).join(', ')}; ${run.counts['Total time'] ?? ''}`;
+  };
   table.append(make('tbody', {}, ...data.runs.map((run, i) => make('tr', {},
     make('td', {}, make('b', {}, run.label)),
     ...own.map(([, member]) => make('td', {}, text(run, member))),
@@ -22,17 +26,37 @@ function showRuns() {
   byId('runs').append(list, make('div', {class: 'scroll'}, table));
 }
 
-/** The tests that did not end well. A failed one has no row that could be marked. */
+/** The tests that did not end well, each once: a failed one has no row that could be marked. */
 function showProblems() {
-  const bad = data.runs.flatMap(run => run.tests.filter(test => gradeOf(test.result)).map(test => ({run, test})));
-  if (!bad.length) return;
-  const titles = ['Function', 'Result', 'Test', 'Source', 'Run'];
-  byId('problems').append(make('h2', {}, 'Failed and warned tests'), make('div', {class: 'scroll'}, make('table', {},
-    make('thead', {}, make('tr', {}, ...titles.map(title => make('th', {}, title)))),
-    make('tbody', {}, ...bad.map(({run, test}) => make('tr', {class: gradeOf(test.result)},
-      make('td', {}, views.has(test.function) ? functionLink(test.function) : test.function),
-      make('td', {class: 'result'}, test.result), make('td', {}, test.test), make('td', {}, test.source),
-      make('td', {}, run.label)))))));
+  const bad = new Map();
+  for (const run of data.runs) {
+    for (const test of run.tests.filter(each => gradeOf(each.result))) {
+      const key = test.function + test.result;
+      if (!bad.has(key)) bad.set(key, {...test, runs: []});
+      bad.get(key).runs.push(run.label);
+    }
+  }
+  if (!bad.size) return;
+  const list = [...bad.values()];
+  const failed = list.filter(test => gradeOf(test.result) === 'failed');
+  const warned = list.filter(test => !failed.includes(test))
+    .reduce((all, test) => all.set(test.result, [...(all.get(test.result) || []), test]), new Map());
+  const nameOf = test => views.has(test.function) ? functionLink(test.function) : test.function;
+  const inRuns = test => manyRuns && test.runs.length < data.runs.length ? ` (${test.runs.join(', ')})` : '';
+  byId('problems').append(make('h2', {}, 'Failed and warned tests'));
+  if (failed.length) {
+    const titles = ['Function', 'Result', 'Test', 'Source', 'Run'];
+    byId('problems').append(make('div', {class: 'scroll'}, make('table', {},
+      make('thead', {}, make('tr', {}, ...titles.map(title => make('th', {}, title)))),
+      make('tbody', {}, ...failed.map(test => make('tr', {class: 'failed'}, make('td', {}, nameOf(test)),
+        make('td', {class: 'result'}, test.result), make('td', {}, test.test), make('td', {}, test.source),
+        make('td', {}, test.runs.join(', '))))))));
+  }
+  for (const [result, tests] of warned) {
+    byId('problems').append(make('details', {open: tests.length <= 10},
+      make('summary', {}, make('span', {class: 'badge warned'}, result), ` ${tests.length} functions`),
+      make('p', {class: 'names'}, ...tests.map(test => make('span', {}, nameOf(test), inRuns(test))))));
+  }
 }
 
 /** Clocks of each combination of a function, one map for each run; equal rows of a run pair up in their order. */

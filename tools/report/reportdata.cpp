@@ -45,9 +45,10 @@ bool growsByFactors(const std::set<double>& values) {
     return 2 * large >= values.size() - 1;
 }
 
-/** Numbers in a row, one by one, are codes more often than amounts. */
-bool areConsecutive(const std::set<double>& values) {
-    return *values.rbegin() - *values.begin() == static_cast<double>(values.size() - 1);
+/** Few numbers, numbers below 0 and numbers in a row, one by one, are codes more often than amounts. */
+bool lookLikeAmounts(const std::set<double>& values) {
+    return (values.size() > 3 || growsByFactors(values)) && *values.begin() >= 0 &&
+           *values.rbegin() - *values.begin() != static_cast<double>(values.size() - 1);
 }
 
 /** The number of different combinations of some parameters. */
@@ -150,7 +151,7 @@ std::optional<ChartAxis> chooseAxis(const std::vector<RowRef>& rows, const std::
         if (value > bestValue) {
             bestValue = value;
             const bool quantity =
-                numbers && numbers->size() > 2 && (namesSize(names[i]) || !areConsecutive(*numbers));
+                numbers && (namesSize(names[i]) ? numbers->size() > 2 : lookLikeAmounts(*numbers));
             best = ChartAxis{i, numbers.has_value(), numbers && growsByFactors(*numbers), quantity};
         }
     }
@@ -181,10 +182,24 @@ std::string testResult(const TableRun& run, const std::string& function) {
 
 std::string rowResult(const TableRun& run, const ResultRow& row) {
     const std::string result = testResult(run, row.function);
-    if (row.accuracy())
+    if (row.accuracy() || row.unknown() || row.shared())
         return "ACCURWRN";
     // A test ends with the worst of its rows; a missed accuracy is told on the row that missed it.
     return result == "ACCURWRN" ? "OK" : result;
+}
+
+bool isShortCall(const TableRun& run, const ResultRow& row) {
+    const bool plain = row.comment.find(bxTable::loops) != std::string::npos &&
+                       row.comment.find(bxTable::interval) == std::string::npos;
+    if (!plain || !row.clocks)
+        return false;
+    if (row.unit.empty())
+        return *row.clocks < fewClocks;
+    const std::string cpu = run.head.value(bxTable::cpu);
+    const std::size_t unit = cpu.find(" GHz");
+    const std::size_t at = unit == std::string::npos ? 0 : cpu.find_last_not_of("0123456789.", unit - 1) + 1;
+    const auto gigahertz = unit == std::string::npos ? std::nullopt : toNumber(cpu.substr(at, unit - at));
+    return gigahertz && row.microseconds && *row.microseconds * *gigahertz * 1000 < fewClocks;
 }
 
 ReportData makeReport(const Collection& tables) {

@@ -31,8 +31,9 @@ struct ChartAxis {
     std::size_t parameter = 0; /**< parameter column that grows along it */
     bool numeric = false;      /**< else its cells are names, in order of appearance */
     bool logarithmic = false;  /**< sizes that multiply rather than add up */
-    bool quantity =
-        false; /**< its values are amounts, three or more, with others between them: a line may join them */
+    /** Its values are amounts with others between them, three of a size or four of another: a line may join
+     * them. */
+    bool quantity = false;
 };
 
 /** A tested function over all runs. */
@@ -86,5 +87,15 @@ std::string testResult(const TableRun& run, const std::string& function);
 
 /** The result of a row: missed accuracy, or what its test ended with; empty where nothing is known. */
 std::string rowResult(const TableRun& run, const ResultRow& row);
+
+/** Clocks of a call below which a plain loop's figure holds too much of counter and loop to be believed. */
+inline constexpr double fewClocks = 300;
+
+/**
+ * Whether a row is of a call of fewer than `fewClocks`, measured by a loop between two reads of the counter
+ * (Auto and its kin), not by differences. Clocks of a call follow from the row's time and the frequency in
+ * the run's head.
+ */
+bool isShortCall(const TableRun& run, const ResultRow& row);
 
 #endif

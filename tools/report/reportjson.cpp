@@ -110,6 +110,8 @@ Json row(const TableRun& run, const FunctionView& view, const RowRef& ref) {
     object["deprecated"] = row.deprecated();
     if (const std::string result = rowResult(run, row); !result.empty())
         object["result"] = result;
+    if (isShortCall(run, row))
+        object["short"] = true;
     object["line"] = row.line;
     if (!row.other.empty())
         object["other"] = labels(row.other);

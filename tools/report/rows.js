@@ -30,6 +30,7 @@ function cellOf(row, column) {
   const value = column.of(row);
   const cell = make('td', {class: column.number ? 'number' : column.title === 'Result' ? 'result' : ''},
     column.number ? digits(value) : value ?? '');
+  if (column.title === 'Clocks' && row.short) cell.prepend(make('span', {class: 'badge warned'}, '< 300'), ' ');
   if (printing) return cell; // thousands of links make a printed page slow
   cell.title = cell.textContent;
   if (column.title === 'Function') {
@@ -45,7 +46,7 @@ const lineOf = row => make('tr', {class: [gradeOf(row.result), row === target ? 
 const gap = lines => make('tr', {class: 'gap', 'aria-hidden': 'true', style: `height: ${lines * lineHeight}px`});
 
 function showLines() {
-  const visible = Math.ceil(frame.clientHeight / lineHeight);
+  const visible = Math.ceil(innerHeight / lineHeight); // the frame grows with its lines
   const first = Math.max(0, Math.min(Math.floor(frame.scrollTop / lineHeight) - 10, shown.length - visible));
   const last = Math.min(shown.length, first + visible + 20);
   tableBody.replaceChildren(gap(first), ...shown.slice(first, last).map(lineOf), gap(shown.length - last));

@@ -9,6 +9,7 @@ explainOverview();
 showOverview();
 showRunLegend();
 showTitles();
+byId('short').hidden = !data.rows.some(row => row.short);
 if (!data.functions.some(view => view.hot)) grade.querySelector('[value=hot]').remove();
 recall();
 applyFilter();
