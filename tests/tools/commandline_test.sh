@@ -71,6 +71,11 @@ expect 2 'no row and no tested function' benchex-report empty.csv
 expect 2 'cut off' benchex-report cut.csv
 expect 2 'TABLE is required' benchex-report
 expect 0 '^benchex-report [0-9]' benchex-report --version
+expect 0 '^EXCPTFAIL (1): zorsFault_8u' benchex-report --table "$before"
+expect 0 "^Report: $work/a b.html" benchex-report --table "$before" -o 'a b.html' --chart-library "$before"
+expect 2 'excludes' benchex-report --table --json "$before"
+echo '{"schema": "other"}' >"$work/other.json"
+expect 0 'other.json: no part of the page is made of this' benchex-report "$before" other.json -o other.html
 expect 2 '/nowhere/page.html: cannot be written' benchex-report "$before" -o /nowhere/page.html
 for text in '"result":"EXCPTFAIL"' 'libzorac.so, 2.0' '"parameters":{"Len":1024,'; do
     grep -q -e "$text" "$work/page.html" || { echo "FAILED: page.html lacks $text"; failures=$((failures + 1)); }

@@ -306,8 +306,10 @@ std::string textTable(const ReportData& data, const Screen& screen, std::size_t 
         }
     }
     std::string text = cut(run.head.value(bxTable::cpu), screen.columns) + "\n";
-    text += std::to_string(functions) + " functions in " + std::to_string(domains.size()) + " domains, " +
-            std::to_string(run.rows.size()) + " rows\n";
+    text += cut(std::to_string(functions) + " functions in " + std::to_string(domains.size()) + " domains, " +
+                    std::to_string(run.rows.size()) + " rows",
+                screen.columns) +
+            "\n";
     for (const Cell& line : bad)
         text.append(screen.styled ? line.look : "")
             .append(cut(line.text, screen.columns))
