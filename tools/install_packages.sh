@@ -9,7 +9,7 @@
 set -u
 companions="libcli11-dev nlohmann-json3-dev libboost-math-dev" # without them the companion programs are left out
 declare -A needs=(
-    [build]="g++ cmake ninja-build $companions"
+    [build]="g++ cmake ninja-build $companions libjs-chart.js"
     [test]="g++ cmake ninja-build $companions libgtest-dev libgmock-dev python3 parallel"
     [check]="clang clang-format clang-tidy cppcheck valgrind g++-multilib qemu-user googletest libclang-rt-14-dev
         chromium chromium-driver libjs-chart.js python3-jsonschema zsh fish lintian debootstrap
