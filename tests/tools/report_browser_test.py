@@ -285,6 +285,33 @@ def use_large_page(browser, check, report, directory, rows=100000):
     check(count(browser) == 1000, f"filtered in {time.monotonic() - start:.2f} s")
 
 
+PAIR_ROWS = """
+return [...document.querySelectorAll('.pair .rows tbody tr')].filter(row => !row.hidden).map(row => [...row.cells].map(c => c.textContent));
+"""
+
+
+def use_pair_page(browser, check, report, directory):
+    """A result of benchex-compare --pair, without tables."""
+    page = directory / "pair.html"
+    subprocess.run([report, pathlib.Path(__file__).parent / "pair.json", "-o", page], check=True, capture_output=True)
+    browser.open(page.as_uri())
+    rows = browser.run(PAIR_ROWS)
+    check(len(rows) == 5 and rows[0][0] == "zorsMDCTFwd_32f" and {"slower", "1.0500", "1.0400 to 1.0600"} <= set(rows[0]),
+          f"rows of a pair with verdict, ratio and interval ({rows[:1]})")
+    check("right, 1 ulp, 140 dB" in rows[1] and any("index 2: 0 and 1" in cell for cell in rows[3]) and
+          any("Time limit" in cell for cell in rows[4]), "with their outputs and what is wrong")
+    text = browser.run("return document.body.innerText")
+    check("new <i>" in text and "Only before (1)" in text and "All rows\n" not in text, "both sides, and no empty parts")
+    browser.click(".pair [data-kind=wrong]")
+    check([row[0] for row in browser.run(PAIR_ROWS)] == ["zorsUnpack_MP3"], "a button leaves the rows of its kind")
+    browser.click(".pair [data-kind='all rows']")
+    browser.type("#filter", "mdct 64")
+    check(len(browser.run(PAIR_ROWS)) == 1, "the filter leaves rows that hold its words")
+    marks = browser.run("""return [...document.querySelectorAll('.pair .rows svg')].map(picture =>
+      [...picture.querySelectorAll('.one, .centre')].map(mark => Math.round(+(mark.getAttribute('x1') ?? mark.getAttribute('x')))));""")
+    check(len(marks) == 4 and marks[0][1] > marks[0][0] > marks[3][1], f"slower is right of the middle, faster left ({marks})")
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--report", required=True)
@@ -316,6 +343,7 @@ def main():
             check(count(browser) > 1, "without the chart library the table is there")
             check("No charts" in browser.run("return document.querySelector('.notice').textContent"),
                   "and the page says what is missing")
+            use_pair_page(browser, check, arguments.report, pathlib.Path(directory))
             use_large_page(browser, check, arguments.report, pathlib.Path(directory))
             messages = [entry["message"] for entry in browser.messages()]
             check(not messages, "no message on the console " + " ".join(messages))

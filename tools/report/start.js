@@ -10,6 +10,8 @@ showOverview();
 showRunLegend();
 showTitles();
 byId('short').hidden = !data.rows.some(row => row.short);
+// A page without tables has its sections alone.
+if (!data.runs.length) document.querySelectorAll('#runs, #overview, #shown, main > :last-child, label:has(#grade)').forEach(part => { part.hidden = true; });
 if (!data.functions.some(view => view.hot)) grade.querySelector('[value=hot]').remove();
 recall();
 applyFilter();

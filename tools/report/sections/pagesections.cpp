@@ -7,7 +7,9 @@
 namespace {
 
 /** In the order of the page. */
-constexpr std::array<PageSection, 0> pageSections{};
+constexpr std::array pageSections{
+    PageSection{"pair", readPairs},
+};
 
 /** Whether the file says early on that it is of the schema: large files of others are not read for nothing.
  */

@@ -2,7 +2,8 @@
  * Parts of the page beside tables and charts: what other programs and files tell of the same functions. A
  * part has
  * - NAME.cpp here, whose function looks for its files and makes the data,
- * - NAME.js here, which shows them (addSection in report/sections.js says how),
+ * - NAME.js here, which shows them (addSection in report/sections.js says how), and a NAME.css where it needs
+ * one,
  * - a line in pagesections.cpp.
  */
 #ifndef PAGESECTIONS_H
@@ -45,6 +46,8 @@ struct PageSection {
     const char* name;                                     /**< of its member in "sections" of the data */
     std::optional<Json> (*read)(SectionSources& sources); /**< nothing: the page does without */
 };
+
+std::optional<Json> readPairs(SectionSources& sources);
 
 /** The data of all sections that found some, by name. */
 Json readSections(SectionSources& sources);
