@@ -16,7 +16,7 @@ function(benchex_install_compressed file destination name)
   endif()
 endfunction()
 
-foreach(program benchex benchex-report benchex-compare)
+foreach(program benchex benchex-report benchex-compare benchex-explain)
   if(TARGET ${program})
     benchex_install_compressed("${benchex_SOURCE_DIR}/docs/man/${program}.1" "${CMAKE_INSTALL_MANDIR}/man1" ${program}.1)
   endif()

@@ -7,7 +7,7 @@
 #   tools/install_packages.sh coverage   for the line coverage
 # What cannot be installed is named; the job goes on and fails only where it cannot do without.
 set -u
-companions="libcli11-dev nlohmann-json3-dev libboost-math-dev" # without them the companion programs are left out
+companions="libcli11-dev nlohmann-json3-dev libboost-math-dev libzydis-dev" # without them the companion programs are left out
 declare -A needs=(
     [build]="g++ cmake ninja-build $companions libjs-chart.js"
     [test]="g++ cmake ninja-build $companions libgtest-dev libgmock-dev python3 parallel"
