@@ -51,7 +51,7 @@ SteppedCall stepped(int (*function)()) {
     const std::string name =
         std::filesystem::temp_directory_path() / ("explain_test" + std::to_string(getpid()));
     EXPECT_TRUE(bxStepFile::open(name.c_str()));
-    EXPECT_TRUE(bxStepFile::add({"explained", "Len=16", 30, count, figure, log}));
+    EXPECT_TRUE(bxStepFile::add({"explained", "Len=16", 30, count, figure, &log}));
     std::ifstream input(name, std::ios::binary);
     std::vector<SteppedCall> calls = readSteps(input, name);
     std::filesystem::remove(name);

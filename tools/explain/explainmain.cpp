@@ -156,6 +156,9 @@ int explainCalls(const Options& options) {
         explanations.push_back(explain(call, options.blocks, machine ? &*machine : nullptr));
     if (options.json) {
         JsonText text;
+        text.add("schema", "benchex-explain");
+        if (machine)
+            text.add("machine", toJson(*machine));
         text.addList("calls", explanations, [](const Explanation& e) { return toJson(e); });
         std::cout << text.text();
         return done;

@@ -4,8 +4,8 @@
 #ifndef EXPLAIN_EXPLANATION_H
 #define EXPLAIN_EXPLANATION_H
 
-#include "json.h"
 #include "bounds.h"
+#include "json.h"
 #include "profile.h"
 #include "symbols.h"
 

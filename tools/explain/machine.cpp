@@ -113,19 +113,13 @@ Json conditionsNow() {
             {"features", std::to_string(std::hash<std::string>()(features))}};
 }
 
-Json toJson(const Machine& machine, const Json& conditions) {
-    Json memory = Json::array();
-    for (const MemoryRate& rate : machine.memory)
-        memory.push_back({{"kilobytes", rate.kilobytes}, {"bytesPerClock", rate.bytesPerClock}});
+/** "2026-01-31 12:00:00". */
+std::string timeNow() {
     std::string when(32, '\0');
     const std::time_t now = std::time(nullptr);
     tm parts{};
     when.resize(std::strftime(when.data(), when.size(), "%F %T", localtime_r(&now, &parts)));
-    return {{"conditions", conditions},
-            {"measured", when},
-            {"rates", machine.rates},
-            {"latencies", machine.latencies.byGroup},
-            {"memory", memory}};
+    return when;
 }
 
 std::optional<Machine> keptMachine(const fs::path& file, const Json& conditions) {
@@ -140,8 +134,8 @@ std::optional<Machine> keptMachine(const fs::path& file, const Json& conditions)
         for (const Json& rate : kept.at("memory"))
             machine.memory.push_back(
                 {rate.at("kilobytes").get<long long>(), rate.at("bytesPerClock").get<double>()});
-        machine.conditions = kept["conditions"];
-        machine.conditions["measured"] = kept.at("measured");
+        machine.conditions = conditions;
+        machine.measured = kept.at("measured").get<std::string>();
     } catch (const Json::exception&) {
         return std::nullopt;
     }
@@ -157,6 +151,17 @@ const MemoryRate* Machine::memoryRate(double bytes) const {
         if (static_cast<double>(rate.kilobytes) * kilobyte <= bytes)
             best = &rate;
     return best;
+}
+
+Json toJson(const Machine& machine) {
+    Json memory = Json::array();
+    for (const MemoryRate& rate : machine.memory)
+        memory.push_back({{"kilobytes", rate.kilobytes}, {"bytesPerClock", rate.bytesPerClock}});
+    return {{"conditions", machine.conditions},
+            {"measured", machine.measured},
+            {"rates", machine.rates},
+            {"latencies", machine.latencies.byGroup},
+            {"memory", memory}};
 }
 
 std::map<std::string, double> resourcesOf(const Profile& profile) {
@@ -219,11 +224,12 @@ Machine thisMachine(const fs::path& program, bool again) {
     constexpr int most = 20'000; // steps; the blocks of memory are told by their names
     Machine machine = machineFrom(stepThrough("", {.program = program, .keys = {}, .most = most}));
     machine.conditions = conditions;
+    machine.measured = timeNow();
     if (!machine.known())
         throw ExplainError(program.string() + ": nothing of this machine could be measured");
     std::error_code ignored;
     fs::create_directories(directory, ignored);
     std::ofstream output(file);
-    output << toJson(machine, conditions).dump(1) << "\n";
+    output << toJson(machine).dump(1) << "\n";
     return machine;
 }

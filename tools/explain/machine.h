@@ -19,7 +19,8 @@ struct Machine {
     std::map<std::string, double> rates; /**< of what `resourcesOf` names, in a core clock */
     Latencies latencies;
     std::vector<MemoryRate> memory; /**< by size, ascending */
-    Json conditions;                /**< processor, system, when */
+    Json conditions;                /**< what makes it this machine: processor, host, version */
+    std::string measured;           /**< when */
 
     /** The fastest way to so many bytes; null where there are fewer than in the smallest block. */
     const MemoryRate* memoryRate(double bytes) const;
@@ -29,6 +30,8 @@ struct Machine {
 /** How much of everything that can be short a call needs: instructions, each kind, loads and stores by bytes,
  * branches, arithmetic of all kinds. */
 std::map<std::string, double> resourcesOf(const Profile& profile);
+
+Json toJson(const Machine& machine);
 
 /** What kernels did that have nothing else to do (program benchex-machine). */
 Machine machineFrom(const std::vector<SteppedCall>& kernels);

@@ -81,8 +81,8 @@ void readData(std::istream& input, SteppedCall& call, Words& words, const std::s
     if (bytes > most)
         throw ExplainError(name + ": no file of steps");
     call.data.resize(bytes);
-    if (!input.read(call.data.data(), static_cast<std::streamsize>(bytes)) || call.registers.empty() ||
-        call.registers.size() > 32)
+    const bool named = !call.registers.empty() && call.registers.size() <= 32;
+    if (!input.read(call.data.data(), static_cast<std::streamsize>(bytes)) || (bytes > 0 && !named))
         throw ExplainError(name + ": cut off in " + call.function);
     input.ignore();
 }
