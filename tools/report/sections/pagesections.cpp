@@ -9,6 +9,7 @@ namespace {
 /** In the order of the page. */
 constexpr std::array pageSections{
     PageSection{"pair", readPairs},
+    PageSection{"explained", readExplained},
 };
 
 /** Whether the file says early on that it is of the schema: large files of others are not read for nothing.

@@ -47,7 +47,10 @@ struct PageSection {
     std::optional<Json> (*read)(SectionSources& sources); /**< nothing: the page does without */
 };
 
+/** Comparisons of two sides: files of benchex-compare --pair --json. */
 std::optional<Json> readPairs(SectionSources& sources);
+/** Calls explained: files of benchex-explain --json. */
+std::optional<Json> readExplained(SectionSources& sources);
 
 /** The data of all sections that found some, by name. */
 Json readSections(SectionSources& sources);
