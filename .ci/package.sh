@@ -44,12 +44,21 @@ inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_
 files() { (cd "$root" && find . -xdev -not -path './var/*' -not -path './proc/*' -not -path './etc/ld.so.cache' | sort); }
 files >"$work/before"
 cp "$deb" "$root/benchex.deb"
+# What it stands on beyond the C and C++ libraries.
+companions=$(dpkg-deb -f "$deb" Depends | grep -o 'libzydis[0-9.]*' || true)
+if [ -n "$companions" ]; then
+    companions+=" $(apt-cache depends "$companions" | sed -n 's/.*Depends: \(libzycore.*\)/\1/p')"
+    (cd "$root" && apt-get download -qq $companions && inside sh -c 'dpkg -i /libzy*.deb')
+fi
 inside dpkg -i /benchex.deb
 inside sh -c 'cd /tmp && benchex -B -f TNS -L P -dMethod=Manual -l/tmp -r -u -q >/dev/null &&
     benchex-report -o page.html benchex.csv && benchex-compare benchex.csv benchex.csv'
+if [ -n "$companions" ]; then
+    inside benchex-explain --version # a call is explained from /proc, which is not here
+fi
 test -s "$root/tmp/page.html"
-inside dpkg --purge benchex
-rm -rf "$root"/benchex.deb "$root"/tmp/*
+inside dpkg --purge benchex $companions
+rm -rf "$root"/*.deb "$root"/tmp/*
 files >"$work/after"
 diff "$work/before" "$work/after"
 echo "bare root: installed, used and removed"

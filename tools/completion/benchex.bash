@@ -1,4 +1,4 @@
-# bash completion for benchex, benchex-report and benchex-compare
+# bash completion for benchex, benchex-report, benchex-compare and benchex-explain
 
 # Lines "function<TAB>test" of the program's tests. Asked once per program file and kept for the shell's life.
 _benchex_tests() {
@@ -111,6 +111,23 @@ _benchex_compare() {
         --before --after --threshold --alpha --accuracy --time --all --csv --json --partial --help --version"
 }
 
+_benchex_explain() {
+    local typed=${COMP_WORDS[COMP_CWORD]}
+    case ${COMP_WORDS[COMP_CWORD - 1]} in
+    --table | --steps | --program) _benchex_files "" "$typed" -f ;;
+    --row | --line | --blocks | --most) ;;
+    *)
+        if [[ $typed == -* ]]; then
+            _benchex_words "" "$typed" "--row --all --table --line --steps --blocks --most --program --no-clocks \
+                --no-limits --measure --json --help --version"
+        else
+            _benchex_words "" "$typed" "$(_benchex_tests benchex | cut -f1)"
+        fi
+        ;;
+    esac
+}
+
 complete -F _benchex benchex
 complete -F _benchex_report benchex-report
 complete -F _benchex_compare benchex-compare
+complete -F _benchex_explain benchex-explain

@@ -1,4 +1,4 @@
-# fish completion for benchex, benchex-report and benchex-compare
+# fish completion for benchex, benchex-report, benchex-compare and benchex-explain
 
 # Names of the program's tests: column 2 the functions, 3 the tests.
 function __benchex_names
@@ -80,3 +80,17 @@ complete -c benchex-compare -l accuracy -x -d 'of a figure that states none, per
 complete -c benchex-compare -l time -d 'compare microseconds per call'
 complete -c benchex-compare -l all -d 'list rows that are the same'
 complete -c benchex-compare -l csv -d 'write csv'
+for option in 'row/which combination of its parameters' 'line/line of the table' 'blocks/how many of the hottest blocks' \
+    'most/steps after which a call is given up'
+    set -l parts (string split -m 1 / $option)
+    complete -c benchex-explain -l $parts[1] -x -d $parts[2]
+end
+for option in 'table/a result table' 'steps/a file of steps' 'program/the program'
+    set -l parts (string split -m 1 / $option)
+    complete -c benchex-explain -l $parts[1] -rF -d $parts[2]
+end
+for option in 'all/all combinations' 'no-clocks/do not measure' 'no-limits/do not compare with the machine' \
+    'measure/measure the machine again' 'json/write JSON' 'version/version' 'help/help'
+    set -l parts (string split -m 1 / $option)
+    complete -c benchex-explain -f -l $parts[1] -d $parts[2]
+end

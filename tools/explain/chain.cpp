@@ -42,12 +42,9 @@ class Tracer {
     void take(const Instruction& now, const StepReader& step) {
         Ready ready = ofRegisters(now.reads);
         const Ready address = ofRegisters(now.addressReads);
-        bool loads = false;
-        for (const Access& access : now.accesses) {
-            loads |= access.read;
+        for (const Access& access : now.accesses)
             if (access.read)
                 takeLater(ready, loaded(access, step, address));
-        }
         const Group group = now.kind.group;
         const bool moves = group == Group::move || group == Group::load || group == Group::store;
         const double latency = moves ? 0 : m_latencies.of(group);

@@ -67,6 +67,16 @@ fs::path beside(const char* name) {
     return fs::read_symlink("/proc/self/exe", unknown).parent_path() / name;
 }
 
+/** The program that measures the machine: in the build beside this one, installed among those that nobody
+ * calls. */
+fs::path machineProgram() {
+    const fs::path own = beside("benchex-machine");
+    std::error_code unknown;
+    return fs::exists(own, unknown)
+               ? own
+               : own.parent_path().parent_path() / BENCHEX_LIBEXEC / "benchex/benchex-machine";
+}
+
 /** Which combination of its function stands in a line of a table. */
 int rowOfLine(const Options& options, std::string& function) {
     const Collection tables = collectTables({options.table}, false);
@@ -140,7 +150,7 @@ std::optional<Machine> machineFor(const std::vector<SteppedCall>& calls, const O
     if (options.noLimits || !(clocks || options.measure))
         return std::nullopt;
     try {
-        return thisMachine(beside("benchex-machine"), options.measure);
+        return thisMachine(machineProgram(), options.measure);
     } catch (const ExplainError& error) {
         std::cerr << "benchex-explain: no limits: " << error.what() << "\n";
         return std::nullopt;

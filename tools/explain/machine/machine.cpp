@@ -1,5 +1,5 @@
-// benchex-machine: what a core can do. Each test is a kernel that does one thing as fast as it can be done; what
-// it executes is counted like everything else, so that nothing about it has to be said twice.
+// benchex-machine: what a core can do. Each test is a kernel that does one thing as fast as it can be done;
+// what it executes is counted like everything else, so that nothing about it has to be said twice.
 #include "bx.h"
 #include "kvregister.h"
 
@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <memory>
 
-// Memory for kernels that load and store. At 2048 stands where it begins, for chains of loads; at 2056 a number that is
-// 1, 1 as floats and an ordinary double.
+// Memory for kernels that load and store. At 2048 stands where it begins, for chains of loads; at 2056 a
+// number that is 1, 1 as floats and an ordinary double.
 __asm__(R"(
     .pushsection .data
     .balign 4096
@@ -19,7 +19,8 @@ machine_data:
     .popsection
 )");
 
-// A kernel is a loop of 20 passes over 8 times its body; rdx points to the memory. A body leaves ecx and rdx alone.
+// A kernel is a loop of 20 passes over 8 times its body; rdx points to the memory. A body leaves ecx and rdx
+// alone.
 #define ANY_KERNEL(name, setup, body, cleanup)                                                               \
     extern "C" int machine_##name();                                                                         \
     __asm__(".pushsection .text\n.type machine_" #name ", @function\n.p2align 6\nmachine_" #name ":\n"       \
@@ -30,14 +31,16 @@ machine_data:
             ".size machine_" #name ", . - machine_" #name "\n.popsection\n");                                \
     [[maybe_unused]] static const bool s_##name = registerKernel<"machine_" #name, machine_##name>
 
-#define SPREAD(reg) "vbroadcastsd 2056(%rdx), %" reg "0\nvbroadcastsd 2056(%rdx), %" reg "1\n"                \
+#define SPREAD(reg)                                                                                          \
+    "vbroadcastsd 2056(%rdx), %" reg "0\nvbroadcastsd 2056(%rdx), %" reg "1\n"                               \
     "vbroadcastsd 2056(%rdx), %" reg "14\nvbroadcastsd 2056(%rdx), %" reg "15\n"
 #define KERNEL(name, body) ANY_KERNEL(name, "", body, "")(always)
 #define KERNEL_256(name, body) ANY_KERNEL(name, SPREAD("ymm"), body, "vzeroupper\n")(hasAvx2)
 #define KERNEL_512(name, body) ANY_KERNEL(name, SPREAD("zmm"), body, "vzeroupper\n")(hasAvx512)
 
 // Twelve registers, each of which waits for itself alone: enough for any latency times throughput in use.
-#define EACH(op) op("0") op("1") op("2") op("3") op("4") op("5") op("6") op("7") op("8") op("9") op("10") op("11")
+#define EACH(op)                                                                                             \
+    op("0") op("1") op("2") op("3") op("4") op("5") op("6") op("7") op("8") op("9") op("10") op("11")
 #define GENERAL(op) op("8") op("9") op("10") op("11") op("12") op("13") op("14") op("15")
 
 namespace {
@@ -72,7 +75,8 @@ bxResult loopOf(int count, long long* clocks) {
 
 template <kv::FunctionName name, int (*call)()>
 bool registerKernel(bool (*can)()) {
-    auto* const kernel = new Kernel(call, nullptr, loopOf<call>, nullptr, name.text, __FILE__, "Kernel//KV_REG");
+    auto* const kernel =
+        new Kernel(call, nullptr, loopOf<call>, nullptr, name.text, __FILE__, "Kernel//KV_REG");
     kernel->m_can = can;
     return bxRegTest(kernel) != 0;
 }
@@ -91,8 +95,10 @@ KERNEL(imul, GENERAL(IMUL));
 KERNEL(move, GENERAL(COPY));
 KERNEL(div, "mov %rdx, %rbx\nxor %edx, %edx\nmov $1000, %eax\nmov $7, %esi\ndiv %esi\nmov %rbx, %rdx\n");
 KERNEL(nops, "nop\nnop\nnop\nnop\nnop\nnop\nnop\nnop\n");
-KERNEL(fused, "cmp %rax, %rdx\nje 9f\nadd $1, %r8\nadd $1, %r9\nmov %rax, %r10\ncmp %rax, %rdx\nje 9f\nadd $1, %r11\n9:\n");
-KERNEL(eliminated, "mov %rax, %r8\nadd $1, %r9\nmov %rax, %r10\nadd $1, %r11\nmov %rax, %r12\nadd $1, %r13\nnop\nnop\n");
+KERNEL(fused, "cmp %rax, %rdx\nje 9f\nadd $1, %r8\nadd $1, %r9\nmov %rax, %r10\ncmp %rax, %rdx\nje 9f\nadd "
+              "$1, %r11\n9:\n");
+KERNEL(eliminated,
+       "mov %rax, %r8\nadd $1, %r9\nmov %rax, %r10\nadd $1, %r11\nmov %rax, %r12\nadd $1, %r13\nnop\nnop\n");
 KERNEL(taken, "jmp 9f\n9:\n");
 KERNEL(notTaken, "jo 9f\njo 9f\njo 9f\njo 9f\n9:\n");
 KERNEL(calls, "call 8f\njmp 9f\n8: ret\n9:\n");
@@ -101,13 +107,13 @@ KERNEL(pushes, "push %rax\npop %rbx\n");
 // ---- Throughputs of the vector registers: one number, 128, 256 and 512 bits of both precisions ----
 
 #define OPERATION(name, op)                                                                                  \
-    KERNEL_256(name##_ss, EACH(op##_ss));                                                               \
-    KERNEL_256(name##_sd, EACH(op##_sd));                                                               \
-    KERNEL_256(name##_ps128, EACH(op##_ps128));                                                         \
-    KERNEL_256(name##_pd128, EACH(op##_pd128));                                                         \
-    KERNEL_256(name##_ps256, EACH(op##_ps256));                                                         \
-    KERNEL_256(name##_pd256, EACH(op##_pd256));                                                         \
-    KERNEL_512(name##_ps512, EACH(op##_ps512));                                                       \
+    KERNEL_256(name##_ss, EACH(op##_ss));                                                                    \
+    KERNEL_256(name##_sd, EACH(op##_sd));                                                                    \
+    KERNEL_256(name##_ps128, EACH(op##_ps128));                                                              \
+    KERNEL_256(name##_pd128, EACH(op##_pd128));                                                              \
+    KERNEL_256(name##_ps256, EACH(op##_ps256));                                                              \
+    KERNEL_256(name##_pd256, EACH(op##_pd256));                                                              \
+    KERNEL_512(name##_ps512, EACH(op##_ps512));                                                              \
     KERNEL_512(name##_pd512, EACH(op##_pd512));
 #define THREE(op, reg, r) op " %" reg "14, %" reg "15, %" reg r "\n"
 #define ADD_ss(r) THREE("vaddss", "xmm", r)
@@ -157,8 +163,8 @@ OPERATION(multiplyAdd, FMA)
 OPERATION(divide, DIV)
 
 #define WIDTHS(name, op, wide)                                                                               \
-    KERNEL_256(name##_128, EACH(op##_128));                                                             \
-    KERNEL_256(name##_256, EACH(op##_256));                                                             \
+    KERNEL_256(name##_128, EACH(op##_128));                                                                  \
+    KERNEL_256(name##_256, EACH(op##_256));                                                                  \
     KERNEL_512(name##_512, EACH(wide##_512));
 #define TWO(op, reg, r) op " %" reg "15, %" reg r "\n"
 #define PADD_128(r) THREE("vpaddd", "xmm", r)
@@ -196,21 +202,24 @@ WIDTHS(vectorMove, VMOVE, VMOVE)
 
 // What several kinds can do together.
 #define MIXED(reg)                                                                                           \
-    THREE("vaddps", reg, "0") THREE("vfmadd231ps", reg, "1") THREE("vaddps", reg, "2")                       \
-    THREE("vfmadd231ps", reg, "3") THREE("vaddps", reg, "4") THREE("vfmadd231ps", reg, "5")                  \
-    THREE("vaddps", reg, "6") THREE("vfmadd231ps", reg, "7") THREE("vaddps", reg, "8")                       \
-    THREE("vfmadd231ps", reg, "9") THREE("vaddps", reg, "10") THREE("vfmadd231ps", reg, "11")
+    THREE("vaddps", reg, "0")                                                                                \
+    THREE("vfmadd231ps", reg, "1") THREE("vaddps", reg, "2") THREE("vfmadd231ps", reg, "3")                  \
+        THREE("vaddps", reg, "4") THREE("vfmadd231ps", reg, "5") THREE("vaddps", reg, "6")                   \
+            THREE("vfmadd231ps", reg, "7") THREE("vaddps", reg, "8") THREE("vfmadd231ps", reg, "9")          \
+                THREE("vaddps", reg, "10") THREE("vfmadd231ps", reg, "11")
 KERNEL_256(mixed_128, MIXED("xmm"));
 KERNEL_256(mixed_256, MIXED("ymm"));
 KERNEL_512(mixed_512, MIXED("zmm"));
 
 // ---- Loads and stores ----
 
-#define MOVE_IN(op, reg) op " (%rdx), %" reg "\n" op " 64(%rdx), %" reg "\n" op " 128(%rdx), %" reg "\n"      \
-    op " 192(%rdx), %" reg "\n" op " 256(%rdx), %" reg "\n" op " 320(%rdx), %" reg "\n"
+#define MOVE_IN(op, reg)                                                                                     \
+    op " (%rdx), %" reg "\n" op " 64(%rdx), %" reg "\n" op " 128(%rdx), %" reg "\n" op " 192(%rdx), %" reg   \
+       "\n" op " 256(%rdx), %" reg "\n" op " 320(%rdx), %" reg "\n"
 #define MOVE_OUT(op, reg) op " %" reg ", (%rdx)\n" op " %" reg ", 8(%rdx)\n" op " %" reg ", 16(%rdx)\n"
-#define STORE(op, reg) op " %" reg ", (%rdx)\n" op " %" reg ", 64(%rdx)\n" op " %" reg ", 128(%rdx)\n"        \
-    op " %" reg ", 192(%rdx)\n"
+#define STORE(op, reg)                                                                                       \
+    op " %" reg ", (%rdx)\n" op " %" reg ", 64(%rdx)\n" op " %" reg ", 128(%rdx)\n" op " %" reg              \
+       ", 192(%rdx)\n"
 KERNEL(load_1, MOVE_IN("movzbl", "eax"));
 KERNEL(load_2, MOVE_IN("movzwl", "eax"));
 KERNEL(load_4, MOVE_IN("mov", "eax"));
