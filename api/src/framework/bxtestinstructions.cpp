@@ -17,12 +17,17 @@ void bxTestLoop::countInstructions() {
     const bxTool& tool = m_test.tool;
     if (!tool.countInstructions)
         return;
+    if (!tool.stepsFile.empty() && bxStepFile::m_detailed && !m_steps)
+        m_steps = std::make_unique<bxStepLog>(tool.mostInstructions);
+    stepThroughCall();
+}
+
+void bxTestLoop::stepThroughCall() {
+    const bxTool& tool = m_test.tool;
     if (!m_test.funcCall) {
         m_instructions.problem = "nocall";
         return;
     }
-    if (!tool.stepsFile.empty() && bxStepFile::m_detailed && !m_steps)
-        m_steps = std::make_unique<bxStepLog>(tool.mostInstructions);
     callOnce(); // binds what is bound at the first call
     bxTraced("countInstructions", [this, &tool] {
         const bxCallScope scope(bxCallScope::called);

@@ -27,6 +27,8 @@ class bxTestLoop {
     /** Outside what is timed; returns the function's status. */
     int callOnce();
     void countInstructions();
+    /** Steps through a call, whatever the settings say. */
+    void stepThroughCall();
     /** Adds the counted call to the file of the setting, where there is one. */
     void writeSteps();
     /** The parameters of the combination: "Len=64 Type=2". */

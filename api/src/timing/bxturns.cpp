@@ -127,7 +127,7 @@ bool bxTurns::nextCombination() {
 // ---- Examining ----
 
 void bxTurns::beginCombination(const bxString& parameters) {
-    if (bxGetTimeLimit() == 0)
+    if (bxGetTimeLimit() == 0 && !counting()) // what stepping takes says nothing of the function
         bxSetTimeLimit(m_plan->timeLimit);
     if (examining())
         m_log.write(combinationBegins, m_place,
@@ -139,6 +139,10 @@ bool bxTurns::calledOnce(int status) {
         return false;
     m_log.write(called, m_place, bxLoggedBytes(static_cast<std::int32_t>(status)));
     return m_log.writeBlocks(m_place);
+}
+
+void bxTurns::countedAs(const bxString& text) {
+    m_log.write(counted, m_place, bxLogged(text));
 }
 
 bool bxTurns::measure(const Sampler& sampler) {

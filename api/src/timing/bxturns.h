@@ -52,10 +52,13 @@ class bxTurns {
     /** The function was called with these data. \return whether it should be called again: what it leaves in
      * its work memory shows in nothing but the results of the next call */
     bool calledOnce(int status);
+    /** What a call of the present combination executes. */
+    void countedAs(const bxString& text);
     /** Measures the present combination as the task demands; false when a call failed. */
     bool measure(const Sampler& sampler);
 
     bool examining() const { return m_plan->task == bxTurnsForm::examine; }
+    bool counting() const { return m_plan->task == bxTurnsForm::count; }
 
   private:
     struct Descriptors {

@@ -19,8 +19,9 @@ inline constexpr std::uint32_t version = 0x42580001;
 
 /** What a side is started for. */
 enum Task : std::uint32_t {
-    examine = 1,  /**< alone: say what combinations there are and what the first call makes of their data */
-    takeTurns = 2 /**< with the other side: time the rows of the plan */
+    examine = 1,   /**< alone: say what combinations there are and what the first call makes of their data */
+    takeTurns = 2, /**< with the other side: time the rows of the plan */
+    count = 3      /**< alone: count the instructions of a call of each row */
 };
 
 /** Where a combination stands on a side: the running number of its test, and its own within the test. */
@@ -63,7 +64,8 @@ enum Kind : std::uint32_t {
     testEnded = 5,         /**< function, result, message (texts) */
     mappings = 6,          /**< text of the process's memory map */
     runEnded = 7,          /**< nothing */
-    testBegins = 8         /**< function (text) */
+    testBegins = 8,        /**< function (text) */
+    counted = 9            /**< "instr=120 code=9d2c5680" (text) */
 };
 
 /** Head of a log entry. */
