@@ -1,7 +1,9 @@
 /** \file
  * The binding of the harness to the library: all that a test unit includes beside the library's headers.
  *
- * Where the library's core header is included first, the unit hands the library's core functions to the
+ * The short form of a test is in kvmeasure.h, what a program says of its library in kvlibrary.h.
+ *
+ * Where the core header of the reference library is included first, the unit hands its core functions to the
  * harness; without it the harness's own stand in for them.
  */
 #ifndef KV_H
@@ -10,6 +12,8 @@
 #include "bxunit.h"
 #include "kvbitvector.h"
 #include "kvfunc.h"
+#include "kvlibrary.h"
+#include "kvmeasure.h"
 #include "kvregister.h"
 #include "kvscaleiterator.h"
 #include "kvtest.h"
@@ -17,7 +21,8 @@
 #include "kvvector.h"
 #include "kvvlctable.h"
 
-extern "C" const ZorLibraryVersion* zoracGetLibVersion(void);
+/** Weak: programs of other libraries do not link the reference library, and the title does not name it. */
+extern "C" [[gnu::weak]] const ZorLibraryVersion* zoracGetLibVersion(void);
 
 namespace {
 
@@ -26,7 +31,8 @@ const ZorLibraryVersion* kvGetZorVersion_zorac() {
     return zoracGetLibVersion();
 }
 
-[[maybe_unused]] const bool s_kvVersionRegistered = bxRegZorVersion(kvGetZorVersion_zorac);
+[[maybe_unused]] const bool s_kvVersionRegistered =
+    zoracGetLibVersion != nullptr && bxRegZorVersion(kvGetZorVersion_zorac);
 
 #ifdef ZORCORE_H
 /** Binds the seven core functions of the library. */

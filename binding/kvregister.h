@@ -19,6 +19,10 @@
 #include "kvtest.h"
 #include "system/bxclock.h"
 
+#include <limits>
+#include <type_traits>
+#include <utility>
+
 namespace kv {
 
 /** A name as a template argument, so that timing functions know theirs without taking part in the call. */
@@ -31,18 +35,34 @@ struct FunctionName {
     char text[size]{};
 };
 
-/** The call of a function and what comes before each: `init` is null where nothing does. */
-template <int (*call)(), int (*init)()>
+/** What a call returned as a status: false is an error; what no int can hold is as far as one goes. */
+template <class Returned>
+constexpr int statusCode(Returned returned) {
+    if constexpr (std::is_same_v<Returned, bool>)
+        return returned ? 0 : -1;
+    else if constexpr (std::is_enum_v<Returned>)
+        return statusCode(static_cast<std::underlying_type_t<Returned>>(returned));
+    else if (std::in_range<int>(returned))
+        return static_cast<int>(returned);
+    else
+        return std::cmp_less(returned, 0) ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
+}
+
+/**
+ * The call of a function, which returns its status, and what comes before each: `init` is null where nothing
+ * does.
+ */
+template <auto call, int (*init)()>
 struct Timed {
     /** The timed region of the loop method; returns the status of the last call. Everything is inlined. */
     [[gnu::flatten, gnu::noinline]] static int loop(int count, unsigned long long& ticks) {
-        int status = once();
+        auto status = once();
         const unsigned long long start = zor_get_cpu_counter();
         for (int i = 0; i < count; ++i)
             status = once();
         const unsigned long long stop = zor_get_cpu_counter();
         ticks = stop - start;
-        return status;
+        return statusCode(status);
     }
 
     /**
@@ -62,8 +82,9 @@ struct Timed {
             if constexpr (init != nullptr)
                 init();
             const unsigned long long start = zor_get_cpu_counter();
-            const int one = call();
+            const auto returned = call();
             const unsigned long long stop = zor_get_cpu_counter();
+            const int one = statusCode(returned);
             total += bxCpuTicker::toClocks(stop - start);
             status = one != 0 ? one : status;
             if (one < 0)
@@ -75,7 +96,7 @@ struct Timed {
     }
 
   private:
-    static int once() {
+    static auto once() {
         if constexpr (init != nullptr)
             init();
         return call();

@@ -6,7 +6,6 @@
 #include "output/bxostream.h"
 #include "output/bxtrace.h"
 #include "parameters/bxcacheiterator.h"
-#include "system/bxenvironment.h"
 #include "timing/bxtool.h"
 #include "timing/bxturns.h"
 
@@ -25,8 +24,8 @@ bxResult checkStatusOfCurrentTest(int status) {
     return test != nullptr ? test->checkStatus(status) : kvTest::checkStatus(status, "");
 }
 
-bxString statusTitle(ZorStatus status, const bxString& function) {
-    bxString title(status < 0 ? "--ZOR ERROR. " : "--ZOR WARNING. ");
+bxString statusTitle(bool error, ZorStatus status, const bxString& function) {
+    bxString title(error ? "--ZOR ERROR. " : "--ZOR WARNING. ");
     title << "status = " << status;
     if (function.length() > 0)
         title << " in " << function;
@@ -56,7 +55,8 @@ class Warnings {
     void tellRepeated() const {
         for (const Seen& seen : m_seen)
             if (seen.times > 1)
-                g_ostrm << WARN << statusTitle(seen.status, seen.function) << ": " << seen.times << " times\n"
+                g_ostrm << WARN << statusTitle(false, seen.status, seen.function) << ": " << seen.times
+                        << " times\n"
                         << endMessage;
     }
 
@@ -123,25 +123,32 @@ bxParameter* kvTest::regCacheParm(bxIterator<ZoriSize>& size, bool (*check)(bxPa
     return cacheIter;
 }
 
-bxResult kvTest::checkStatus(ZorStatus status, bxString funcName) {
-    if (status == 0 || (status > 0 && m_checkErrorsOnly))
+namespace {
+
+bxResult report(ZorStatus status, const bxString& function, kvFailure failure) {
+    const kvStatusKind kind = kvLibrary::kindOf(status, failure);
+    if (kind == kvStatusKind::good || (kind == kvStatusKind::warning && kvTest::m_checkErrorsOnly))
         return OK;
-    const bool error = status < 0;
-    if (error || s_warnings.isNew(status, funcName)) {
-        // Before the session has set up the environment there is only the harness's own text.
-        const auto statusText = zor_GetStatusString ? zor_GetStatusString : s_zorGetStatusString;
-        g_ostrm << (error ? ERR : WARN) << statusTitle(status, funcName) << ": " << statusText(status) << "\n"
+    const bool error = kind == kvStatusKind::error;
+    if (error || s_warnings.isNew(status, function))
+        g_ostrm << (error ? ERR : WARN) << statusTitle(error, status, function) << ": "
+                << kvLibrary::statusText(status, error) << "\n"
                 << endMessage;
-    }
 
     const bxResult result = error ? FUNCFAIL : FUNCWRN;
     const bool hiddenWarning = !error && static_cast<int>(g_ostrm.outLevel()) <= static_cast<int>(ERR);
-    m_currentResult = std::max(m_currentResult, hiddenWarning ? OK : result);
+    bxTest::m_currentResult = std::max(bxTest::m_currentResult, hiddenWarning ? OK : result);
     return result;
 }
 
+} // namespace
+
+bxResult kvTest::checkStatus(ZorStatus status, bxString funcName) {
+    return report(status, funcName, kvAsLibrary);
+}
+
 bxResult kvTest::checkStatus(ZorStatus status) {
-    return checkStatus(status, m_func);
+    return report(status, m_func, m_failure);
 }
 
 int kvTest::printAllMemoryBlocks(bxString title) {

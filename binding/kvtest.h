@@ -6,6 +6,7 @@
 
 #include "framework/bxtest.h"
 #include "kvfunc.h"
+#include "kvlibrary.h"
 #include "kvvector.h"
 #include "zortypes.h"
 
@@ -41,7 +42,8 @@ class kvTest : public bxTest {
     /**
      * Reports the status of a call: nothing for 0, else a message with the library's text; raises the running
      * result.
-     * \return OK, FUNCWRN (positive status) or FUNCFAIL (negative status).
+     * \return OK, FUNCWRN (a warning) or FUNCFAIL (an error): a negative status is an error and a positive
+     * one a warning, unless the program says something else of its library (`kvLibrary`).
      */
     static bxResult checkStatus(ZorStatus status, bxString funcName);
     /** The same under this test's function name. */
@@ -57,6 +59,7 @@ class kvTest : public bxTest {
   protected:
     kvFunc m_func{name};               /**< the function under test */
     const kvFuncCells m_cells{m_func}; /**< its name in tables, parsed once */
+    kvFailure m_failure = kvAsLibrary; /**< which statuses of this function are errors */
 };
 
 #endif

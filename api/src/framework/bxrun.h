@@ -16,6 +16,7 @@ struct bxRun {
     bool pressing = false; /**< run only tests that have a section in the ini file */
     bool cache = false;    /**< measure in and out of cache */
     int nameMode = 0;      /**< where lines of parameter names go, bits of bxSessionModes::NameMode */
+    bool keepGoing = false; /**< a failure ends its combination, not the test (see bxaftermath.h) */
     bool nameExit = false; /**< write the names of the parameters and measure nothing */
     bxString startFunc;    /**< tests are passed over until one whose function name contains it */
 

@@ -156,6 +156,8 @@ class bxTest {
     /** The result line of the listing. */
     bxString testResultString();
     void putTextError(bxResult r);
+    /** Writes the row of a combination that failed: its parameters and, as the comment, the result's name. */
+    void putTableFailure(bxResult r);
     /** Writes the names of the parameters, where the session asks for them. */
     void putTableName();
     void putTableNameLine();
@@ -206,6 +208,7 @@ class bxTest {
   private:
     bxTest(bxString testName, bxString path, bxString text);
 
+    friend class bxAftermath;
     friend class bxTestRun;
     friend class bxTestLoop;
 

@@ -14,6 +14,7 @@
 #include "timing/bxcallscope.h"
 #include "timing/bxcallwatch.h"
 #include "timing/bxfpwatch.h"
+#include "timing/bxsignal.h"
 #include "timing/bxturns.h"
 
 #include <algorithm>
@@ -32,7 +33,7 @@ bxTestLoop::bxTestLoop(bxTest& test) : m_test(test), m_step(g_trace.getCurName()
 void bxTestLoop::run() {
     m_test.firstIteration = true;
     g_cstrm.identicalLinesStart(bxTest::m_numParmsColm);
-    while (next()) {}
+    while (bxKeepsGoing() ? nextGuarded() : next()) {}
     if (bxInterrupted() && !bxIsFailure(bxTest::m_currentResult))
         countMissing();
     finish();
@@ -47,6 +48,7 @@ void bxTestLoop::restoreTraceStep() {
 /** Produces and measures one combination; false at the end of the loop. */
 bool bxTestLoop::next() {
     restoreTraceStep();
+    m_produced = false;
     g_placement.restart();
     bxCombination& combination = m_test.m_combination;
     combination.dataMark = bxMallocMark();
@@ -56,6 +58,7 @@ bool bxTestLoop::next() {
         return false;
     }
     m_test.firstIteration = false;
+    m_produced = true;
     // A cache iterator learns from the data of every size.
     if (bxTurns* const side = bxTurns::side(); side && !side->nextCombination() && !m_test.cacheIter)
         return true;
@@ -66,7 +69,27 @@ bool bxTestLoop::next() {
         m_dataMissing = true;
     bxTraced("flushData", [this] { return m_test.flushData(); });
     combination.dataLive = false;
-    return !bxIsFailure(bxTest::m_currentResult) && !bxInterrupted();
+    return (!bxIsFailure(bxTest::m_currentResult) || bxKeepsGoing()) && !bxInterrupted();
+}
+
+/** The same, where a fault in a combination does not end the test. */
+bool bxTestLoop::nextGuarded() {
+    try {
+        return bxGuarded([this] { return next(); });
+    } catch (const bxException& fault) {
+        if (!m_produced) // there may be no end of them
+            throw;
+        m_aftermath.report(fault);
+    }
+    bxTest::raiseResult(EXCPTFAIL);
+    m_test.cacheRetry = false;
+    try {
+        bxGuarded([this] { m_test.outputResult(EXCPTFAIL); });
+    } catch (const bxException&) { // the test's own cells need what is in ruins
+        m_aftermath.restore();
+    }
+    m_aftermath.discardData(m_test);
+    return !bxInterrupted();
 }
 
 void bxTestLoop::process() {

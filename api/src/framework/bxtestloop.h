@@ -5,6 +5,7 @@
 #define BXTESTLOOP_H
 
 #include "foundation/bxstring.h"
+#include "framework/bxaftermath.h"
 #include "timing/bxinstructions.h"
 #include "timing/bxresult.h"
 #include "timing/bxsteplog.h"
@@ -22,6 +23,7 @@ class bxTestLoop {
 
   private:
     bool next();
+    bool nextGuarded();
     void process();
     void checkRegisters();
     /** Outside what is timed; returns the function's status. */
@@ -41,7 +43,9 @@ class bxTestLoop {
     void restoreTraceStep();
 
     bxTest& m_test;
-    const bxString m_step;              /**< trace step that every combination starts from */
+    const bxString m_step; /**< trace step that every combination starts from */
+    const bxAftermath m_aftermath;
+    bool m_produced = false;            /**< the present combination has its values */
     bool m_constDue = true;             /**< the constant description has not been written */
     bxInstructionCount m_instructions;  /**< of a call of the combination */
     int m_number = 0;                   /**< of the combination, from 1 on */

@@ -3,6 +3,7 @@
  */
 #include "data/bxalloc.h"
 #include "data/bxplacement.h"
+#include "framework/bxaftermath.h"
 #include "framework/bxinterrupt.h"
 #include "framework/bxtest.h"
 #include "output/bxcstream.h"
@@ -70,8 +71,13 @@ bool bxTest::setDeprecatedFlag(bool on) {
 bool bxTest::canContinue() {
     if (parms.empty())
         return firstIteration;
-    if (cacheIter && cacheRetry)
-        return repeatWithNewSize();
+    if (cacheIter && cacheRetry) {
+        if (repeatWithNewSize())
+            return true;
+        if (!bxKeepsGoing())
+            return false;
+        putTableFailure(DATAFAIL);
+    }
     if (firstIteration) {
         for (bxParameter* parm : parms)
             if (!parm->firstValue())

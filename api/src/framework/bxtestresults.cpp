@@ -1,6 +1,7 @@
 /** \file
  * Figures of a measurement, and how they go to the listing and the tables.
  */
+#include "framework/bxaftermath.h"
 #include "framework/bxhotlist.h"
 #include "framework/bxsessionmodes.h"
 #include "framework/bxtest.h"
@@ -175,6 +176,8 @@ void bxTest::outputResult(bxResult r) {
     if (!bxIsFailure(r)) {
         putTableResult(r);
         putTableResult_Deprecated(r);
+    } else if (bxKeepsGoing()) {
+        putTableFailure(r);
     }
 }
 
@@ -241,6 +244,12 @@ void bxTest::putTableParms() {
 void bxTest::putTableResult(bxResult r) {
     putTableParms();
     bxTraced("resultToCstrm", [this, r] { resultToCstrm(r); });
+    g_cstrm.lineOut(m_numResultColm + m_numParmsColm);
+}
+
+void bxTest::putTableFailure(bxResult r) {
+    putTableParms();
+    g_cstrm << bxResultName(r);
     g_cstrm.lineOut(m_numResultColm + m_numParmsColm);
 }
 

@@ -1,6 +1,5 @@
 #include "framework/bxtestrun.h"
 
-#include "data/bxalloc.h"
 #include "framework/bxbuildstep.h"
 #include "framework/bxinterrupt.h"
 #include "framework/bxreports.h"
@@ -11,13 +10,11 @@
 #include "output/bxostream.h"
 #include "parameters/bxistream.h"
 #include "system/bxenvironment.h"
-#include "system/bxpriority.h"
 #include "timing/bxexception.h"
 #include "timing/bxsignal.h"
 #include "timing/bxturns.h"
 
-bxTestRun::bxTestRun(bxTest& test)
-    : m_test(test), m_level(g_ostrm.outLevel()), m_openMessages(g_ostrm.openMessages()) {}
+bxTestRun::bxTestRun(bxTest& test) : m_test(test) {}
 
 bxResult bxTestRun::run() {
     enter();
@@ -26,7 +23,7 @@ bxResult bxTestRun::run() {
             return UNDEFINED;
     } catch (const bxException& fault) {
         recover(fault);
-        discardData();
+        m_aftermath.discardData(m_test);
     }
     try {
         bxGuarded([this] { report(); });
@@ -122,20 +119,10 @@ void bxTestRun::writeResult() {
     g_ustrm << bxReportTestTitle(&m_test) << block;
 }
 
-/** The streams as they were before the test: a fault jumps over whatever would have ended a message. */
-void bxTestRun::restoreStreams() {
-    g_ostrm.closeMessages(m_openMessages);
-    g_ostrm.setOutLevel(m_level);
-    g_cstrm.tableFlush();
-    bxInterruptReads(false);
-    bxStopWatchdog();
-    bxResetPriority();
-}
-
 /** After a fault or an exception: everything as it was before the test, and the message. */
 void bxTestRun::recover(const bxException& fault) {
     const bxString step = g_trace.getCurName();
-    restoreStreams();
+    m_aftermath.restore();
     m_test.m_currentResult = EXCPTFAIL;
     if (!m_announced)
         announce();
@@ -145,23 +132,9 @@ void bxTestRun::recover(const bxException& fault) {
     g_cstrm.linePostponeOut(bxTest::m_numResultColm + bxTest::m_numParmsColm);
 }
 
-/**
- * Frees the data of a test that was left in the middle of a combination. What `flushData` keeps stays, as it
- * does in a sound test; when it faults on data in ruins, all blocks of the combination go.
- */
-void bxTestRun::discardData() {
-    if (!m_test.m_combination.dataLive)
-        return;
-    m_test.m_combination.dataLive = false;
-    try {
-        bxGuarded([this] { m_test.flushData(); });
-    } catch (const bxException&) {
-        restoreStreams();
-        bxFreeSince(m_test.m_combination.dataMark);
-    }
-}
-
 void bxTestRun::registerOnly() {
+    const OutputLevel level = g_ostrm.outLevel();
+    const int openMessages = g_ostrm.openMessages();
     g_ostrm.setOutLevel(outErr);
     try {
         bxGuarded([this] {
@@ -171,8 +144,8 @@ void bxTestRun::registerOnly() {
             m_test.endTest();
         });
     } catch (const bxException& fault) {
-        g_ostrm.closeMessages(m_openMessages);
+        g_ostrm.closeMessages(openMessages);
         g_ostrm << ERR << fault.msg() << " in startAndStop of " << m_test.name << " test\n" << endMessage;
     }
-    g_ostrm.setOutLevel(m_level);
+    g_ostrm.setOutLevel(level);
 }

@@ -4,7 +4,7 @@
 #ifndef BXTESTRUN_H
 #define BXTESTRUN_H
 
-#include "output/bxlevels.h"
+#include "framework/bxaftermath.h"
 #include "timing/bxresult.h"
 
 class bxException;
@@ -32,13 +32,10 @@ class bxTestRun {
     void report();
     void writeResult();
 
-    void restoreStreams();
     void recover(const bxException& fault);
-    void discardData();
 
     bxTest& m_test;
-    const OutputLevel m_level; /**< of the listing before the test */
-    const int m_openMessages;
+    const bxAftermath m_aftermath;
     bool m_announced = false; /**< the title block has been written */
 };
 

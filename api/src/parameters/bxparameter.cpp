@@ -1,5 +1,6 @@
 #include "parameters/bxparameter.h"
 
+#include "foundation/bxreading.h"
 #include "output/bxcstream.h"
 #include "output/bxiostream.h"
 #include "output/bxostream.h"
@@ -133,18 +134,34 @@ bxString bxParameter::details(const bxGiven& given, bool withText) const {
     return (withText ? m_name + " = " + given.text + ", " : bxString()) + given.origin;
 }
 
+/** Whether a text has the form of a range: two words and one that begins with an operation. */
+static bool looksLikeRange(const bxString& text) {
+    bxString first, last, step;
+    return text.parse(first, last, step, "; ") == 3 && step.length() > 1 &&
+           bxString("+-*").find(step.substr(0, 1)) >= 0 && bxReadInt(first).good && bxReadInt(last).good;
+}
+
 void bxParameter::obtain(bxIStream& in) {
     m_readPartly = false;
+    const auto noRange = [&] {
+        return !takesRanges() && looksLikeRange(in.given().text)
+                   ? bxString("; ") + m_name + " takes values and no ranges, such as 16; 64; *2"
+                   : bxString();
+    };
     try {
         translateGuarded(in);
     } catch (const bxValueError& wrong) {
         const bxString allowed = wrong.showsText() ? allowedText() : bxString();
         throw wrong.withDetails(details(in.given(), !wrong.showsText()) +
-                                (allowed.empty() ? bxString() : bxString("; allowed: ") + allowed));
+                                (allowed.empty() ? bxString() : bxString("; allowed: ") + allowed) +
+                                noRange());
     }
     if (m_readPartly)
         in.sayOnce(bxString("-- Warning: only the beginning was read of ") + details(in.given(), true) +
-                   ": " + defaultString() + "\n");
+                   ": " + defaultString() + noRange() + "\n");
+    else if (const bxString note = noRange(); !note.empty() && in.source() != bxIStream::fromDefault)
+        in.sayOnce(bxString("-- Warning: ") + details(in.given(), true) + " is measured as values" + note +
+                   "\n");
     in.keep(m_name, m_readPartly ? defaultString() : in.given().text, defaultString(), validString());
     list(in.iStream() != nullptr);
     if (in.source() == bxIStream::fromConsole)

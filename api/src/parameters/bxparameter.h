@@ -91,6 +91,8 @@ class bxParameter {
     [[noreturn]] static void refuseEmpty();
     /** For `translate`: notes when only the beginning of a text was read. */
     void noteReading(bool whole) { m_readPartly = m_readPartly || !whole; }
+    /** Whether a text like "16; 64; *2" is a range and not a list of values. */
+    virtual bool takesRanges() const { return false; }
 
   private:
     bxString tableText() const;

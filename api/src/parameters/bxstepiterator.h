@@ -41,6 +41,9 @@ class bxStepIterator : public bxIterator<T> {
 
     bool isRange() const { return m_op != stepList; }
 
+  protected:
+    bool takesRanges() const override { return true; }
+
   private:
     bool beyondLast() const;
     void advance();

@@ -1,11 +1,22 @@
 #include "parameters/bxtextform.h"
 
+#include <charconv>
+
 bxString bxTextForm<int>::toText(int value) {
     return bxString() << value;
 }
 
 bxReading<int> bxTextForm<int>::read(const bxString& text) {
     return bxReadInt(text);
+}
+
+bxString bxTextForm<double>::toText(double value) {
+    char text[32];
+    return bxString(std::string_view(text, std::to_chars(text, text + sizeof text, value).ptr));
+}
+
+bxReading<double> bxTextForm<double>::read(const bxString& text) {
+    return bxReadDouble(text);
 }
 
 bxString bxTextForm<ZoriSize>::toText(ZoriSize value) {

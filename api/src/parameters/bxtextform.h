@@ -19,6 +19,22 @@ struct bxTextForm<int> {
     static bxReading<int> read(const bxString& text);
 };
 
+/** As short as reads back to the same value, for example 0.1 or 1e-06. */
+template <>
+struct bxTextForm<double> {
+    static constexpr char allowed[] = "numbers as 1.5 or 1e-3";
+    static bxString toText(double value);
+    static bxReading<double> read(const bxString& text);
+};
+
+/** Any text; in a list without ";" and blanks at its ends. */
+template <>
+struct bxTextForm<bxString> {
+    static constexpr char allowed[] = "any text";
+    static bxString toText(const bxString& value) { return value; }
+    static bxReading<bxString> read(const bxString& text) { return {text}; }
+};
+
 /** "WIDTHxHEIGHT", for example 64x48; one number alone is a square. */
 template <>
 struct bxTextForm<ZoriSize> {

@@ -19,6 +19,7 @@
 #include "session/bxkeys.h"
 #include "session/bxprecisesetting.h"
 #include "session/bxprotection.h"
+#include "session/bxrunsettings.h"
 #include "session/bxstrict.h"
 #include "system/bxenvironment.h"
 #include "timing/bxexception.h"
@@ -194,6 +195,7 @@ void bxSession::endCommonData() {
 void bxSession::readCommonData() {
     bxReadStrict();
     bxReadProtection();
+    bxReadRunSettings();
     int asked = readTimingMethod();
     bxReadPrecise();
     bxReadInstructions();

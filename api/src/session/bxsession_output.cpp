@@ -63,7 +63,18 @@ void bxSession::outputHeader() {
     g_ustrm << title << bxReportTestResult(nullptr);
 }
 
+/** Says of a run whose tests all count as successes that it measured none of them. */
+static void tellNothingMeasured() {
+    const bool writesIni = g_istrm.iniFile() && g_istrm.updateIni();
+    if (!writesIni && !bxSessionModes::m_nameExit)
+        return;
+    g_ostrm << ERR << "-- Nothing has been measured: "
+            << (writesIni ? "-I only writes the parameters\n" : "-Q only writes the names of the parameters\n")
+            << endMessage;
+}
+
 void bxSession::outputFooter() {
+    tellNothingMeasured();
     const bxReportEnd summary(*pTestList);
     g_ostrm << summary;
     g_ustrm << summary;
