@@ -4,29 +4,25 @@
 #include "output/bxostream.h"
 #include "timing/bxexception.h"
 
-#include <cstdint>
+#include <algorithm>
 #include <cstring>
 
 namespace kv {
 
 namespace {
 
-/**
- * Whether some pointer of a call leads to the variables of the set-up that made it, which are gone: it was
- * captured by reference. The set-up ran just below the present frame.
- */
-bool capturesByReference(const unsigned char* bytes, std::size_t size) {
-    if constexpr (sizeof(void*) < 8)
-        return false; // there, the addresses of a stack are numbers like any other
-    constexpr std::uintptr_t reach = 64 * 1024;
-    const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-    for (std::size_t at = 0; at + sizeof here <= size; at += sizeof here) {
-        std::uintptr_t word;
-        std::memcpy(&word, bytes + at, sizeof word);
-        if (word < here && here - word < reach)
-            return true;
-    }
-    return false;
+/** The stack below a frame, where the variables of a set-up stood that was called from there. */
+constexpr std::uintptr_t reach = 64 * 1024;
+
+/** The words of what a set-up returned. */
+std::vector<std::uintptr_t> wordsOf(std::pair<const unsigned char*, std::size_t> bytes) {
+    std::vector<std::uintptr_t> words(bytes.second / sizeof(std::uintptr_t));
+    std::memcpy(words.data(), bytes.first, words.size() * sizeof words[0]);
+    return words;
+}
+
+bool isBelow(std::uintptr_t word, std::uintptr_t frame) {
+    return word < frame && frame - word < reach;
 }
 
 } // namespace
@@ -52,17 +48,47 @@ bool MeasuredTest::canStart() {
 }
 
 bool MeasuredTest::initData() {
-    m_data.begin();
-    if (m_size != nullptr)
-        m_data.per(m_size->value());
     try {
-        const auto [bytes, size] = setUp(m_data);
-        if (capturesByReference(bytes, size))
-            throw bxException("The call captures variables of its set-up by reference; write [=]");
+        if (!refersToSetUp())
+            return true;
+        dropCall();
     } catch (const PassedOver&) {
         return false;
     }
-    return true;
+    throw bxException("The call captures variables of its set-up by reference; write [=]");
+}
+
+/** Lets the set-up make data and call, and gives the call's words. */
+std::vector<std::uintptr_t> MeasuredTest::makeWork() {
+    m_data.begin();
+    if (m_size != nullptr)
+        m_data.per(m_size->value());
+    return wordsOf(setUp(m_data));
+}
+
+/** The same with the set-up's variables elsewhere on the stack. */
+[[gnu::noinline]] std::vector<std::uintptr_t> MeasuredTest::makeWorkElsewhere() {
+    char room[512];
+    __asm__ volatile("" : : "r"(room) : "memory");
+    dropCall();
+    return makeWork();
+}
+
+/**
+ * Makes data and call, and tells whether the call leads to variables of the set-up that made it, which are
+ * gone by now: it captured them by reference. Any number may look like an address of the stack, so where one
+ * does the set-up is called again: an address moves with its variable, a number stays.
+ */
+bool MeasuredTest::refersToSetUp() {
+    const auto frame = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    const auto leads = [frame](std::uintptr_t word) { return isBelow(word, frame); };
+    const std::vector<std::uintptr_t> words = makeWork();
+    if (std::ranges::none_of(words, leads))
+        return false;
+    const std::vector<std::uintptr_t> again = makeWorkElsewhere();
+    return !std::ranges::equal(words, again, [&](std::uintptr_t word, std::uintptr_t other) {
+        return word == other || !leads(word) || !leads(other);
+    });
 }
 
 bool MeasuredTest::flushData() {

@@ -34,7 +34,7 @@
 #include "kvmeasureparm.h"
 #include "kvregister.h"
 
-#include <limits>
+#include <cstdint>
 #include <new>
 #include <optional>
 #include <tuple>
@@ -152,6 +152,10 @@ class MeasuredTest : public kvTest {
     virtual void dropCall() = 0;
 
   private:
+    bool refersToSetUp();
+    std::vector<std::uintptr_t> makeWork();
+    std::vector<std::uintptr_t> makeWorkElsewhere();
+
     kvData m_data;
     const bxIterator<int>* m_size = nullptr; /**< the parameter that says how many elements there are */
 };

@@ -4,6 +4,7 @@
 #include "kv.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <numeric>
@@ -83,7 +84,28 @@ const kvMeasure s_throw("throws", [](kvData&) {
 });
 const kvMeasure s_reference("reference", [](kvData& data) {
     int* x = data.output(1);
-    return [&] { *x = 1; };
+    int** const here = &x; // what [&] would capture, but compilers may notice that
+    return [=] { **here = 1; };
+});
+
+// Whether results below the smallest normal number become 0 while a function runs.
+const kvMeasure s_tiny("tiny", [](kvData& data) {
+    float* x = data.fill(1, [](int) { return 1e-20f; });
+    return [=] {
+        float product = 0;
+        __asm__("movss %1, %%xmm0\n\tmulss %1, %%xmm0\n\tmovss %%xmm0, %0"
+                : "=m"(product)
+                : "m"(*x)
+                : "xmm0");
+        return product == 0;
+    };
+});
+
+// A number that looks like an address of the stack is none.
+const kvMeasure s_alike("alike", [](kvData&) {
+    const auto number = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) - 4096;
+    static const std::uintptr_t s_first = number;
+    return [first = s_first] { return first != 0; };
 });
 
 // What consumes its data is restored before each call.

@@ -2,6 +2,7 @@
 
 #include "data/bxalloc.h"
 #include "framework/bxinterrupt.h"
+#include "framework/bxrun.h"
 #include "framework/bxtest.h"
 #include "output/bxcstream.h"
 #include "output/bxostream.h"

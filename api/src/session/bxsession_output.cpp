@@ -69,7 +69,8 @@ static void tellNothingMeasured() {
     if (!writesIni && !bxSessionModes::m_nameExit)
         return;
     g_ostrm << ERR << "-- Nothing has been measured: "
-            << (writesIni ? "-I only writes the parameters\n" : "-Q only writes the names of the parameters\n")
+            << (writesIni ? "-I only writes the parameters\n"
+                          : "-Q only writes the names of the parameters\n")
             << endMessage;
 }
 
