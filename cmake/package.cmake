@@ -16,7 +16,7 @@ function(benchex_install_compressed file destination name)
   endif()
 endfunction()
 
-foreach(program benchex benchex-report benchex-compare benchex-explain)
+foreach(program benchex benchex-report benchex-compare benchex-explain benchex-new)
   if(TARGET ${program})
     benchex_install_compressed("${benchex_SOURCE_DIR}/docs/man/${program}.1" "${CMAKE_INSTALL_MANDIR}/man1" ${program}.1)
   endif()
@@ -37,8 +37,9 @@ and MFlops. A crash in a tested function costs one test and not the run.
 .
 The package has the program with a reference library of audio-coding
 functions, benchex-report (result tables as a page or JSON), benchex-compare
-(did it get slower?), benchex-explain (what does a call execute?), and headers
-and libraries for tests of other libraries.")
+(did it get slower?), benchex-explain (what does a call execute?), benchex-new
+(a test from a prototype), and headers and libraries for tests of other
+libraries.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_CURRENT_BINARY_DIR}/bin")
