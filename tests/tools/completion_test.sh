@@ -16,6 +16,7 @@ cat >benchex <<'END'
 case $1 in
 -e) printf '| CPU : x |\n   #\tFunction\tTest\tSource\n'
     printf '   1\tzorsMDCTFwd_32f\tTimMdct\ta.cpp\n  12\tzorsMDCTInv_32f\tTimMdct\ta.cpp\n  13\tzorsCopy_8u\tTimCopy\tb.cpp\n' ;;
+-B) printf '[Benchex]\nMethod=Auto\t// Auto|Manual\n\n[zorsCopy_8u]\nMax value=50; 100\nLength=64\n' >"${2#-I}" ;;
 -hT) printf 'help\n    Processor types:\n        SSE2 AVX\n        AVX2\n' ;;
 esac
 END
@@ -49,14 +50,17 @@ expect '-HONLY' _benchex ./benchex -HO
 expect '-lresults/' _benchex ./benchex -lre
 expect 'table.csv' _benchex ./benchex -r ta
 expect '-dMethod=' _benchex ./benchex -dMe
+expect '-dLength=' _benchex ./benchex -dLe
+expect '-dMax\ value=' _benchex ./benchex '-dMax\ '
+expect 'PreciseAccuracy=' _benchex ./benchex -d PreciseA
 expect '-B' _benchex ./benchex -B
 expect 'table.csv results' _benchex_report benchex-report ''
 expect '--title' _benchex_report benchex-report --ti
 expect '--threshold' _benchex_compare benchex-compare --th
 
 # The same lines for the other shells: line typed, what it offers.
-lines=('benchex -fzorsM' 'benchex -f zorsC' 'benchex -tTimM' 'benchex -TAV' 'benchex -LW' 'benchex -r ta' 'benchex-compare --th')
-offers=('-fzorsMDCTFwd_32f -fzorsMDCTInv_32f' 'zorsCopy_8u' '-tTimMdct' '-TAVX -TAVX2' '-LWARN' 'table.csv' '--threshold')
+lines=('benchex -fzorsM' 'benchex -f zorsC' 'benchex -tTimM' 'benchex -TAV' 'benchex -LW' 'benchex -r ta' 'benchex -dLe' 'benchex-compare --th')
+offers=('-fzorsMDCTFwd_32f -fzorsMDCTInv_32f' 'zorsCopy_8u' '-tTimMdct' '-TAVX -TAVX2' '-LWARN' 'table.csv' '-dLength=' '--threshold')
 export PATH=$work:$PATH
 
 fish_offers() {

@@ -10,6 +10,21 @@ _benchex_tests() {
     printf '%s\n' "$_benchex_list"
 }
 
+# Names for -d: the settings of every program, and the parameters of this one's tests, which -I writes.
+_benchex_settings() {
+    local program=$1 place
+    place=$(mktemp -d) || return
+    "$program" -B "-I$place/names.ini" >/dev/null 2>&1 </dev/null
+    {
+        printf '%s\n' Accuracy AlignVectorsBy Calls Cold FlushToZero GuardBlocks Instructions InstructionsFile \
+            InstructionsMost InstructionsRow InstructionsSteps KeepGoing Method MisalignFirstVectorOnly \
+            MutualVectorShift NumCalls NumLoops Precise PreciseAccuracy StartNumLoops StopNumLoops Strict \
+            TotalCpuClocks VectorAlign WatchdogSeconds
+        sed -n 's/^\([^[/=][^=]*\)=.*/\1/p' "$place/names.ini" 2>/dev/null
+    } | sort -u
+    rm -rf "$place"
+}
+
 # Candidates behind a key and its sign (prefix): words that begin with what is typed.
 _benchex_words() {
     local prefix=$1 typed=$2 words=$3
@@ -47,7 +62,10 @@ _benchex_argument() {
             "$("$program" -hT 2>/dev/null </dev/null | sed '1,/Processor types:/d')"
         ;;
     d)
-        _benchex_words "$prefix" "$typed" "Method= Accuracy= NumLoops= AlignVectorsBy= VectorAlign= MutualVectorShift="
+        local name
+        while IFS= read -r name; do
+            [[ $name == "${typed//\\/}"* ]] && COMPREPLY+=("$prefix$(printf %q "$name")=")
+        done < <(_benchex_settings "$program")
         compopt -o nospace 2>/dev/null
         return 0
         ;;

@@ -11,6 +11,21 @@ function __benchex_processors
     $program -hT 2>/dev/null </dev/null | sed '1,/Processor types:/d' | string split -n ' '
 end
 
+# Names for -d: the settings of every program, and the parameters of this one's tests, which -I writes.
+function __benchex_settings
+    set -l program (commandline -opc)[1]
+    set -l place (mktemp -d)
+    $program -B "-I$place/names.ini" >/dev/null 2>&1 </dev/null
+    begin
+        string split ' ' "Accuracy AlignVectorsBy Calls Cold FlushToZero GuardBlocks Instructions InstructionsFile \
+InstructionsMost InstructionsRow InstructionsSteps KeepGoing Method MisalignFirstVectorOnly \
+MutualVectorShift NumCalls NumLoops Precise PreciseAccuracy StartNumLoops StopNumLoops Strict \
+TotalCpuClocks VectorAlign WatchdogSeconds"
+        sed -n 's/^\([^[/=][^=]*\)=.*/\1/p' $place/names.ini 2>/dev/null
+    end | sort -u | string replace -r '$' =
+    rm -rf $place
+end
+
 # key, kind of its argument, words, what it is for
 function __benchex_key
     switch $argv[2]
@@ -28,7 +43,7 @@ end
 complete -c benchex -f
 __benchex_key B none 'no console input'
 __benchex_key A 'Timing Params Misalign All' 'what the console asks'
-__benchex_key d 'Method= Accuracy= NumLoops= AlignVectorsBy= VectorAlign= MutualVectorShift=' 'set a value'
+__benchex_key d '(__benchex_settings)' 'set a value'
 __benchex_key i file 'read values from an ini file'
 __benchex_key I file 'write values to an ini file and exit'
 __benchex_key P none 'read function names from the ini file'
