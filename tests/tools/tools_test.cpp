@@ -6,7 +6,6 @@
 #include "reportpage.h"
 #include "resulttable.h"
 #include "statistics.h"
-#include "texttable.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -485,39 +484,4 @@ TEST(Json, IsValidWhateverTheText) {
     json.addList("l", std::vector<double>{0.1, 2, -3e20, 9007199254740993.0}, jsonNumber);
     EXPECT_EQ(json.text(), "{\n\"t\": \"\\\"\\\\\\n\\u003c/script>\xEF\xBF\xBD\xc3\xa4\","
                            "\n\"i\": null,\n\"l\": [\n0.1,\n2,\n-3e+20,\n9.007199254740992e+15]\n}\n");
-}
-
-TEST(TextTable, FitsEveryScreenAndShowsTheWorstOfEachDomainFirst) {
-    std::ostringstream text;
-    text << head << titles;
-    for (int i = 0; i < 40; ++i)
-        text << "zorsF" << i << (i % 2 ? "_AAC" : "_MP3") << ",32s,-,64,-,-,nLps=4"
-             << (i < 30 ? " acc=7%," : ",") << i + 1 << ",e,1,-\n";
-    TableRun run = readText(text.str()).runs.at(0);
-    run.tests.push_back({"zorsBroken_SBR", "Tim", "t.cpp", "EXCPTFAIL", "benchex", 1.0, {}});
-    const Collection tables{{run}, {}, {}};
-    const ReportData data = makeReport(tables);
-    for (const std::size_t lines : {5U, 12U, 24U, 60U}) {
-        for (const std::size_t columns : {1U, 20U, 40U, 80U, 200U}) {
-            const std::string table = textTable(data, {lines, columns, false}, 2);
-            std::istringstream input(table);
-            std::size_t count = 0;
-            for (std::string line; std::getline(input, line); ++count)
-                EXPECT_LE(line.size(), columns) << line;
-            EXPECT_LE(count + 2, std::max<std::size_t>(lines, 10)) << table;
-        }
-    }
-    const std::string table = textTable(data, {24, 80, false}, 2);
-    const auto at = [&](const char* word) { return table.find(word); };
-    EXPECT_LT(at("EXCPTFAIL (1): zorsBroken_SBR"), at("ACCURWRN (30): "));
-    EXPECT_LT(at("\nSBR"), at("\nAAC (20)  zorsF39_AAC_32s"));
-    EXPECT_LT(at("\nAAC (20)  zorsF39_AAC_32s"), at("zorsF37_AAC"));
-    EXPECT_LT(at("zorsF37_AAC"), at("\nMP3 (20)  zorsF38_MP3_32s"));
-    EXPECT_THAT(table, testing::Not(HasSubstr("zorsF1_")));
-    EXPECT_THAT(textTable(data, {}, 2), HasSubstr("zorsF1_AAC_32s"));
-}
-
-TEST(Terminal, LinksNameFilesThatAnyAddressHolds) {
-    EXPECT_EQ(fileAddress("/tmp/a b/\xc3\xa4%.html", "host"), "file://host/tmp/a%20b/%C3%A4%25.html");
-    EXPECT_EQ(terminalLink("file:///x", "open"), "\x1b]8;;file:///x\x1b\\open\x1b]8;;\x1b\\");
 }

@@ -12,13 +12,13 @@ class bxTest;
 /** What the session asks of the tests, and where they stand. */
 struct bxRun {
     // Settings.
-    int hot = 0;           /**< a column "Interest", or hot functions only: bxTest::Hot */
-    bool pressing = false; /**< run only tests that have a section in the ini file */
-    bool cache = false;    /**< measure in and out of cache */
-    int nameMode = 0;      /**< where lines of parameter names go, bits of bxSessionModes::NameMode */
+    int hot = 0;            /**< a column "Interest", or hot functions only: bxTest::Hot */
+    bool pressing = false;  /**< run only tests that have a section in the ini file */
+    bool cache = false;     /**< measure in and out of cache */
+    int nameMode = 0;       /**< where lines of parameter names go, bits of bxSessionModes::NameMode */
     bool keepGoing = false; /**< a failure ends its combination, not the test (see bxaftermath.h) */
-    bool nameExit = false; /**< write the names of the parameters and measure nothing */
-    bxString startFunc;    /**< tests are passed over until one whose function name contains it */
+    bool nameExit = false;  /**< write the names of the parameters and measure nothing */
+    bxString startFunc;     /**< tests are passed over until one whose function name contains it */
 
     // The result table.
     int parameterColumns = 0; /**< function and parameter columns */
