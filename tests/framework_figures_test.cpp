@@ -2,6 +2,7 @@
  * Figures of a measurement and their texts.
  */
 #include "framework/bxcomment.h"
+#include "framework/bxlayoutspread.h"
 #include "framework/bxtestcalls.h"
 #include "frameworksupport.h"
 #include "timing/bxinstructions.h"
@@ -99,6 +100,21 @@ TEST_F(FiguresTest, ResultLine) {
 }
 
 // What companion programs read in the comment column.
+TEST_F(FiguresTest, CommentOfLayouts) {
+    const struct {
+        bxLayoutSpread spread;
+        const char* text;
+    } cases[] = {
+        {{}, ""},
+        {{1, {100}, true}, ""},
+        {{3, {100, 125, 101}, true}, "layouts=3 between=100..125 middle=101 spread=24.8%"},
+        {{4, {0.5, 0.5}, false}, "layouts=2/4 between=0.5..0.5 middle=0.5 spread=0.00% code=fixed"},
+        {{5, {100}, true}, "layouts=1/5"},
+    };
+    for (const auto& c : cases)
+        EXPECT_STREQ(c.spread.text().c_str(), c.text);
+}
+
 TEST_F(FiguresTest, CommentOfThePreciseMode) {
     bxPreciseFigure clean;
     clean.clocks = 123.456789;
@@ -138,7 +154,7 @@ TEST_F(FiguresTest, CommentOfThePreciseMode) {
         tool.actualAccuracy = 0.02;
         tool.preciseFigure = c.figure;
         tool.info = "nLps=7";
-        bxCompleteComment(tool, count, {});
+        bxCompleteComment(tool, count, {}, {});
         EXPECT_STREQ(tool.info.c_str(), c.comment);
     }
 }

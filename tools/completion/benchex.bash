@@ -17,7 +17,7 @@ _benchex_settings() {
     "$program" -B "-I$place/names.ini" >/dev/null 2>&1 </dev/null
     {
         printf '%s\n' Accuracy AlignVectorsBy Calls Cold FlushToZero GuardBlocks Instructions InstructionsFile \
-            InstructionsMost InstructionsRow InstructionsSteps KeepGoing Method MisalignFirstVectorOnly \
+            InstructionsMost InstructionsRow InstructionsSteps KeepGoing Layouts Method MisalignFirstVectorOnly \
             MutualVectorShift NumCalls NumLoops Precise PreciseAccuracy StartNumLoops StopNumLoops Strict \
             TotalCpuClocks VectorAlign WatchdogSeconds
         sed -n 's/^\([^[/=][^=]*\)=.*/\1/p' "$place/names.ini" 2>/dev/null

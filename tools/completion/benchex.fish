@@ -18,7 +18,7 @@ function __benchex_settings
     $program -B "-I$place/names.ini" >/dev/null 2>&1 </dev/null
     begin
         string split ' ' "Accuracy AlignVectorsBy Calls Cold FlushToZero GuardBlocks Instructions InstructionsFile \
-InstructionsMost InstructionsRow InstructionsSteps KeepGoing Method MisalignFirstVectorOnly \
+InstructionsMost InstructionsRow InstructionsSteps KeepGoing Layouts Method MisalignFirstVectorOnly \
 MutualVectorShift NumCalls NumLoops Precise PreciseAccuracy StartNumLoops StopNumLoops Strict \
 TotalCpuClocks VectorAlign WatchdogSeconds"
         sed -n 's/^\([^[/=][^=]*\)=.*/\1/p' $place/names.ini 2>/dev/null

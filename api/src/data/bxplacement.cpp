@@ -5,13 +5,15 @@
 namespace {
 
 constexpr int lineSize = 64;      /**< cache line, bytes */
+constexpr int pageSize = 4096;    /**< of addresses, what caches and store buffers look at first */
 constexpr int shiftLimit = 32768; /**< bytes: the mutual offsets start again before they reach this */
 
 } // namespace
 
-void bxPlacement::restart(int displacement) {
+void bxPlacement::restart(int displacement, int more) {
     blocks = shift = failures = 0;
     m_displacement = displacement;
+    m_more = more;
 }
 
 int bxPlacement::misalignment(int align) const {
@@ -21,7 +23,8 @@ int bxPlacement::misalignment(int align) const {
 }
 
 void* bxPlacement::allocate(int size, int align, void* owner) {
-    void* const block = bxMalloc(size, misalignment(align), shift + m_displacement,
+    const int displacement = m_displacement + blocks * m_more % pageSize;
+    void* const block = bxMalloc(size, misalignment(align), shift + displacement,
                                  owner ? owner : static_cast<void*>(MEM_OBJECT_IS_BUFFER));
     if (!block)
         return nullptr;

@@ -21,9 +21,10 @@ class bxPlacement {
   public:
     /**
      * Begins a combination. All its blocks stand `displacement` bytes further than in the layout that the
-     * rules alone give; a multiple of 64 leaves their misalignment as it is.
+     * rules alone give, and each by `more` bytes further than that of the block before, modulo a page;
+     * multiples of 64 leave their misalignment as it is.
      */
-    void restart(int displacement = 0);
+    void restart(int displacement = 0, int more = 0);
 
     /**
      * Allocates the next block. A negative alignment -u asks for the rules' misalignment in units of u bytes,
@@ -43,6 +44,7 @@ class bxPlacement {
     int misalignment(int align) const;
 
     int m_displacement = 0;
+    int m_more = 0;
 };
 
 /** The placement of the run. */

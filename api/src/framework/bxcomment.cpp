@@ -1,5 +1,6 @@
 #include "framework/bxcomment.h"
 
+#include "framework/bxlayoutspread.h"
 #include "framework/bxtestcalls.h"
 #include "output/bxtable.h"
 #include "timing/bxfiguretext.h"
@@ -50,9 +51,10 @@ bxString instructionText(const bxTool& tool, const bxInstructionCount& instructi
 
 } // namespace
 
-void bxCompleteComment(bxTool& tool, const bxInstructionCount& instructions, const bxCallFigures& calls) {
-    for (const bxString& text :
-         {preciseText(tool), instructionText(tool, instructions), calls.single.text(), calls.first.text()})
+void bxCompleteComment(bxTool& tool, const bxInstructionCount& instructions, const bxCallFigures& calls,
+                       const bxLayoutSpread& layouts) {
+    for (const bxString& text : {preciseText(tool), instructionText(tool, instructions), layouts.text(),
+                                 calls.single.text(), calls.first.text()})
         if (!text.empty())
             tool.info << (tool.info.empty() ? "" : " ") << text;
 }

@@ -18,6 +18,7 @@ struct bxRun {
     int nameMode = 0;       /**< where lines of parameter names go, bits of bxSessionModes::NameMode */
     bool keepGoing = false; /**< a failure ends its combination, not the test (see bxaftermath.h) */
     bool nameExit = false;  /**< write the names of the parameters and measure nothing */
+    int layouts = 1;        /**< of code, data and stack in which each combination is measured */
     bxString startFunc;     /**< tests are passed over until one whose function name contains it */
 
     // The result table.

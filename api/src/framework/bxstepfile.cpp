@@ -1,6 +1,7 @@
 #include "framework/bxstepfile.h"
 
 #include "data/bxalloc.h"
+#include "output/bxdiscard.h"
 
 #include <algorithm>
 #include <fstream>
@@ -105,7 +106,7 @@ bool bxStepFile::open(const bxString& name) {
     Output& out = output();
     if (out.file.is_open() && out.name == name.c_str())
         return true;
-    out.name = name.c_str();
+    out.name = g_discardOutput ? "/dev/null" : name.c_str();
     out.file = std::ofstream(out.name, std::ios::binary);
     return out.file.good();
 }

@@ -5,10 +5,12 @@
 #include "framework/bxbuildstep.h"
 #include "framework/bxcomment.h"
 #include "framework/bxinterrupt.h"
+#include "framework/bxlayouts.h"
 #include "framework/bxrun.h"
 #include "framework/bxstepfile.h"
 #include "framework/bxtest.h"
 #include "framework/bxtestcalls.h"
+#include "framework/bxtestlist.h"
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
 #include "timing/bxcallscope.h"
@@ -18,6 +20,8 @@
 #include "timing/bxturns.h"
 
 #include <algorithm>
+#include <alloca.h>
+#include <sched.h>
 
 namespace {
 
@@ -49,7 +53,10 @@ void bxTestLoop::restoreTraceStep() {
 bool bxTestLoop::next() {
     restoreTraceStep();
     m_produced = false;
-    g_placement.restart();
+    if (const bxLayoutFollower* const follower = bxLayoutFollower::present())
+        g_placement.restart(follower->displacement(), follower->displacement());
+    else
+        g_placement.restart();
     bxCombination& combination = m_test.m_combination;
     combination.dataMark = bxMallocMark();
     if (!bxBuildStep("canContinue", [this] { return m_test.canContinue(); })) {
@@ -155,9 +162,46 @@ void bxTestLoop::compare(bxTurns& side) {
     bxTest::raiseResult(std::max(r, OK));
 }
 
+/** The place of the test does not change during a run. */
+bxLayoutPlace bxTestLoop::place() const {
+    const auto test = std::find(pTestList->begin(), pTestList->end(), &m_test);
+    return {static_cast<int>(std::distance(pTestList->begin(), test)), m_measured};
+}
+
+/** The present combination in another layout; the figure goes to the process that leads this one. */
+void bxTestLoop::follow(bxLayoutFollower& follower) {
+    bxResult r = OK;
+    if (follower.arrive(place())) {
+        bxTest::initCtrlStatus();
+        g_callWatch.init();
+        bxStartWatchdog();
+        checkRegisters();
+        auto* const unused = static_cast<volatile char*>(alloca(follower.stackDepth()));
+        unused[0] = 0;
+        r = bxTraced("runTiming", [this] { return m_test.runTiming(); });
+        bxStopWatchdog();
+        bxResetFpState();
+        if (r != UNDEFINED && !bxIsFailure(r))
+            follower.measured(m_test.tool.funcClocks);
+    }
+    bxTest::raiseResult(std::max(r, OK));
+}
+
+bxLayoutSpread bxTestLoop::otherLayouts() const {
+    const bxTool& tool = m_test.tool;
+    if (g_run.layouts <= 1 || !(tool.funcClocks > 0) || bxInterrupted())
+        return {};
+    const int core = tool.preciseFigure.core >= 0 ? tool.preciseFigure.core : sched_getcpu();
+    return bxTraced("measureLayouts",
+                    [&] { return bxLayouts::measure(g_run.layouts, place(), tool.funcClocks, core); });
+}
+
 void bxTestLoop::time() {
+    ++m_measured;
     if (bxTurns* const side = bxTurns::side())
         return compare(*side);
+    if (bxLayoutFollower* const follower = bxLayoutFollower::present())
+        return follow(*follower);
     m_test.printAllMemoryBlocks("before function calls");
     const OutputLevel level = g_ostrm.outLevel();
     bxTest::initCtrlStatus();
@@ -170,7 +214,9 @@ void bxTestLoop::time() {
     bxResult r = bxTraced("runTiming", [this] { return m_test.runTiming(); });
     bxStopWatchdog();
     bxCallFigures calls;
+    bxLayoutSpread layouts;
     if (r != UNDEFINED && !bxIsFailure(r)) {
+        layouts = otherLayouts();
         bxStartWatchdog();
         calls = bxTimeCallsOfTest(m_test);
         r = std::max(r, calls.result);
@@ -184,7 +230,7 @@ void bxTestLoop::time() {
                             FAIL);
     else
         m_test.printAllMemoryBlocks("after function calls");
-    bxCompleteComment(m_test.tool, m_instructions, calls);
+    bxCompleteComment(m_test.tool, m_instructions, calls, layouts);
     writeSteps();
     r = std::max(r, m_test.checkCtrlStatus());
     bxTest::raiseResult(counted(r));

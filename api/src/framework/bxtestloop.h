@@ -12,8 +12,11 @@
 
 #include <memory>
 
+class bxLayoutFollower;
 class bxTest;
 class bxTurns;
+struct bxLayoutPlace;
+struct bxLayoutSpread;
 
 /** Measures a test for every combination of its parameter values, the last parameter varying fastest. */
 class bxTestLoop {
@@ -37,6 +40,9 @@ class bxTestLoop {
     bxString parameterText() const;
     void time();
     void compare(bxTurns& side);
+    void follow(bxLayoutFollower& follower);
+    bxLayoutSpread otherLayouts() const;
+    bxLayoutPlace place() const;
     void finish();
     void countMissing();
     void countAuto(bxResult r) const;
@@ -49,6 +55,7 @@ class bxTestLoop {
     bool m_constDue = true;             /**< the constant description has not been written */
     bxInstructionCount m_instructions;  /**< of a call of the combination */
     int m_number = 0;                   /**< of the combination, from 1 on */
+    int m_measured = 0;                 /**< combinations that came to be measured */
     std::unique_ptr<bxStepLog> m_steps; /**< of that call, where they are wanted */
     bool m_dataMissing = false; /**< some combination was passed over because its data could not be had */
 };

@@ -1,5 +1,6 @@
 #include "output/bxiostream.h"
 
+#include "output/bxdiscard.h"
 #include "output/bxostream.h"
 #include "output/bxpaths.h"
 
@@ -48,7 +49,8 @@ bxString getLastErrorMessage() {
 }
 
 io_stream::io_stream(const bxString& name, int mode, bool report) {
-    const bxString path = completedName(name, mode);
+    const bool discarded = g_discardOutput && (mode & ioRead) == 0;
+    const bxString path = discarded ? bxString("/dev/null") : completedName(name, mode);
     if (const std::string how = openMode(mode); !how.empty())
         m_file =
             how == "w" && mode & ioEmptyLate ? openFull(path.c_str()) : std::fopen(path.c_str(), how.c_str());

@@ -54,7 +54,13 @@ inline constexpr Text interruptedKept = "kept";     /**< behind it: they are in 
 inline constexpr Text longestInterrupted = "upto="; /**< the longest of these */
 inline constexpr Text histogram = "hist=";  /**< calls by bins of one ratio, from the least to the most */
 inline constexpr Text firstCall = "first="; /**< a call with nothing in the caches */
-inline constexpr Text layouts = "layouts="; /**< placements measured */
+
+// In "Comment": how far the figure depends on where code, data and stack lie.
+inline constexpr Text layouts = "layouts=";     /**< that gave a figure, "/" of how many where some did not */
+inline constexpr Text layoutRange = "between="; /**< least..most */
+inline constexpr Text layoutMedian = "middle=";
+inline constexpr Text layoutSpread = "spread="; /**< most minus least, percent of the median */
+inline constexpr Text codeFixed = "code=fixed"; /**< at the same addresses in all */
 
 // Labels of the head of every table; "Library" may stand several times.
 inline constexpr Text cpu = "CPU";

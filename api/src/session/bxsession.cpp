@@ -2,6 +2,7 @@
 
 #include "framework/bxhotlist.h"
 #include "framework/bxinfotests.h"
+#include "framework/bxlayouts.h"
 #include "framework/bxregister.h"
 #include "framework/bxreportformat.h"
 #include "framework/bxreports.h"
@@ -17,6 +18,7 @@
 #include "session/bxgiven.h"
 #include "session/bxinstructionsetting.h"
 #include "session/bxkeys.h"
+#include "session/bxlayoutsetting.h"
 #include "session/bxprecisesetting.h"
 #include "session/bxprotection.h"
 #include "session/bxrunsettings.h"
@@ -111,6 +113,7 @@ int bxSession::measure() {
         m_faulty = true; // not one test has been measured
     if (!pTestList->interruptedBy && bxReportUnused(*pTestList))
         m_faulty = true;
+    bxLayouts::end();
     tellShortFigures();
     return failed || pTestList->interruptedBy ? 1 : 0;
 }
@@ -200,6 +203,7 @@ void bxSession::readCommonData() {
     bxReadPrecise();
     bxReadInstructions();
     bxReadCalls();
+    bxReadLayouts(m_batchMode);
     asked += readTestParameters() + readDataOffset();
     if (asked != 0)
         g_ostrm << ERR << getEnterTitle("End of common specifications") << endMessage;

@@ -1,5 +1,6 @@
 // From the words of the command line to applied keys.
 #include "framework/bxregister.h"
+#include "output/bxdiscard.h"
 #include "output/bxostream.h"
 #include "parameters/bxistream.h"
 #include "session/bxdialogue.h"
@@ -139,6 +140,8 @@ void bxSession::refuseSharedFile() {
 }
 
 void bxSession::removeOldSignal() {
+    if (g_discardOutput)
+        return;
     std::error_code error;
     const std::filesystem::path signal = std::filesystem::canonical(m_sglName.c_str(), error);
     if (!error && std::filesystem::is_regular_file(signal, error) && !std::filesystem::remove(signal, error))

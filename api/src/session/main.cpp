@@ -1,4 +1,5 @@
 #include "data/bxalloc.h"
+#include "framework/bxlayouts.h"
 #include "framework/bxregister.h"
 #include "output/bxtrace.h"
 #include "session/bxsession.h"
@@ -26,6 +27,7 @@ int main(int argc, char** argv) {
     // A reader that has left ends neither the measurements nor the signal file.
     std::signal(SIGPIPE, SIG_IGN);
     bxTurns::start();
+    bxLayoutFollower::start();
 
     g_trace.traceIn("main");
     std::optional<bxSession> defaultSession;

@@ -15,6 +15,15 @@ unsigned bxCores::kind() {
     return largestFunction() >= hybridLeaf ? model ^ CPUID(hybridLeaf).get(CPUID::EAX) : model;
 }
 
+bool bxMoveToCore(int core) {
+    if (core < 0 || core >= CPU_SETSIZE)
+        return false;
+    cpu_set_t only;
+    CPU_ZERO(&only);
+    CPU_SET(static_cast<unsigned>(core), &only);
+    return sched_setaffinity(0, sizeof only, &only) == 0;
+}
+
 bxPinnedCore::bxPinnedCore() {
     const int core = sched_getcpu();
     if (core < 0 || core >= CPU_SETSIZE)
@@ -23,12 +32,7 @@ bxPinnedCore::bxPinnedCore() {
         m_core = core;
         return;
     }
-    if (sched_getaffinity(0, sizeof s_before, &s_before) != 0)
-        return;
-    cpu_set_t only;
-    CPU_ZERO(&only);
-    CPU_SET(static_cast<unsigned>(core), &only);
-    if (sched_setaffinity(0, sizeof only, &only) != 0)
+    if (sched_getaffinity(0, sizeof s_before, &s_before) != 0 || !bxMoveToCore(core))
         return;
     m_core = core;
     m_outermost = s_pinned = true;

@@ -28,6 +28,9 @@ class bxCores {
     std::map<std::pair<int, unsigned>, bxOwnCore> m_cores;
 };
 
+/** Moves the process to a core and keeps it there; false where the system does not allow it. */
+bool bxMoveToCore(int core);
+
 /**
  * Keeps the process on the core that it is on, for a scope. After a jump out of the scope (bxsignal.h) the
  * guard undoes it.

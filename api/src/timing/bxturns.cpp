@@ -1,6 +1,7 @@
 #include "timing/bxturns.h"
 
 #include "system/bxclock.h"
+#include "timing/bxcores.h"
 #include "timing/bxwatchdog.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
-#include <sched.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,14 +25,6 @@ std::unique_ptr<bxTurns> s_side;
 constexpr double enoughClocks = 30'000;
 /** Most calls of a stretch, for functions that take next to nothing. */
 constexpr int mostCalls = 1 << 20;
-
-/** Where the core cannot be had the sides meet on any: noisier, not wrong. */
-void pinTo(int core) {
-    cpu_set_t cores;
-    CPU_ZERO(&cores);
-    CPU_SET(static_cast<unsigned>(core), &cores);
-    sched_setaffinity(0, sizeof cores, &cores);
-}
 
 } // namespace
 
@@ -196,7 +188,7 @@ void bxTurns::waitForToken() {
 
 void bxTurns::arriveAt(int row) {
     if (m_plan->core >= 0 && !m_pinned)
-        pinTo(m_plan->core);
+        bxMoveToCore(m_plan->core);
     m_pinned = true;
     std::atomic_ref(m_plan->position[m_descriptors.side]).store(row);
 }
