@@ -1,5 +1,6 @@
 #include "kvelements.h"
 
+#include "data/bxrandomdata.h"
 #include "kvvector.h"
 
 #include <algorithm>
@@ -98,14 +99,22 @@ void fillRandom(const Elements& to, double lo, double hi, unsigned int& seed) {
     seed = generator.seed();
 }
 
+/** The default constants, or random values where the session asks for them and the type may hold samples. */
+void fillDefault(const Elements& to, unsigned int& seed) {
+    const int most = bxGetRandomData();
+    const bool isByte = kvElementSize(to.type) == kvComponents(to.type);
+    if (most > 0 && !kvIsUnsigned(to.type) && !isByte)
+        return fillRandom(to, -most, most, seed);
+    const double value = kvIsFloat(to.type) ? defaultFloat : defaultInteger;
+    fillConst(to, value, value);
+}
+
 void fill(const Elements& to, int mode, double a, double b, unsigned int& seed) {
     const double min = kvVector::getMinValue(to.type);
     const double max = kvVector::getMaxValue(to.type);
     switch (mode) {
-    case smDefault: {
-        const double value = kvIsFloat(to.type) ? defaultFloat : defaultInteger;
-        return fillConst(to, value, value);
-    }
+    case smDefault:
+        return fillDefault(to, seed);
     case smZero:
         return fillConst(to, 0, 0);
     case smOne:

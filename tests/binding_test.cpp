@@ -2,6 +2,7 @@
 #include "zorcore.h"
 
 #include "data/bxalloc.h"
+#include "data/bxrandomdata.h"
 #include "kv.h"
 #include "output/bxcstream.h"
 #include "output/bxostream.h"
@@ -167,6 +168,27 @@ TEST(Vector, FillsByMode) {
         ASSERT_TRUE(vector.createVector(c.length, c.mode, c.a, c.b));
         EXPECT_EQ(valuesOf(vector), c.expected) << "type " << c.type << " mode " << c.mode;
     }
+}
+
+TEST(Vector, HasRandomSamplesInsteadOfConstantsOnDemand) {
+    bxSetRandomData(100);
+    for (const auto& [type, most] :
+         {std::pair{kv16s, 100.0}, {kv32s, 100.0}, {kv32f, 100.0}, {kv64fc, 100.0}}) {
+        kvVector vector(type);
+        EXPECT_TRUE(vector.createVector(1000, 0));
+        const Values values = valuesOf(vector);
+        const auto [low, high] = std::minmax_element(values.begin(), values.end());
+        EXPECT_TRUE(*low >= -most && *low<-0.9 * most&& * high <= most&& * high> 0.9 * most) << type;
+    }
+    for (const kvType type : {kv8u, kv8s, kv16u, kv32u}) { // may be counts and indices
+        kvVector vector(type);
+        EXPECT_TRUE(vector.createVector(2, 0));
+        EXPECT_EQ(valuesOf(vector), (Values{2, 2})) << type;
+    }
+    bxSetRandomData(0);
+    kvVector vector(kv32s);
+    EXPECT_TRUE(vector.createVector(2, 0));
+    EXPECT_EQ(valuesOf(vector), (Values{2, 2}));
 }
 
 TEST(Vector, FillsComplexElementsInBothParts) {

@@ -18,7 +18,7 @@ _benchex_settings() {
     {
         printf '%s\n' Accuracy AlignVectorsBy Calls Cold FlushToZero GuardBlocks Instructions InstructionsFile \
             InstructionsMost InstructionsRow InstructionsSteps KeepGoing Layouts Method MisalignFirstVectorOnly \
-            MutualVectorShift NumCalls NumLoops Precise PreciseAccuracy StartNumLoops StopNumLoops Strict \
+            MutualVectorShift NumCalls NumLoops Precise PreciseAccuracy RandomData StartNumLoops StopNumLoops Strict \
             TotalCpuClocks VectorAlign WatchdogSeconds
         sed -n 's/^\([^[/=][^=]*\)=.*/\1/p' "$place/names.ini" 2>/dev/null
     } | sort -u

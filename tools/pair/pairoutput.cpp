@@ -184,9 +184,10 @@ bool isSlowerThanAllowed(const RowProgress& row, const PairRules& rules) {
 }
 
 void writeText(std::ostream& out, const PairReport& report) {
-    out << "Before: " << sideText(report.sides[0]) << "\nAfter:  " << sideText(report.sides[1]) << "\n"
-        << format("Ratios after/before; above 1 is slower, %.4g and less is the same.\n",
-                  1 + report.rules.threshold);
+    out << "Before: " << sideText(report.sides[0]) << "\nAfter:  " << sideText(report.sides[1]) << "\n";
+    if (!report.rules.outputsOnly)
+        out << format("Ratios after/before; above 1 is slower, %.4g and less is the same.\n",
+                      1 + report.rules.threshold);
     for (const std::string& note : report.notes)
         out << "Note: " << note << "\n";
     writeRows(out, report);

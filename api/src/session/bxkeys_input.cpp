@@ -93,10 +93,11 @@ const char* const d_descr =
     the instructions of a call, up to InstructionsMost (200000); Calls=<n> times n single calls and
     tells the longest; Cold=yes times calls with empty caches; Layouts=<n> measures in n places of
     code, data and stack (batch mode only); WatchdogSeconds=<n> ends a combination that takes
-    longer; GuardBlocks=yes ends test data at a protected page; KeepGoing=yes lets a failure end its
-    combination and not the test; FlushToZero=no lets functions compute with denormal numbers as
-    programs do; Strict=yes gives the exit status 2 when the run ended before its tests, no test
-    ran, a key or a name was not known, or an output could not be written.
+    longer; GuardBlocks=yes ends test data at a protected page; RandomData=<n> fills data with
+    random values up to n in place of constants; KeepGoing=yes lets a failure end its combination
+    and not the test; FlushToZero=no lets functions compute with denormal numbers as programs do;
+    Strict=yes gives the exit status 2 when the run ended before its tests, no test ran, a key or a
+    name was not known, or an output could not be written.
     Default: no value is set.
     Example: benchex -B -dMethod=Manual -dNumLoops=100
 )";

@@ -1,6 +1,7 @@
 #include "session/bxprotection.h"
 
 #include "data/bxplacement.h"
+#include "data/bxrandomdata.h"
 #include "parameters/bxmap.h"
 #include "session/bxgiven.h"
 #include "session/bxwholenumber.h"
@@ -13,4 +14,6 @@ void bxReadProtection() {
     bxReadGiven(guard, bxSetGuard);
     bxWholeNumber seconds(bxGetTimeLimit(), "WatchdogSeconds", 0);
     bxReadGiven(seconds, bxSetTimeLimit);
+    bxDefault<int> random(bxGetRandomData(), "RandomData", "");
+    bxReadGiven(random, bxSetRandomData);
 }
