@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """How good `benchex-compare --pair` is on this machine, against its goals.
 
-    bench/pair/goals.py [--quick] [--build DIRECTORY] [--write]
+    bench/pair/goals.py [--surroundings calm|load|both] [--quick] [--build DIRECTORY] [--write]
 
 Compares kernels of the library with themselves made slower by an exact share (repeat.cpp), and the whole suite with
-itself and with one function slower; once on the machine as it is and once beside a load that comes and goes on all
-cores. Prints a table; --write puts it into docs/measurement.md, between the marks "pair-goals". The full run takes
-about two hours, --quick some minutes.
+itself and with one function slower; on the machine as it is ("calm") and beside a load that comes and goes on all cores
+("load"). Prints a table; --write puts it into docs/measurement.md, between the marks "pair-goals"; the column of
+surroundings that were not measured stays as it stands there. Half an hour for each of the surroundings at most, --quick
+some minutes.
 """
 
 import argparse
@@ -151,40 +152,55 @@ def load_average():
     return " ".join(pathlib.Path("/proc/loadavg").read_text().split()[:3])
 
 
+COLUMNS = {"calm": "the machine as it is", "load": "beside a load"}
+PAGE = ROOT / "docs/measurement.md"
+MARKED = re.compile(r"(<!-- pair-goals -->\n)(.*?)(<!-- /pair-goals -->)", re.S)
+
+
+def stated(name):
+    """What the page says of these surroundings: the figure of each row, and the line below the table."""
+    lines = MARKED.search(PAGE.read_text())[2].splitlines()
+    cells = [[cell.strip() for cell in line.strip("|").split("|")] for line in lines if line.startswith("|")]
+    column = 2 + list(COLUMNS).index(name)
+    figures = {row[0]: row[column] for row in cells[2:] if len(row) > column}
+    remark = next((line for line in lines if line.startswith(COLUMNS[name].capitalize() + ":")), "")
+    return figures, remark
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--write", action="store_true")
     parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build")
-    parser.add_argument("--surroundings", choices=["calm", "load", "both"], default="both")
+    parser.add_argument("--surroundings", choices=[*COLUMNS, "both"], default="both")
     arguments = parser.parse_args()
-    start = time.time()
-    loads = [load_average()]
-    columns = {}
+    goals = {}
+    figures, remarks = {}, {}
     with tempfile.TemporaryDirectory() as work:
         bench = Bench(arguments.build, work)
         for name, surroundings in (("calm", Calm()), ("load", Load())):
-            if arguments.surroundings in (name, "both"):
-                columns[name] = []
-                for row in measure(bench, surroundings, arguments.quick):
-                    columns[name].append(row)
-                    print(f"{name}: {row[0]}: {row[2]} (goal {row[1]})", flush=True)
-                loads.append(load_average())
-    names = {"calm": "the machine as it is", "load": "beside a load"}
-    lines = ["| what | goal | " + " | ".join(names[name] for name in columns) + " |", "|---" * (2 + len(columns)) + "|"]
-    for rows in zip(*columns.values()):
-        lines.append(f"| {rows[0][0]} | {rows[0][1]} | " + " | ".join(row[2] for row in rows) + " |")
-    lines.append("")
-    lines.append(f"{time.strftime('%Y-%m-%d')}, bench/pair/goals.py{' --quick' if arguments.quick else ''}, "
-                 f"{time.time() - start:.0f} s, load averages {', '.join(loads)} on {os.cpu_count()} processors.")
-    table = "\n".join(lines)
+            if arguments.surroundings not in (name, "both"):
+                figures[name], remarks[name] = stated(name)
+                continue
+            start = time.time()
+            loads = [load_average()]
+            figures[name] = {}
+            for what, goal, figure in measure(bench, surroundings, arguments.quick):
+                goals[what] = goal
+                figures[name][what] = figure
+                print(f"{time.strftime('%H:%M:%S')} {name}: {what}: {figure} (goal {goal})", flush=True)
+            loads.append(load_average())
+            remarks[name] = (f"{COLUMNS[name].capitalize()}: {time.strftime('%Y-%m-%d %H:%M')}, "
+                             f"{'--quick, ' if arguments.quick else ''}{time.time() - start:.0f} s, load averages "
+                             f"{' and '.join(loads)} at the ends, {os.cpu_count()} processors.")
+    lines = ["| what | goal | " + " | ".join(COLUMNS.values()) + " |", "|---" * (2 + len(COLUMNS)) + "|"]
+    lines += [f"| {what} | {goal} | " + " | ".join(figures[name].get(what, "") for name in COLUMNS) + " |"
+              for what, goal in goals.items()]
+    lines += ["", *(remark + "\n" for remark in remarks.values() if remark)]
+    table = "\n".join(lines).rstrip()
     print(table)
     if arguments.write:
-        page = ROOT / "docs/measurement.md"
-        text = page.read_text()
-        marked = re.sub(r"(<!-- pair-goals -->\n).*?(<!-- /pair-goals -->)", lambda m: m[1] + table + "\n" + m[2], text,
-                        flags=re.S)
-        page.write_text(marked)
+        PAGE.write_text(MARKED.sub(lambda m: m[1] + table + "\n" + m[3], PAGE.read_text()))
 
 
 if __name__ == "__main__":
