@@ -105,6 +105,44 @@ template <int count>
     }
 }
 
+/** weight[n][k] = cos(pi/64 (2k + 1) n): input n of the 32 of type III in the first 16 outputs. Output 31 - k
+ * has the same weights, those of odd inputs with the other sign. */
+struct InverseMatrix {
+    float weight[subbands][subbands / 2];
+};
+
+alignas(32) constexpr InverseMatrix type3Of32 = [] {
+    InverseMatrix matrix{};
+    for (int n = 0; n < subbands; ++n)
+        for (int k = 0; k < subbands / 2; ++k) {
+            const int turns = (2 * k + 1) * n % (4 * subbands); // of 2 pi / 128
+            const int folded = turns > 2 * subbands ? 4 * subbands - turns : turns;
+            matrix.weight[n][k] = static_cast<float>(tableCosine(std::numbers::pi * folded / (2 * subbands)));
+        }
+    return matrix;
+}();
+
+/** The transform of type III of 32 values, X[k] = sum of x[n] cos(pi/64 (2k + 1) n). The inputs are read one
+ * by one: stored as vectors before, they need not be put together from parts again. */
+[[gnu::always_inline]] inline void inverseTransform(const float* src, float* dst) {
+    using V = Lanes<maxLanes>;
+    constexpr int lanes = lanesIn<V>, half = subbands / 2, blocks = 2;
+    for (int k = 0; k < half; k += blocks * lanes) {
+        V sum[4][blocks]{}; // even and odd inputs, in two parts each, which do not wait for each other
+        for (int n = 0; n < subbands; n += 4)
+            for (int part = 0; part < 4; ++part)
+                for (int block = 0; block < blocks; ++block)
+                    sum[part][block] +=
+                        splat<V>(src[n + part]) * load<V>(type3Of32.weight[n + part] + k + block * lanes);
+        for (int block = 0; block < blocks; ++block) {
+            const V even = sum[0][block] + sum[2][block], odd = sum[1][block] + sum[3][block];
+            const int at = k + block * lanes;
+            store<V>(dst + at, even + odd);
+            store<V>(dst + subbands - lanes - at, reversed(even - odd));
+        }
+    }
+}
+
 } // namespace
 } // namespace zor::mp3
 

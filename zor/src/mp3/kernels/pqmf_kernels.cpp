@@ -66,10 +66,16 @@ alignas(32) constexpr AnalysisWindow analysisWindow = [] {
 
 template <class V, class T>
 [[gnu::always_inline]] inline V loadRow(const T* from) {
-    if constexpr (std::is_same_v<T, float>)
+    if constexpr (std::is_same_v<T, float>) {
         return load<V>(from);
-    else
+    } else if constexpr (std::is_same_v<T, Zor16s>) {
+        typedef Zor16s Shorts __attribute__((vector_size(lanesIn<V> * sizeof(Zor16s))));
+        Shorts shorts;
+        std::memcpy(&shorts, from, sizeof shorts);
+        return __builtin_convertvector(shorts, V);
+    } else {
         return loadInts<V>(from);
+    }
 }
 
 /** The windowed sum over the 16 rows of the ring, the newest at `row`. */
@@ -184,10 +190,35 @@ void synthesisFixed(Zor32s* ring, int row, Zor16s* dst, int step) {
         dst[i * step] = static_cast<Zor16s>(pcm[i]);
 }
 
-/** Window, fold to 32 values by the symmetry of the cosines, transform. */
+/** The windowed sums of the places from `first` on. */
+template <class V, class T>
+[[gnu::always_inline]] inline V windowed(const T* history, int first) {
+    V sum{};
+    for (int j = first; j < 512; j += 64)
+        sum += loadRow<V>(history + j) * load<V>(analysisWindow.c + j);
+    return sum;
+}
+
+/** Window and fold: y[16+n] with its mirror image, y[16-n] up to n = 16, and -y[80-n] from there. Both are
+ * summed where they are wanted, so that nothing is stored to be read again in another grouping. */
 template <class T>
-[[gnu::always_inline]] inline void analyse(const T* history, float (&bands)[subbands]) {
-    float y[64], folded[subbands];
+[[gnu::always_inline]] inline void foldWindowed(const T* history, float (&folded)[subbands + 1]) {
+    using V = Lanes<maxLanes>;
+    folded[0] = 0;
+    for (int j = half; j < 512; j += 64)
+        folded[0] += static_cast<float>(history[j]) * analysisWindow.c[j];
+    for (int t = 0; t < half; t += maxLanes) {
+        store<V>(folded + 1 + t,
+                 windowed<V>(history, half + 1 + t) + reversed(windowed<V>(history, half - maxLanes - t)));
+        store<V>(folded + 1 + half + t,
+                 windowed<V>(history, subbands + 1 + t) - reversed(windowed<V>(history, 64 - maxLanes - t)));
+    }
+}
+
+/** The same by way of all windowed sums: without vector conversions of short integers that costs less. */
+template <class T>
+[[gnu::always_inline]] inline void foldSums(const T* history, float (&folded)[subbands + 1]) {
+    float y[64];
     for (int i = 0; i < 64; ++i)
         y[i] = static_cast<float>(history[i]) * analysisWindow.c[i];
     for (int j = 64; j < 512; j += 64)
@@ -198,7 +229,24 @@ template <class T>
         folded[n] = y[16 + n] + y[16 - n];
     for (int n = 17; n < subbands; ++n)
         folded[n] = y[16 + n] - y[80 - n];
-    dct3(folded, bands);
+}
+
+/** Window, fold to 32 values by the symmetry of the cosines, transform. */
+template <class T>
+[[gnu::always_inline]] inline void analyse(const T* history, float (&bands)[subbands]) {
+    constexpr bool inVectors = maxLanes >= (std::is_same_v<T, float> ? 4 : 8);
+    float folded[subbands + 1]; // the last one is of no use
+    if constexpr (inVectors)
+        foldWindowed(history, folded);
+    else
+        foldSums(history, folded);
+    if constexpr (maxLanes > 1) {
+        inverseTransform(folded, bands);
+    } else {
+        float inputs[subbands];
+        std::memcpy(inputs, folded, sizeof inputs);
+        dct3(inputs, bands);
+    }
 }
 
 void analysis(const float* history, float* dst) {
