@@ -127,6 +127,18 @@ def outputs_only(comparisons):
             output)
 
 
+def instructions(comparisons):
+    """One instruction more is found, and nothing else; nothing is timed."""
+    status, result = comparisons.json("", "PAIR_TEST=more", "--instructions")
+    require(status == 1 and result["rounds"] == 0 and len(result["rows"]) == ROWS, f"status {status}")
+    for row in result["rows"]:
+        more = row["instructionsAfter"] - row["instructionsBefore"]
+        steady = row["function"] == "zorsSteady_32f"
+        require((more, row["verdict"]) == ((1, "more") if steady else (0, "same")), f"{row}")
+    status, output, _ = comparisons.run("", "", "--instructions")
+    require(status == 0 and " 0 with more instructions, 0 wrong; " in output, output)
+
+
 def refused(comparisons):
     """What cannot be compared has status 2 and a reason."""
     with tempfile.TemporaryDirectory() as empty:
@@ -172,6 +184,7 @@ CHECKS = {
     "interrupted": interrupted,
     "bounded": bounded,
     "outputs_only": outputs_only,
+    "instructions": instructions,
     "refused": refused,
     "without_rights": without_rights,
 }

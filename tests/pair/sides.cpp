@@ -85,7 +85,10 @@ int tcall_zorsSkip_32f() {
 int tcall_zorsStuck_32f() {
     return copy(1);
 }
+/** One instruction more on demand. */
 int tcall_zorsSteady_32f() {
+    static const bool more = wants("more");
+    __asm__ volatile("test %0, %0\n\tjz 1f\n\tnop\n1:" : : "r"(static_cast<int>(more)) : "cc");
     return copy(1);
 }
 int tcall_zorsFault_32f() {

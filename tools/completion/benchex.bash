@@ -125,7 +125,7 @@ _benchex_report() {
 }
 
 _benchex_compare() {
-    _benchex_tables "--pair --seconds --limit --outputs --outputs-only --program --seed \
+    _benchex_tables "--pair --seconds --limit --outputs --outputs-only --instructions --program --seed \
         --before --after --threshold --alpha --accuracy --time --all --csv --json --partial --help --version"
 }
 

@@ -122,6 +122,12 @@ std::optional<long long> PairCount::instructions(int side) const {
     return std::stoll(text.substr(key.size()));
 }
 
+const char* PairCount::verdict() const {
+    if (!known())
+        return "cannot tell";
+    return more() > 0 ? "more" : more() < 0 ? "fewer" : sameCode() ? "same" : "other";
+}
+
 std::string PairCount::text() const {
     if (!wanted())
         return "";
@@ -138,7 +144,7 @@ std::string PairCount::text() const {
 }
 
 std::vector<PairCount> countRows(const Sides& sides, const PairRows& rows,
-                                 const std::vector<std::size_t>& wanted, const CountObserver& observer) {
+                                 const std::vector<std::size_t>& wanted, Moment until) {
     std::vector<PairCount> counts(rows.both.size());
     if (wanted.empty())
         return counts;
@@ -149,15 +155,13 @@ std::vector<PairCount> countRows(const Sides& sides, const PairRows& rows,
         counter.start();
         open.push_back(&counter);
     }
-    while (!open.empty() && !interrupted()) {
+    while (!open.empty() && !interrupted() && std::chrono::steady_clock::now() < until) {
         waitForChild(std::chrono::milliseconds(100));
         std::erase_if(open, [](Counter* counter) {
             if (!counter->goesOn())
                 counter->process->kill();
             return !counter->process->running() && !counter->finish();
         });
-        if (observer)
-            observer(0, wanted.size());
     }
     return counts;
 }

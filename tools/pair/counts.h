@@ -5,9 +5,9 @@
 #define PAIR_COUNTS_H
 
 #include "rows.h"
+#include "sideprocess.h"
 
 #include <array>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,20 +23,21 @@ struct PairCount {
     bool known() const { return instructions(0) && instructions(1); }
     /** The same instructions in the same order, constants and addresses left out. */
     bool sameCode() const { return known() && texts[0] == texts[1]; }
+    /** Instructions that the second side executes beyond the first; 0 where that is not known. */
+    long long more() const { return known() ? *instructions(1) - *instructions(0) : 0; }
+    /** "more", "fewer", "other" (as many, but not the same), "same", "cannot tell". */
+    const char* verdict() const;
     /** "120 instructions, the same code", "instructions 120 -> 121", or why that is not known; empty where it
      * was not wanted. */
     std::string text() const;
 };
 
-/** Told how many rows of a side are counted, of how many. */
-using CountObserver = std::function<void(std::size_t counted, std::size_t of)>;
-
 /**
  * Steps through a call of each row on both sides, side by side where there are cores. A side that dies on the
  * way is started again behind the row that ended it. \param wanted  indices of rows that are counted,
- * ascending \return one for each row of `rows.both`
+ * ascending \param until  what is not counted by then remains so \return one for each row of `rows.both`
  */
 std::vector<PairCount> countRows(const Sides& sides, const PairRows& rows,
-                                 const std::vector<std::size_t>& wanted, const CountObserver& observer);
+                                 const std::vector<std::size_t>& wanted, Moment until);
 
 #endif

@@ -101,6 +101,25 @@ std::vector<std::string> notesOf(const std::vector<Examination>& examined, const
     return notes;
 }
 
+/** Where times differ the instructions tell whether the code does. */
+std::vector<std::size_t> rowsToCount(const PairResult& result, const PairRules& rules) {
+    std::vector<std::size_t> wanted;
+    for (std::size_t i = 0; i < result.rows.size() && !rules.outputsOnly; ++i) {
+        const PairVerdict verdict = result.rows[i].judgement.verdict;
+        if (rules.instructions || verdict == PairVerdict::slower || verdict == PairVerdict::faster)
+            wanted.push_back(i);
+    }
+    return wanted;
+}
+
+/** Where nothing else is wanted all of the time is for it, and otherwise what is left, and a little more. */
+Moment countingEnd(const PairRules& rules, Moment start) {
+    constexpr std::chrono::seconds least{10};
+    const auto all =
+        std::chrono::duration_cast<Moment::duration>(std::chrono::duration<double>(rules.seconds));
+    return std::max(start + all, std::chrono::steady_clock::now() + least);
+}
+
 int compareSides(const Options& options) {
     const Moment start = std::chrono::steady_clock::now();
     const fs::path program = options.program.empty() ? ownProgram() : fs::path(options.program);
@@ -119,12 +138,16 @@ int compareSides(const Options& options) {
         outputs.push_back(compareOutputs(row, right, examined[0].memory, examined[1].memory));
     const PairResult result =
         runRounds(sides, rows, options.rules, start, [&](const PairResult& known) { progress->show(known); });
+    progress->show("counting instructions");
+    const std::vector<PairCount> counts =
+        countRows(sides, rows, rowsToCount(result, options.rules), countingEnd(options.rules, start));
     progress.reset(); // takes its line away
     const PairReport report{sides,
                             options.rules,
                             rows,
                             result,
                             outputs,
+                            counts,
                             notesOf(examined, rows, result),
                             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(),
                             options.allRows};
@@ -134,7 +157,10 @@ int compareSides(const Options& options) {
     });
     const bool wrong = std::any_of(outputs.begin(), outputs.end(),
                                    [](const OutputComparison& output) { return !output.right; });
-    return slower || wrong ? slowerThanAllowed : done;
+    const bool more =
+        options.rules.instructions &&
+        std::any_of(counts.begin(), counts.end(), [](const PairCount& row) { return row.more() > 0; });
+    return slower || wrong || more ? slowerThanAllowed : done;
 }
 
 void describe(CLI::App& app, Options& options) {
@@ -155,6 +181,7 @@ void describe(CLI::App& app, Options& options) {
     app.add_option("--seed", rules.seed, "of the placements (1)");
     flag("--outputs-only", rules.outputsOnly,
          "compare what the first calls make of their data, and no times");
+    flag("--instructions", rules.instructions, "count the instructions of a call, and time nothing");
     flag("--all", options.allRows, "list rows that are the same, too");
     flag("--json", options.json, "write JSON")->excludes(flag("--csv", options.csv, "write csv"));
 }
@@ -190,7 +217,8 @@ int runPair(int argc, char** argv) {
         "directory of the library, a program, keys (-T SSE2), NAME=value, or several of these in one\n"
         "word, separated by blanks; an empty word is the program as it stands.",
         "benchex-compare");
-    app.footer("Exit status: 0 nothing is slower than allowed or wrong, 1 some row is, 2 the sides cannot be "
+    app.footer("Exit status: 0 nothing is slower than allowed or wrong (--instructions: or has more of "
+               "them), 1 some row is, 2 the sides cannot be "
                "compared.");
     describe(app, options);
     return runProgram(app, static_cast<int>(words.size()), words.data(), [&] {

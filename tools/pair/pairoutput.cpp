@@ -35,6 +35,14 @@ std::string outputText(const OutputComparison& output) {
     return text;
 }
 
+/** What is said of the instructions of a row; the same code in another time is where it lies, or what of. */
+std::string countText(const PairReport& report, std::size_t i) {
+    const bool differs = report.result.rows[i].judgement.verdict == PairVerdict::slower ||
+                         report.result.rows[i].judgement.verdict == PairVerdict::faster;
+    const bool placed = differs && report.counts[i].sameCode() && report.outputs[i].equal;
+    return report.counts[i].text() + (placed ? ": placement, not code" : "");
+}
+
 /** Rows by index: wrong outputs first, then by verdict, the highest ratio first in each. */
 std::vector<std::size_t> worstFirst(const PairReport& report) {
     std::vector<std::size_t> order(report.result.rows.size());
@@ -42,7 +50,8 @@ std::vector<std::size_t> worstFirst(const PairReport& report) {
     const auto rank = [&](std::size_t i) {
         const RowProgress& row = report.result.rows[i];
         const auto* const at = std::find(verdicts.begin(), verdicts.end(), row.judgement.verdict);
-        return std::make_tuple(report.outputs[i].right, at, -row.judgement.centre.centre);
+        return std::make_tuple(report.outputs[i].right, at, -row.judgement.centre.centre,
+                               -report.counts[i].more());
     };
     std::stable_sort(order.begin(), order.end(),
                      [&](std::size_t a, std::size_t b) { return rank(a) < rank(b); });
@@ -56,16 +65,22 @@ std::string intervalText(const RowProgress& row) {
     return format("%.4f..%.4f", std::exp(centre.low), std::exp(centre.high));
 }
 
+bool isTimed(const PairReport& report) {
+    return !report.rules.outputsOnly && !report.rules.instructions;
+}
+
 /** Rows with the verdict; none has one where only outputs were looked at. */
 std::size_t count(const PairReport& report, PairVerdict verdict) {
     return static_cast<std::size_t>(
         std::count_if(report.result.rows.begin(), report.result.rows.end(), [&](const RowProgress& row) {
-            return !report.rules.outputsOnly && row.judgement.verdict == verdict;
+            return isTimed(report) && row.judgement.verdict == verdict;
         }));
 }
 
-const char* verdictText(const PairReport& report, const RowProgress& row) {
-    return report.rules.outputsOnly ? "-" : pairVerdictName(row.judgement.verdict);
+const char* verdictText(const PairReport& report, std::size_t i) {
+    if (report.rules.instructions)
+        return report.counts[i].verdict();
+    return report.rules.outputsOnly ? "-" : pairVerdictName(report.result.rows[i].judgement.verdict);
 }
 
 const char* outputsName(const OutputComparison& output) {
@@ -73,14 +88,23 @@ const char* outputsName(const OutputComparison& output) {
 }
 
 /** What there is to say of a row in words. */
-std::string remark(const RowProgress& row, const OutputComparison& output) {
-    return row.trouble + (row.trouble.empty() || output.difference.empty() ? "" : "; ") + output.difference;
+std::string remark(const PairReport& report, std::size_t i) {
+    std::string text;
+    for (const std::string& part :
+         {report.result.rows[i].trouble, report.outputs[i].difference, countText(report, i)})
+        text += (text.empty() || part.empty() ? "" : "; ") + part;
+    return text;
 }
 
 std::size_t countWrong(const PairReport& report) {
     return static_cast<std::size_t>(
         std::count_if(report.outputs.begin(), report.outputs.end(),
                       [](const OutputComparison& output) { return !output.right && !output.dataDiffer; }));
+}
+
+std::size_t countMore(const PairReport& report) {
+    return static_cast<std::size_t>(std::count_if(report.counts.begin(), report.counts.end(),
+                                                  [](const PairCount& each) { return each.more() > 0; }));
 }
 
 std::size_t countOtherData(const PairReport& report) {
@@ -91,8 +115,8 @@ std::size_t countOtherData(const PairReport& report) {
 
 bool isDull(const PairReport& report, std::size_t i) {
     const RowProgress& row = report.result.rows[i];
-    return (report.rules.outputsOnly || row.judgement.verdict == PairVerdict::same) &&
-           report.outputs[i].equal && row.trouble.empty();
+    return (!isTimed(report) || row.judgement.verdict == PairVerdict::same) && report.outputs[i].equal &&
+           row.trouble.empty() && (!report.rules.instructions || report.counts[i].sameCode());
 }
 
 void writeRows(std::ostream& out, const PairReport& report) {
@@ -107,13 +131,15 @@ void writeRows(std::ostream& out, const PairReport& report) {
         headed = true;
         const std::string ratio =
             row.rounds.empty() ? "-" : format("%.4f", std::exp(row.judgement.centre.centre));
-        out << format("%-11s %7s  %-15s %6zu  %-24s %s  %s\n", verdictText(report, row), ratio.c_str(),
+        out << format("%-11s %7s  %-15s %6zu  %-24s %s  %s\n", verdictText(report, i), ratio.c_str(),
                       intervalText(row).c_str(), row.rounds.size(), outputText(report.outputs[i]).c_str(),
                       row.row.before().function.c_str(), row.row.before().parameters.c_str());
         if (!row.trouble.empty())
             out << "            " << row.trouble << "\n";
         if (!report.outputs[i].difference.empty())
             out << "            " << report.outputs[i].difference << "\n";
+        if (report.counts[i].wanted())
+            out << "            " << countText(report, i) << "\n";
     }
 }
 
@@ -151,7 +177,7 @@ Json jsonRow(const PairReport& report, std::size_t i) {
     const Centre& centre = row.judgement.centre;
     Json json{{"function", row.row.before().function},
               {"parameters", row.row.before().parameters},
-              {"verdict", verdictText(report, row)},
+              {"verdict", verdictText(report, i)},
               {"rounds", row.rounds.size()}};
     if (!row.rounds.empty())
         json.update({{"ratio", std::exp(centre.centre)},
@@ -168,6 +194,12 @@ Json jsonRow(const PairReport& report, std::size_t i) {
         json["difference"] = output.difference;
     if (!row.trouble.empty())
         json["trouble"] = row.trouble;
+    if (report.counts[i].wanted())
+        json["instructions"] = countText(report, i);
+    if (report.counts[i].known())
+        json.update({{"instructionsBefore", *report.counts[i].instructions(0)},
+                     {"instructionsAfter", *report.counts[i].instructions(1)},
+                     {"sameCode", report.counts[i].sameCode()}});
     return json;
 }
 
@@ -199,13 +231,15 @@ void writeText(std::ostream& out, const PairReport& report) {
     }
     out << "\n" << report.result.rows.size() << " rows: ";
     for (const PairVerdict verdict : verdicts)
-        if (!report.rules.outputsOnly)
+        if (isTimed(report))
             out << count(report, verdict) << " " << pairVerdictName(verdict) << ", ";
+    if (report.rules.instructions)
+        out << countMore(report) << " with more instructions, ";
     out << countWrong(report) << " wrong";
     if (const std::size_t rows = countOtherData(report))
         out << ", " << rows << " with different data";
     out << "; ";
-    if (!report.rules.outputsOnly)
+    if (isTimed(report))
         out << report.result.rounds << " rounds, ";
     out << format("%.1f s\n", report.seconds);
 }
@@ -216,7 +250,7 @@ void writeCsv(std::ostream& out, const PairReport& report) {
         const RowProgress& row = report.result.rows[i];
         const OutputComparison& output = report.outputs[i];
         const Centre& centre = row.judgement.centre;
-        out << verdictText(report, row) << ",";
+        out << verdictText(report, i) << ",";
         if (row.rounds.empty())
             out << ",,";
         else if (!std::isfinite(centre.low))
@@ -228,7 +262,7 @@ void writeCsv(std::ostream& out, const PairReport& report) {
             << (output.equal ? "" : format("%.6g", output.ulps)) << ","
             << (output.equal || !std::isfinite(output.decibels) ? "" : format("%.2f", output.decibels)) << ","
             << csvCell(row.row.before().function) << "," << csvCell(row.row.before().parameters) << ","
-            << csvCell(remark(row, output)) << "\n";
+            << csvCell(remark(report, i)) << "\n";
     }
     for (const auto& [name, rows] : oneSided(report))
         for (const Combination* row : rows)

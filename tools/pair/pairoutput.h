@@ -4,6 +4,7 @@
 #ifndef PAIR_PAIROUTPUT_H
 #define PAIR_PAIROUTPUT_H
 
+#include "counts.h"
 #include "outputs.h"
 #include "pairrun.h"
 
@@ -18,6 +19,7 @@ struct PairReport {
     const PairRows& rows;
     const PairResult& result;
     const std::vector<OutputComparison>& outputs; /**< of the result's rows */
+    const std::vector<PairCount>& counts;         /**< of the same rows, where they were counted */
     std::vector<std::string> notes;
     double seconds = 0; /**< from start to end */
     bool allRows = false;

@@ -301,7 +301,7 @@ PairResult runRounds(const Sides& sides, const PairRows& rows, const PairRules& 
         progress.clocks.fill(std::min(row.before().clocks, row.after().clocks));
         result.rows.push_back(std::move(progress));
     }
-    if (rules.outputsOnly)
+    if (rules.outputsOnly || rules.instructions)
         return result;
     Rounds rounds(sides, rules, start, result);
     while (rounds.open()) {

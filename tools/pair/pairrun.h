@@ -16,12 +16,13 @@
 
 /** What the user asks for. */
 struct PairRules {
-    double threshold = 0.01;  /**< difference that counts as none, relative */
-    double alpha = 0.05;      /**< probability of any false alarm */
-    double seconds = 300;     /**< for all of it */
-    int timeLimit = 10;       /**< seconds for the calls of one combination */
-    unsigned seed = 1;        /**< of the placements */
-    bool outputsOnly = false; /**< no rounds */
+    double threshold = 0.01;   /**< difference that counts as none, relative */
+    double alpha = 0.05;       /**< probability of any false alarm */
+    double seconds = 300;      /**< for all of it */
+    int timeLimit = 10;        /**< seconds for the calls of one combination */
+    unsigned seed = 1;         /**< of the placements */
+    bool outputsOnly = false;  /**< no rounds */
+    bool instructions = false; /**< counted in all rows, and no rounds */
 };
 
 /** A row while rounds come in. */
