@@ -57,7 +57,7 @@ struct Options {
         app.add_option("--program", program, "the program (the benchex beside this one)")->type_name("PATH");
         flag("--no-clocks", noClocks, "do not measure, only count");
         flag("--no-limits", noLimits, "do not compare with what the machine can do");
-        flag("--measure", measure, "measure the machine although it is known, which takes some seconds");
+        flag("--measure", measure, "measure the machine although it is known, which takes a minute");
         flag("--json", json, "write JSON");
     }
 };
