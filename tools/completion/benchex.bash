@@ -120,7 +120,8 @@ _benchex_tables() {
 _benchex_report() {
     case ${COMP_WORDS[COMP_CWORD - 1]} in
     -o | --output | --chart-library) _benchex_files "" "${COMP_WORDS[COMP_CWORD]}" -f ;;
-    *) _benchex_tables "--output --json --title --chart-library --partial --help --version" ;;
+    *) _benchex_tables "--output --json --table --history --rows --alarm --title \
+        --chart-library --partial --help --version" ;;
     esac
 }
 

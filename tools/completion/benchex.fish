@@ -78,6 +78,10 @@ for program in benchex-report benchex-compare
     complete -c $program -l json -d 'write JSON'
 end
 complete -c benchex-report -s o -l output -rF -d 'file to write'
+complete -c benchex-report -l table -d 'write the last run as a table for the terminal'
+complete -c benchex-report -l history -d 'the tables are of many builds in their order'
+complete -c benchex-report -l rows -d 'each row of a history by itself'
+complete -c benchex-report -l alarm -x -d 'exit status 1 for a slower level in the last builds'
 complete -c benchex-report -l title -x -d 'title of the page'
 complete -c benchex-report -l chart-library -rF -d 'script of the chart library'
 complete -c benchex-compare -l pair -rF -d 'run two sides against each other'

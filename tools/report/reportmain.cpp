@@ -1,5 +1,6 @@
 // benchex-report: result tables as a page to look at, or as JSON.
 #include "commandline.h"
+#include "history.h"
 #include "pagesections.h"
 #include "reportjson.h"
 #include "reportpage.h"
@@ -32,6 +33,9 @@ struct Options {
     bool json = false;
     bool table = false;
     bool partial = false;
+    bool history = false;
+    bool rows = false;
+    std::size_t alarm = 0;
 
     explicit Options(CLI::App& app) {
         app.add_option("TABLE", tables, "csv files, or directories of them")->required()->type_name("");
@@ -43,6 +47,20 @@ struct Options {
                      "write the last run as a table for the terminal; with -o the page too, named last")
             ->excludes(asJson)
             ->disable_flag_override();
+        auto* asHistory =
+            app.add_flag(
+                   "--history", history,
+                   "the tables are of many builds in their order: name the steps of each function, and write "
+                   "the last build's page with all functions over the builds")
+                ->excludes("--table")
+                ->disable_flag_override();
+        app.add_flag("--rows", rows, "with --history: each row by itself, not the functions")
+            ->needs(asHistory)
+            ->disable_flag_override();
+        app.add_option("--alarm", alarm,
+                       "with --history: exit status 1 when one of so many last builds began a slower level")
+            ->needs(asHistory)
+            ->type_name("BUILDS");
         app.add_option("--title", title, "title of the page");
         app.add_option("--chart-library", chartLibrary,
                        "script of the chart library, where it is not in its package's place")
@@ -100,7 +118,31 @@ void writePage(const ReportData& data, const Options& options) {
     std::cout << path << "\n";
 }
 
+/** The history as text and as the section of the last build's page. */
+int reportHistory(const Options& options) {
+    const BuildList list = readBuilds(options.tables, options.partial);
+    const Collection tables = list.last.empty() ? Collection{} : collectTables(list.last, options.partial);
+    History history = makeHistory(list.builds, options.rows ? SeriesOf::rows : SeriesOf::functions);
+    history.notes.insert(history.notes.begin(), list.notes.begin(), list.notes.end());
+    ReportData data = makeReport(tables);
+    data.sections["history"] = historyJson(history);
+    if (options.json) {
+        write(options.output.empty() ? "report.json" : options.output, reportJson(data));
+    } else {
+        if (options.output != "-")
+            std::cout << historyText(history);
+        writePage(data, options);
+    }
+    const std::vector<HistoryStep> steps = stepsOf(history);
+    const bool alarm = std::any_of(steps.begin(), steps.end(), [&](const HistoryStep& step) {
+        return step.size > 0 && step.after + options.alarm >= history.builds.size();
+    });
+    return alarm ? 1 : done;
+}
+
 int report(const Options& options) {
+    if (options.history)
+        return reportHistory(options);
     std::vector<fs::path> given;
     std::remove_copy_if(options.tables.begin(), options.tables.end(), std::back_inserter(given), isJson);
     const Collection tables = collectTables(given, options.partial);
@@ -133,7 +175,8 @@ int report(const Options& options) {
 // NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char** argv) {
     CLI::App app(description, "benchex-report");
-    app.footer("Exit status: 0 written, 2 a table cannot be read or the file cannot be written.");
+    app.footer("Exit status: 0 written, 1 a step that --alarm asks for, 2 a table cannot be read or the file "
+               "cannot be written.");
     const Options options(app);
     return runProgram(app, argc, argv, [&] { return report(options); });
 }
