@@ -111,6 +111,12 @@ void write(std::ostream& out, const Prototype& f, int number) {
     out << "    });\n";
 }
 
+/** What a title calls a library that is linked by its name or its file. */
+std::string libraryName(const std::string& link) {
+    const std::string name = std::filesystem::path(link).stem().string();
+    return name.empty() ? "mylib" : name.starts_with("lib") ? name.substr(3) : name;
+}
+
 void writeUnit(std::ostream& out, const Options& options) {
     out << "// Tests of functions in the short form; see kvmeasure.h. Values and data are to begin with: "
            "choose yours.\n"
@@ -127,7 +133,7 @@ void writeUnit(std::ostream& out, const Options& options) {
     }
     out << "\n// Name, version, and kvPositiveFails where positive statuses are errors.\n"
            "static const kvLibrary library(\""
-        << (options.link.empty() ? "mylib" : options.link) << "\", \"\", kvNegativeFails);\n";
+        << libraryName(options.link) << "\", \"\", kvNegativeFails);\n";
     int number = 0;
     for (const Prototype& f : options.functions)
         write(out, f, ++number);
