@@ -204,10 +204,14 @@ WIDTHS(vectorMove, VMOVE, VMOVE)
 #define MIXED(reg)                                                                                           \
     THREE("vaddps", reg, "0")                                                                                \
     THREE("vfmadd231ps", reg, "1")                                                                           \
-    THREE("vaddps", reg, "2") THREE("vfmadd231ps", reg, "3") THREE("vaddps", reg, "4")                       \
-        THREE("vfmadd231ps", reg, "5") THREE("vaddps", reg, "6") THREE("vfmadd231ps", reg, "7")              \
-            THREE("vaddps", reg, "8") THREE("vfmadd231ps", reg, "9") THREE("vaddps", reg, "10")              \
-                THREE("vfmadd231ps", reg, "11")
+    THREE("vaddps", reg, "2")                                                                                \
+    THREE("vfmadd231ps", reg, "3")                                                                           \
+    THREE("vaddps", reg, "4")                                                                                \
+    THREE("vfmadd231ps", reg, "5")                                                                           \
+    THREE("vaddps", reg, "6")                                                                                \
+    THREE("vfmadd231ps", reg, "7")                                                                           \
+    THREE("vaddps", reg, "8")                                                                                \
+    THREE("vfmadd231ps", reg, "9") THREE("vaddps", reg, "10") THREE("vfmadd231ps", reg, "11")
 KERNEL_256(mixed_128, MIXED("xmm"));
 KERNEL_256(mixed_256, MIXED("ymm"));
 KERNEL_512(mixed_512, MIXED("zmm"));
