@@ -26,7 +26,8 @@ struct Level {
 
 /**
  * The standard deviation of the noise, from medians of differences between figures 1, 2 and 5 places apart
- * (the largest of them, so that slow wandering counts as noise): neither outliers nor few steps add to it.
+ * (the largest of them, so that slow wandering counts as noise; 2 from 10 figures on, 5 from 25): neither
+ * outliers nor few steps add to it.
  * \return at least 0; 0 for fewer than two figures
  */
 double noiseOf(std::span<const double> figures);
