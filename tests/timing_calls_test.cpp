@@ -5,6 +5,7 @@
 #include "timingsupport.h"
 
 #include <array>
+#include <cmath>
 #include <numeric>
 #include <random>
 
@@ -100,27 +101,45 @@ int startsAnew() {
     return 0;
 }
 
+/** Whether it holds in one of some tries: company on the core spoils some of them. */
+template <class Try>
+bool holdsOnce(Try attempt) {
+    for (int i = 0; i < 5; ++i) {
+        s_turn = 0;
+        if (attempt())
+            return true;
+    }
+    return false;
+}
+
+bool near(double value, double expected, double tolerance) {
+    return std::abs(value - expected) <= tolerance;
+}
+
 TEST_F(Engine, SingleCallsShowTheirDistribution) {
     int status = -1;
-    s_turn = 0;
-    bxCallSpread spread = bxTimeSingleCalls({everyHundredthTakesTenTimes}, 10'000, 0, status);
+    bxCallSpread spread;
+    EXPECT_TRUE(holdsOnce([&] {
+        spread = bxTimeSingleCalls({everyHundredthTakesTenTimes}, 10'000, 0, status);
+        // A call in a hundred is in the last bins, the others are in the first.
+        const auto slow = std::accumulate(spread.histogram.begin() + 8, spread.histogram.end(), 0);
+        return near(spread.least / spread.median, 1, 0.3) &&
+               near(spread.permille999 / spread.median, 10, 2) && spread.most > 8 * spread.median &&
+               (!spread.apart || near(slow, 100, 60));
+    })) << spread.text().c_str();
     EXPECT_EQ(status, 0);
     EXPECT_EQ(spread.calls, 10'000);
-    EXPECT_NEAR(spread.least / spread.median, 1, 0.3);
-    EXPECT_NEAR(spread.permille999 / spread.median, 10, 2);
-    EXPECT_GT(spread.most, 8 * spread.median);
-    if (spread.apart) { // a call in a hundred is in the last bins, the others are in the first
-        const auto slow = std::accumulate(spread.histogram.begin() + 8, spread.histogram.end(), 0);
-        EXPECT_NEAR(slow, 100, 60);
-    }
 
-    s_turn = 0;
-    spread = bxTimeSingleCalls({growsWithItsTurn}, 10'000, 0, status);
-    EXPECT_NEAR(spread.percent99 / spread.median, 1.98, 0.7); // company may slow some of them
-    EXPECT_NEAR(spread.least / spread.median, 0.02, 0.02);
-
-    spread = bxTimeSingleCalls({growsWithItsTurn, startsAnew}, 1000, 0, status);
-    EXPECT_NEAR(spread.percent99 / spread.median, 1, 0.5) << "prepared before each, it never grows";
+    EXPECT_TRUE(holdsOnce([&] {
+        spread = bxTimeSingleCalls({growsWithItsTurn}, 10'000, 0, status);
+        return near(spread.percent99 / spread.median, 1.98, 0.3) &&
+               near(spread.least / spread.median, 0.02, 0.02);
+    })) << spread.text().c_str();
+    EXPECT_TRUE(holdsOnce([&] {
+        spread = bxTimeSingleCalls({growsWithItsTurn, startsAnew}, 1000, 0, status);
+        return near(spread.percent99 / spread.median, 1, 0.5);
+    })) << "prepared before each, it never grows: "
+        << spread.text().c_str();
 }
 
 TEST_F(Engine, WhatDoesNothingCostsNextToNothingInASingleCall) {
