@@ -24,7 +24,7 @@ bxIterator<int>& s_len = *[] {
 /** Costs nothing but its price. */
 class Plain : public bxTest {
   public:
-    Plain(const char* name, const char* text) : bxTest(pricedLoop, nullptr, name, __FILE__, text) {}
+    Plain(const char* function, const char* text) : bxTest(pricedLoop, nullptr, function, __FILE__, text) {}
     bool canStart() override {
         regParm(s_len);
         return true;
