@@ -92,7 +92,6 @@ std::vector<std::string> notesOf(const std::vector<Examination>& examined, const
     if (!rows.crossed.empty())
         notes.push_back(std::to_string(rows.crossed.size()) +
                         " rows stand in another order on the two sides and are left out");
-    constexpr double mostCompany = 0.1;
     if (result.ownShare < 1 - mostCompany)
         notes.push_back("others had " + std::to_string(std::lround(100 * (1 - result.ownShare))) +
                         " % of the core's time");
@@ -127,6 +126,7 @@ int compareSides(const Options& options) {
     const Sides sides{readSide(options.sides[0], program, options.keys),
                       readSide(options.sides[1], program, options.keys)};
     catchInterrupts();
+    takePrecedence();
     std::optional<Progress> progress(std::in_place, options.rules, start);
     progress->show("looking at the rows of both sides");
     const std::vector<Examination> examined = examineSides(sides, options.rules.timeLimit);

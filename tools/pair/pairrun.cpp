@@ -57,28 +57,36 @@ struct Pipe {
     Descriptor in, out;
 };
 
-/** The last core that this process may use; it keeps to the others itself, if there are any. */
-int coreForSides() {
-    cpu_set_t cores;
-    if (sched_getaffinity(0, sizeof cores, &cores) != 0)
-        return -1;
-    int last = -1;
-    for (int core = 0; core < CPU_SETSIZE; ++core)
-        if (CPU_ISSET(static_cast<unsigned>(core), &cores))
-            last = core;
-    if (CPU_COUNT(&cores) > 1) {
-        CPU_CLR(static_cast<unsigned>(last), &cores);
-        sched_setaffinity(0, sizeof cores, &cores);
+/** The core of the next round: the last one that this process may use, until others work there as well. */
+class CoreForSides {
+  public:
+    CoreForSides() {
+        cpu_set_t cores;
+        if (sched_getaffinity(0, sizeof cores, &cores) != 0)
+            return;
+        for (int core = CPU_SETSIZE; core-- > 0;)
+            if (CPU_ISSET(static_cast<unsigned>(core), &cores))
+                m_cores.push_back(core);
     }
-    return last;
-}
+    /** -1 where the system does not say. */
+    int number() const { return m_cores.empty() ? -1 : m_cores[m_present]; }
+    /** \param share  of the core's time that the two sides had in a round */
+    void tell(double share) {
+        if (share < 1 - mostCompany && !m_cores.empty())
+            m_present = (m_present + 1) % m_cores.size();
+    }
+
+  private:
+    std::vector<int> m_cores;
+    std::size_t m_present = 0;
+};
 
 /** Rounds over the rows that are still open. */
 class Rounds {
   public:
     Rounds(const Sides& sides, const PairRules& rules, Moment start, PairResult& result)
         : m_sides(sides), m_rules(rules), m_start(start), m_result(result), m_random(rules.seed),
-          m_looks(rules.alpha, result.rows.size()), m_core(coreForSides()) {}
+          m_looks(rules.alpha, result.rows.size()) {}
 
     bool open() const {
         return !interrupted() && secondsSince(m_start) < m_rules.seconds &&
@@ -121,7 +129,7 @@ class Rounds {
         for (const RowProgress* row : m_open)
             stretches += 2 * static_cast<std::size_t>(turnsOf(*row));
         m_plan.emplace(takeTurns, m_open.size(), stretches);
-        m_plan->head().core = m_core;
+        m_plan->head().core = m_core.number();
         m_plan->head().timeLimit = m_rules.timeLimit;
         m_plan->head().heapOffset = static_cast<int>(m_random() % 4096) * 16;
         int next = 0;
@@ -198,7 +206,9 @@ class Rounds {
     }
 
     void account(const Processes& processes, double seconds) {
-        m_processorTime += processes[0]->processorTime() + processes[1]->processorTime();
+        const double own = processes[0]->processorTime() + processes[1]->processorTime();
+        m_core.tell(own / seconds);
+        m_processorTime += own;
         m_result.seconds += seconds;
         m_result.ownShare = std::min(1.0, m_processorTime / m_result.seconds);
     }
@@ -263,7 +273,7 @@ class Rounds {
     PairResult& m_result;
     std::mt19937 m_random;
     Looks m_looks;
-    int m_core;
+    CoreForSides m_core;
     std::vector<RowProgress*> m_open;
     std::optional<SidePlan> m_plan;
     Examination m_messages;

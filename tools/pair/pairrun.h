@@ -40,6 +40,9 @@ struct RowProgress {
     bool open() const { return trouble.empty() && !judgement.decided; }
 };
 
+/** Share of the core's time that others may have before it is said. */
+constexpr double mostCompany = 0.1;
+
 /** What the rounds have shown. */
 struct PairResult {
     std::vector<RowProgress> rows;

@@ -200,6 +200,10 @@ void catchInterrupts() {
     sigprocmask(SIG_BLOCK, &child, nullptr);
 }
 
+void takePrecedence() {
+    setpriority(PRIO_PROCESS, 0, PRIO_MIN);
+}
+
 void waitForChild(std::chrono::milliseconds longest) {
     sigset_t child;
     sigemptyset(&child);

@@ -60,6 +60,9 @@ bool interrupted();
 /** Handles SIGINT and SIGTERM as `interrupted` from now on; the second one ends the program. */
 void catchInterrupts();
 
+/** The highest ordinary priority, for this process and the sides, where the system grants it (to root). */
+void takePrecedence();
+
 using Moment = std::chrono::steady_clock::time_point;
 
 /**
