@@ -138,7 +138,7 @@ class MeasuredTest : public kvTest {
     double getDivisor() override;
     bxString getUnit() override;
     double getFlops() override { return m_data.operations(); }
-    bool isFloatFunction() override { return bxTest::isFloatFunction(); }
+    bool isFloatFunction() override { return bxTest::isFloatFunction(); } // NOLINT: the name tells no type
     bxString regInfo() override;
 
   protected:

@@ -23,6 +23,13 @@ template <class T>
 inline constexpr bool isComplexNumber = false;
 template <std::floating_point T>
 inline constexpr bool isComplexNumber<std::complex<T>> = true;
+template <class T>
+inline constexpr bool isPairOfNumbers = false; // as C libraries have complex numbers
+template <std::floating_point T>
+inline constexpr bool isPairOfNumbers<T[2]> = true;
+template <class T>
+inline constexpr bool isPlainNumber =
+    std::is_arithmetic_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, long double>;
 
 /** The element type of a C++ type; kvUndef for one that is neither a number nor a pair of numbers. */
 template <class T>
@@ -31,18 +38,13 @@ constexpr kvType typeOf() {
         return static_cast<kvType>((isSigned ? kvSignedBit : 0) | (isFloat ? kvFloatBit : 0) |
                                    (isPair ? kvComplexBit : 0) | static_cast<int>(8 * bytes));
     };
-    if constexpr (std::is_same_v<T, bool> || std::is_same_v<T, long double>)
-        return kvUndef;
-    else if constexpr (std::is_floating_point_v<T>)
-        return numbers(false, true, false, sizeof(T));
-    else if constexpr (std::is_integral_v<T>)
-        return numbers(std::is_signed_v<T>, false, false, sizeof(T));
+    if constexpr (isPlainNumber<T>)
+        return numbers(std::is_integral_v<T> && std::is_signed_v<T>, std::is_floating_point_v<T>, false,
+                       sizeof(T));
     else if constexpr (isComplexNumber<T>)
         return numbers(false, true, true, sizeof(typename T::value_type));
-    else if constexpr (std::is_bounded_array_v<T> && std::extent_v<T> == 2 && std::rank_v<T> == 1)
-        return std::is_floating_point_v<std::remove_extent_t<T>> // as C libraries have complex numbers
-                   ? numbers(false, true, true, sizeof(std::remove_extent_t<T>))
-                   : kvUndef;
+    else if constexpr (isPairOfNumbers<T>)
+        return numbers(false, true, true, sizeof(std::remove_extent_t<T>));
     else if constexpr (std::is_class_v<T> && requires(T pair) { pair.re, pair.im; })
         return static_cast<kvType>(typeOf<decltype(T::re)>() | kvComplexBit);
     else
@@ -55,6 +57,17 @@ struct Fill {
     double first, last;
     bool ranged; /**< first and last were given */
     bool work;   /**< the function's own memory */
+};
+
+/** A number of elements, from a whole number of any type. */
+class Length {
+  public:
+    template <std::integral T>
+    Length(T elements) : m_elements(static_cast<long long>(elements)) {}
+    operator long long() const { return m_elements; }
+
+  private:
+    long long m_elements;
 };
 
 /** A block that takes its type from the pointer that it is given to; `Numbers`: one of numbers. */
@@ -116,23 +129,23 @@ class kvData {
     kvData& operator=(const kvData&) = delete;
 
     /** Uniform noise, the same in every run: from -1 to 1, for integers over their whole range. */
-    kv::AskedBlock<true> random(long long length) { return {*this, length, {smRandom, 0, 0, false, false}}; }
+    kv::AskedBlock<true> random(kv::Length length) { return {*this, length, {smRandom, 0, 0, false, false}}; }
     /** Uniform noise between two bounds. */
-    kv::AskedBlock<true> random(long long length, double low, double high) {
+    kv::AskedBlock<true> random(kv::Length length, double low, double high) {
         return {*this, length, {smRandom, low, high, true, false}};
     }
     /** A ramp from `first` that reaches `last` at the last element. */
-    kv::AskedBlock<true> ramp(long long length, double first, double last) {
+    kv::AskedBlock<true> ramp(kv::Length length, double first, double last) {
         return {*this, length, {smSequence, first, last, true, false}};
     }
-    kv::AskedBlock<false> zero(long long length) { return {*this, length, {smZero, 0, 0, true, false}}; }
+    kv::AskedBlock<false> zero(kv::Length length) { return {*this, length, {smZero, 0, 0, true, false}}; }
     /** What the function writes; zeroes until then. */
-    kv::AskedBlock<false> output(long long length) { return zero(length); }
+    kv::AskedBlock<false> output(kv::Length length) { return zero(length); }
     /** Memory for the function's own use: a comparison of two builds does not look at it. */
-    kv::AskedBlock<false> work(long long length) { return {*this, length, {smZero, 0, 0, true, true}}; }
+    kv::AskedBlock<false> work(kv::Length length) { return {*this, length, {smZero, 0, 0, true, true}}; }
     /** Element i is `value(i)`. */
     template <class F>
-    kv::AskedValues<F> fill(long long length, F value) {
+    kv::AskedValues<F> fill(kv::Length length, F value) {
         return {*this, length, std::move(value)};
     }
 

@@ -1,11 +1,14 @@
 #!/bin/sh
 # What benchex-new writes compiles without a warning, and says what it should: ten prototypes.
-#     new_test.sh BENCHEX-NEW SOURCE-DIRECTORY COMPILER...
+#     new_test.sh SOURCE-DIRECTORY COMPILER BENCHEX-NEW...
 set -eu
-new=$1 source=$2
+source=$1 compiler=$2
 shift 2
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
+new="$place/benchex-new"
+printf '#!/bin/sh\nexec %s "$@"\n' "$*" >"$new" # with its emulator, where it needs one
+chmod +x "$new"
 cat >"$place/functions.h" <<'END'
 #include <complex>
 #include <cstddef>
@@ -49,7 +52,7 @@ set_of_all() { while IFS= read -r prototype; do set -- "$@" "$prototype"; done <
 set_of_all >"$place/measure.cpp"
 "$new" 'int alone(const float* x, int n);' >"$place/alone.cpp" # declares the function itself
 for unit in measure alone; do
-    "$@" -std=c++20 -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -fsyntax-only -I"$place" -I"$source/binding" \
+    "$compiler" -std=c++20 -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -fsyntax-only -I"$place" -I"$source/binding" \
         -I"$source/api/src" -I"$source/zor/include" "$place/$unit.cpp"
 done
 

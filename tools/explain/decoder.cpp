@@ -54,7 +54,7 @@ int CallDecoder::registerIndex(ZydisRegister reg) const {
 }
 
 int CallDecoder::dependency(ZydisRegister reg) const {
-    const int number = ZydisRegisterGetId(ZydisRegisterGetLargestEnclosing(m_mode, reg));
+    const auto number = ZydisRegisterGetId(ZydisRegisterGetLargestEnclosing(m_mode, reg));
     switch (ZydisRegisterGetClass(reg)) {
     case ZYDIS_REGCLASS_GPR8:
     case ZYDIS_REGCLASS_GPR16:

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 
 namespace fs = std::filesystem;
 
@@ -122,8 +123,7 @@ std::vector<SteppedCall> callsOfFile(const Options& options) {
                      [&](const SteppedCall& call) { return call.function == function; });
         if (own.empty())
             throw ExplainError(options.steps + ": no call of " + function);
-        for (SteppedCall& call : chosen(std::move(own), options))
-            calls.push_back(std::move(call));
+        std::ranges::move(chosen(std::move(own), options), std::back_inserter(calls));
     }
     return calls;
 }

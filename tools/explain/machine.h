@@ -15,7 +15,7 @@ struct MemoryRate {
     double bytesPerClock;
 };
 
-struct Machine {
+struct Machine {                         // NOLINT(bugprone-exception-escape): moving Json takes no memory
     std::map<std::string, double> rates; /**< of what `resourcesOf` names, in a core clock */
     Latencies latencies;
     std::vector<MemoryRate> memory; /**< by size, ascending */

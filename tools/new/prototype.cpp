@@ -104,9 +104,9 @@ Argument argumentOf(const Words& words) {
         const auto star = std::ranges::find(declared, "*");
         if (star == declared.end())
             return argument;
-        if (isName(*(star + 1))) {
-            argument.name = *(star + 1);
-            declared.erase(star + 1);
+        if (const auto name = star + 1; name != declared.end() && isName(*name)) {
+            argument.name = *name;
+            declared.erase(name);
         }
         const auto behind = std::ranges::find(declared, "*") + 1;
         argument.type = joined({declared.begin(), behind});

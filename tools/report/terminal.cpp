@@ -16,8 +16,9 @@ Screen findScreen() {
     screen.lines = known ? size.ws_row : 24;
     screen.columns = known ? size.ws_col : 80;
     const char* terminal = std::getenv("TERM");
-    screen.styled = terminal != nullptr && std::string_view(terminal) != "dumb" &&
-                    (std::getenv("NO_COLOR") == nullptr || *std::getenv("NO_COLOR") == '\0');
+    const char* plain = std::getenv("NO_COLOR");
+    screen.styled =
+        terminal != nullptr && std::string_view(terminal) != "dumb" && (plain == nullptr || *plain == '\0');
     return screen;
 }
 

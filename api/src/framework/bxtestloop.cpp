@@ -176,6 +176,7 @@ void bxTestLoop::follow(bxLayoutFollower& follower) {
         g_callWatch.init();
         bxStartWatchdog();
         checkRegisters();
+        // cppcheck-suppress allocaCalled
         auto* const unused = static_cast<volatile char*>(alloca(follower.stackDepth()));
         unused[0] = 0;
         r = bxTraced("runTiming", [this] { return m_test.runTiming(); });
