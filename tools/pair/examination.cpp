@@ -171,8 +171,10 @@ class Examiner {
         const int before = examination.lastTest;
         const bool complete = readLog(log->bytes(), examination);
         examination.logs.push_back(std::move(log));
-        if (complete || examination.lastTest == before) // it does not come to a test at all
+        if (complete || examination.lastTest == before) { // it does not come to a test at all
+            noteUnusedNames();
             return false;
+        }
         blame("the program " + process->ending());
         start(examination.lastTest + 1);
         return true;
@@ -186,6 +188,15 @@ class Examiner {
             last->trouble = what;
         else
             examination.notes.push_back(examination.lastFunction + ": " + what);
+    }
+
+    /** A -d name that nothing asked for leaves the sides as they were: its line is for the user. */
+    void noteUnusedNames() {
+        const MappedFile listing(m_listing.number());
+        std::istringstream lines(std::string(listing.bytes().begin(), listing.bytes().end()));
+        for (std::string line; std::getline(lines, line);)
+            if (line.starts_with("-- ") && line.find(" is not used: ") != std::string::npos)
+                examination.notes.push_back(line.substr(3));
     }
 
     /** The side as it stands said this much and no more. */
