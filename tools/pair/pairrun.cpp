@@ -20,7 +20,6 @@ constexpr double stretchClocks = 33'000;
 /** Stretches of each side in a round, with the one that warms up. */
 constexpr int fewestTurns = 5;
 constexpr int usualTurns = 21;
-constexpr int mostTurns = 121;
 /** Clocks that the stretches of a round should take, so that the start of its processes is not most of it. */
 constexpr double worthwhile = 30e6;
 /** Rounds in a row that may give nothing before a row is given up. */
@@ -121,7 +120,7 @@ class Rounds {
         const double each = worthwhile / static_cast<double>(m_open.size()) / 2 / stretch;
         // Calls of a millisecond make a round long by themselves.
         const double fewer = std::min(1.0 * usualTurns, usualTurns * std::sqrt(stretchClocks / stretch));
-        return std::clamp(static_cast<int>(std::max(each, fewer)), fewestTurns, mostTurns);
+        return std::max(fewestTurns, static_cast<int>(std::max(each, fewer)));
     }
 
     void makePlan() {

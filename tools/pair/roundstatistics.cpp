@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <numeric>
 
 namespace {
 
@@ -14,8 +16,9 @@ double median(std::vector<double>& values) {
     return (*middle + *std::max_element(values.begin(), middle)) / 2;
 }
 
-/** Probabilities of the sums of signed ranks 0 to n (n + 1) / 2 when each sign is a toss of a coin. */
-std::vector<double> signedRankProbabilities(std::size_t n) {
+/** Probabilities that the sum of signed ranks is at most 0, 1, ... n (n + 1) / 2 when each sign is a toss of
+ * a coin. */
+std::vector<double> signedRankTail(std::size_t n) {
     std::vector<double> p(n * (n + 1) / 2 + 1, 0);
     p[0] = 1;
     std::size_t largest = 0;
@@ -24,18 +27,53 @@ std::vector<double> signedRankProbabilities(std::size_t n) {
         for (std::size_t sum = largest + 1; sum-- > 0;)
             p[sum] = (p[sum] + (sum >= rank ? p[sum - rank] : 0)) / 2;
     }
+    std::partial_sum(p.begin(), p.end(), p.begin());
     return p;
 }
 
-/** How many of the smallest means of pairs lie outside the interval on each side: the largest number whose
- * probability is at most alpha / 2. 0 where there is none. */
-std::size_t outside(std::size_t n, double alpha) {
-    const std::vector<double> p = signedRankProbabilities(n);
-    double tail = 0;
-    std::size_t count = 0;
-    while (count < p.size() && (tail += p[count]) <= alpha / 2)
-        ++count;
-    return count;
+/** Those that are kept for later are few: numbers of rounds. */
+const std::vector<double>& tailOf(std::size_t n) {
+    static std::map<std::size_t, std::vector<double>> tails;
+    const auto known = tails.find(n);
+    return known != tails.end() ? known->second : tails.emplace(n, signedRankTail(n)).first->second;
+}
+
+/** The values that lie near enough to a middle, less the middle. */
+std::vector<double> nearTo(double middle, std::span<const double> values, double reach) {
+    std::vector<double> near, distances;
+    for (const double value : values) {
+        near.push_back(value - middle);
+        distances.push_back(std::abs(value - middle));
+    }
+    const double most = reach * median(distances);
+    std::erase_if(near, [most](double value) { return std::abs(value) > most; });
+    return near;
+}
+
+/** Twice the probability that values which lie symmetrically about the middle lie as far to one side. */
+double probabilityOf(double middle, std::span<const double> values, double reach) {
+    std::vector<double> near = nearTo(middle, values, reach);
+    std::sort(near.begin(), near.end(), [](double a, double b) { return std::abs(a) < std::abs(b); });
+    std::size_t below = 0;
+    for (std::size_t i = 0; i < near.size(); ++i)
+        below += near[i] < 0 ? i + 1 : 0;
+    const std::vector<double>& tail = tailOf(near.size());
+    return std::min(1.0, 2 * tail[std::min(below, tail.size() - 1 - below)]);
+}
+
+/** The end of what is not refused from a centre on, with steps that grow: beyond the end the test may refuse
+ * nothing again, where what was left out comes into reach. */
+double endFrom(double centre, double step, std::span<const double> values, double alpha, double reach) {
+    constexpr int halvings = 50;
+    const auto refused = [&](double middle) { return probabilityOf(middle, values, reach) <= alpha; };
+    double inner = centre, outer = centre + step;
+    for (; !refused(outer); step *= 2, outer += step)
+        inner = outer;
+    for (int i = 0; i < halvings; ++i) {
+        const double middle = inner + (outer - inner) / 2;
+        (refused(middle) ? outer : inner) = middle;
+    }
+    return inner;
 }
 
 } // namespace
@@ -56,29 +94,42 @@ std::optional<double> ratioOfRound(std::span<const double> first, std::span<cons
     return firstIsBefore ? middle : -middle;
 }
 
-Centre signedRankCentre(std::span<const double> values, double alpha) {
+Centre signedRankCentre(std::span<const double> values, double alpha, double reach) {
     constexpr double infinite = std::numeric_limits<double>::infinity();
     if (values.empty())
         return {0, -infinite, infinite};
+    std::vector<double> copy(values.begin(), values.end());
+    const double middle = median(copy);
+    const std::vector<double> near = nearTo(middle, values, reach);
     std::vector<double> means;
-    means.reserve(values.size() * (values.size() + 1) / 2);
-    for (std::size_t i = 0; i < values.size(); ++i)
-        for (std::size_t j = i; j < values.size(); ++j)
-            means.push_back((values[i] + values[j]) / 2);
-    const std::size_t left = outside(values.size(), alpha);
-    Centre result{median(means), -infinite, infinite};
-    std::sort(means.begin(), means.end());
-    if (left > 0) {
-        result.low = means[left - 1];
-        result.high = means[means.size() - left];
+    means.reserve(near.size() * (near.size() + 1) / 2);
+    for (std::size_t i = 0; i < near.size(); ++i)
+        for (std::size_t j = i; j < near.size(); ++j)
+            means.push_back((near[i] + near[j]) / 2);
+    Centre result{middle + median(means), -infinite, infinite};
+    if (tailOf(values.size()).front() * 2 <= alpha) { // all of them on one side of it
+        constexpr double smallest = 1e-12;
+        std::vector<double> distances;
+        for (const double value : near)
+            distances.push_back(std::abs(value));
+        const double step = std::max(median(distances) / 8, smallest);
+        result.low = endFrom(result.centre, -step, values, alpha, reach);
+        result.high = endFrom(result.centre, step, values, alpha, reach);
     }
     return result;
+}
+
+PairVerdict sideOfZero(std::span<const double> values, double alpha) {
+    if (values.empty() || probabilityOf(0, values, usualReach) > alpha)
+        return PairVerdict::cannotTell;
+    std::vector<double> near = nearTo(0, values, usualReach);
+    return median(near) > 0 ? PairVerdict::slower : PairVerdict::faster;
 }
 
 int Looks::next(int rounds) {
     int look = fewest;
     while (look <= rounds)
-        look += (look + 3) / 4;
+        look += look / 2;
     return look;
 }
 
@@ -100,13 +151,8 @@ Judgement judgeRounds(std::span<const double> rounds, double alpha, double thres
     if ((before == PairVerdict::slower && interval.low > 0) ||
         (before == PairVerdict::faster && interval.high < 0))
         judgement.verdict = before;
-    if (alpha > 0) {
-        const Centre sure = signedRankCentre(rounds, alpha);
-        if (sure.low > 0)
-            judgement.verdict = PairVerdict::slower;
-        else if (sure.high < 0)
-            judgement.verdict = PairVerdict::faster;
-    }
+    if (const PairVerdict sure = sideOfZero(rounds, alpha); sure != PairVerdict::cannotTell)
+        judgement.verdict = sure;
     if (interval.low >= -limit && interval.high <= limit)
         judgement.verdict = PairVerdict::same;
     const double half = (interval.high - interval.low) / 2;

@@ -26,20 +26,32 @@ struct Centre {
     double high = 0;
 };
 
+/** What is said of a row. */
+enum class PairVerdict { slower, faster, same, cannotTell };
+
+/** Two standard deviations of values that are normally distributed. */
+constexpr double usualReach = 3;
+
 /**
- * The Hodges-Lehmann centre (median of the means of all pairs, each value with itself among them) and its
- * interval by the signed rank test, exact for any number of values (Hodges and Lehmann 1963, Tukey 1949;
- * Hollander, Wolfe and Chicken 2014, 3.2 and 3.3). All that it assumes is that the values lie symmetrically
- * about the centre, which those of equal sides do whatever the machine does, since the sides change places.
- * \param alpha  probability that the interval misses the centre
+ * The Hodges-Lehmann centre (median of the means of all pairs, each value with itself among them) and the
+ * interval of those centres that the signed rank test does not refuse, exact for any number of values (Hodges
+ * and Lehmann 1963, Tukey 1949; Hollander, Wolfe and Chicken 2014, 3.1 to 3.3). All that it assumes is that
+ * the values lie symmetrically about the centre, which those of equal sides do whatever the machine does,
+ * since the sides change places. Values that lie more than `reach` times as far from the centre in question
+ * as half of them do are left out first: a round in ten is off by several per cent, and would have the
+ * largest rank. Who is left out does not depend on the signs, so the test stays exact. \param alpha
+ * probability that the interval misses the centre
  */
-Centre signedRankCentre(std::span<const double> values, double alpha);
+Centre signedRankCentre(std::span<const double> values, double alpha, double reach = usualReach);
+
+/** Slower or faster where the same test refuses a centre of 0 at this probability. */
+PairVerdict sideOfZero(std::span<const double> values, double alpha);
 
 /**
  * Looks at rounds while they come in, such that the probability of any false alarm stays below alpha over all
  * looks and all rows: look k = 1, 2, ... of a row spends alpha / rows / (k (k + 1)), which sums up to
  * alpha / rows (alpha spending after Lan and DeMets 1983; the bound of Bonferroni over looks and rows holds
- * whatever depends on what). The looks are fixed beforehand: at numbers of rounds that grow by a quarter,
+ * whatever depends on what). The looks are fixed beforehand: at numbers of rounds that grow by a half,
  * from the first at which so small a probability can be reached at all.
  */
 class Looks {
@@ -61,9 +73,6 @@ class Looks {
     double m_alpha;
 };
 
-/** What is said of a row. */
-enum class PairVerdict { slower, faster, same, cannotTell };
-
 /** What the rounds of a row say. Logarithms of after/before. */
 struct Judgement {
     PairVerdict verdict = PairVerdict::cannotTell;
@@ -74,8 +83,8 @@ struct Judgement {
 /**
  * Judges a row at one of its looks:
  * - same: the 95 % interval lies within the threshold;
- * - slower, faster: the interval that misses with the probability `alpha` lies beyond 1, at this look or an
- * earlier one that the 95 % interval does not contradict since;
+ * - slower, faster: the test refuses equality at the probability `alpha`, at this look or an earlier one that
+ * the 95 % interval does not contradict since;
  * - cannot tell: neither.
  * A row is decided when it has a verdict and its interval is narrow enough to be of use: half of it below the
  * threshold, or below a tenth of the difference.
