@@ -126,7 +126,6 @@ int compareSides(const Options& options) {
     const Sides sides{readSide(options.sides[0], program, options.keys),
                       readSide(options.sides[1], program, options.keys)};
     catchInterrupts();
-    takePrecedence();
     std::optional<Progress> progress(std::in_place, options.rules, start);
     progress->show("looking at the rows of both sides");
     const std::vector<Examination> examined = examineSides(sides, options.rules.timeLimit);

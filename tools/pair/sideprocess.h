@@ -28,8 +28,8 @@ struct SideChannels {
 class SideProcess {
   public:
     /**
-     * Starts a side in a process group of its own, with a stack that begins where that of the other side
-     * does. \throws PairError  where no process can be had
+     * Starts a side in a session of its own, with precedence where that is granted, and a stack that begins
+     * where that of the other side does. \throws PairError  where no process can be had
      */
     SideProcess(const Sides& sides, int side, const SideChannels& channels, const Placement& placement);
     ~SideProcess() { kill(); }
@@ -59,9 +59,6 @@ bool canFixAddresses();
 bool interrupted();
 /** Handles SIGINT and SIGTERM as `interrupted` from now on; the second one ends the program. */
 void catchInterrupts();
-
-/** The highest ordinary priority, for this process and the sides, where the system grants it (to root). */
-void takePrecedence();
 
 using Moment = std::chrono::steady_clock::time_point;
 
