@@ -273,7 +273,8 @@ bool Stepping::step(const gregset_t& registers, Address at) {
     return true;
 }
 
-void onTrap(int, siginfo_t*, void* context) {
+/** Not every emulator starts a handler of 32 bits with a stack that vector instructions can work on. */
+[[gnu::force_align_arg_pointer]] void onTrap(int, siginfo_t*, void* context) {
     gregset_t& registers = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;
     if (s_stepping.active && s_stepping.trap(registers))
         return;
