@@ -112,8 +112,11 @@ ZorAacChannel channel(FuzzedDataProvider& input) {
 /** Per band: eight groups of at most 51 bands. What maxSfb and groups ask for beyond is refused. */
 constexpr std::size_t mostBands = 8 * 51;
 
-void noiseless(FuzzedDataProvider& input, bool everyProfile) {
+enum class Noiseless { lowComplexity, everyProfile, behindGain };
+
+void noiseless(FuzzedDataProvider& input, Noiseless form) {
     ZorAacChannel ics = channel(input);
+    ics.globalGain = field(input, 0, 255);
     const int profile = field(input, 0, 3), scale = field(input, 0, 1);
     const long long asked = static_cast<long long>(ics.numWinGrp) * ics.maxSfb;
     const std::size_t bands =
@@ -124,12 +127,14 @@ void noiseless(FuzzedDataProvider& input, bool everyProfile) {
     const auto coefficients = buffer<Zor8s>(60);
     Stream stream(input, offset(input));
     const bool good = stream.parse([&] {
-        return everyProfile
-                   ? zorsNoiselessDecode_AAC(stream.at(), stream.offset(), stream.end(), &ics, factors.get(),
-                                             spectrum.get(), books.get(), coefficients.get(), profile, scale)
-                   : zorsNoiselessDecoder_LC_AAC(stream.at(), stream.offset(), stream.end(), &ics,
-                                                 factors.get(), spectrum.get(), books.get(),
-                                                 coefficients.get());
+        if (form == Noiseless::lowComplexity)
+            return zorsNoiselessDecoder_LC_AAC(stream.at(), stream.offset(), stream.end(), &ics,
+                                               factors.get(), spectrum.get(), books.get(),
+                                               coefficients.get());
+        return (form == Noiseless::everyProfile ? zorsNoiselessDecode_AAC
+                                                : zorsNoiselessDecodeBehindGain_AAC)(
+            stream.at(), stream.offset(), stream.end(), &ics, factors.get(), spectrum.get(), books.get(),
+            coefficients.get(), profile, scale);
     });
     if (!good)
         return;
@@ -139,6 +144,36 @@ void noiseless(FuzzedDataProvider& input, bool everyProfile) {
         if (books[band] > 0 && books[band] < zorAacNoiseBook)
             require(factors[band] >= 0 && factors[band] <= 255, "a scale factor is in range");
     }
+}
+
+void adtsHeader(FuzzedDataProvider& input) {
+    ZorAacFrameHeader read{};
+    Stream stream(input, 0);
+    if (stream.parse([&] { return zorsUnpackFrameHeader_AAC(stream.at(), stream.end(), &read); }))
+        require(read.samplingRate >= 8000 && read.samplingRate <= 96000 && read.blocks >= 1 &&
+                    read.blocks <= 4 && read.frameLength >= read.headerSize && read.frameLength <= 8191 &&
+                    read.bitRate > 0,
+                "the frame is one of ADTS");
+}
+
+void windowInformation(FuzzedDataProvider& input) {
+    ZorAacIcsInfo info{};
+    const int profile = field(input, 0, 3), rate = field(input, 0, 11), common = field(input, 0, 1);
+    Stream stream(input, offset(input));
+    if (!stream.parse([&] {
+            return zorsUnpackIcsInfo_AAC(stream.at(), stream.offset(), stream.end(), &info, profile, rate,
+                                         common);
+        }))
+        return;
+    const Zor16u* bandOffset = nullptr;
+    int bands = 0, windows = 0;
+    require(zorsGetSfbTable_AAC(rate, info.winLen, &bandOffset, &bands) == zorStsNoErr &&
+                info.maxSfb <= bands,
+            "the bands are there");
+    for (int group = 0; group < info.numWinGrp; ++group)
+        windows += info.winGrpLen[group];
+    require(windows * info.winLen == 1024 && info.predictorReset <= 30 && info.ltp[1].coefIndex <= 7,
+            "the windows make up a frame");
 }
 
 ZorMP3FrameHeader frameHeader(FuzzedDataProvider& input) {
@@ -307,8 +342,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const std::function<void(FuzzedDataProvider&)> parsers[] = {
         dataStreamElement,
         fillElement,
-        [](FuzzedDataProvider& input) { noiseless(input, false); },
-        [](FuzzedDataProvider& input) { noiseless(input, true); },
+        [](FuzzedDataProvider& input) { noiseless(input, Noiseless::lowComplexity); },
+        [](FuzzedDataProvider& input) { noiseless(input, Noiseless::everyProfile); },
         [](FuzzedDataProvider& input) { huffman(input, Bands::ofTheStandard); },
         [](FuzzedDataProvider& input) { huffman(input, Bands::ofTheCaller); },
         [](FuzzedDataProvider& input) { huffman(input, Bands::mixedOfTheCaller); },
@@ -317,6 +352,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         scaleFactors,
         [](FuzzedDataProvider& input) { escapeBlock(input, false); },
         [](FuzzedDataProvider& input) { escapeBlock(input, true); },
+        [](FuzzedDataProvider& input) { noiseless(input, Noiseless::behindGain); },
+        adtsHeader,
+        windowInformation,
     };
     if (size == 0)
         return 0;

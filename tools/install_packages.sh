@@ -13,8 +13,9 @@ declare -A needs=(
     [test]="g++ cmake ninja-build $companions libgtest-dev libgmock-dev python3 parallel"
     [check]="clang clang-format clang-tidy cppcheck valgrind g++-multilib qemu-user googletest libclang-rt-14-dev
         chromium chromium-driver libjs-chart.js python3-jsonschema zsh fish lintian debootstrap
-        python3-pandas python3-matplotlib lame mpg123"
-    [bench]="g++ cmake ninja-build python3 libbenchmark-dev libfftw3-dev libliquid-dev python3-matplotlib"
+        python3-pandas python3-matplotlib lame mpg123 ffmpeg"
+    [bench]="g++ cmake ninja-build python3 libbenchmark-dev libfftw3-dev libliquid-dev python3-matplotlib
+        lame mpg123 ffmpeg libavcodec-dev"
     [coverage]="g++ cmake ninja-build $companions libgtest-dev libgmock-dev python3 gcovr"
 )
 job=${1:-build}

@@ -1,27 +1,36 @@
 #!/usr/bin/env python3
-"""The example decoder's time beside libmpg123's, as a ratio, in one run.
+"""The example decoders' times beside those of libmpg123 and libavcodec, as ratios, in one run.
 
-    bench/library/decoders.py BUILD-DIRECTORY [--rounds N] [STREAM.mp3...]
+    bench/library/decoders.py BUILD-DIRECTORY [--rounds N] [--write] [STREAM...]
 
 Each round decodes a stream with both programs, one right after the other, so that what disturbs one disturbs its
-neighbour; both decode to 16-bit WAV files on /dev/null. What is compared is the processor time in user mode of a whole
-process, its start included, the median of the rounds' ratios with the quartiles. Without streams a sound of ten seconds
-is encoded with lame at 128 and 320 kbit/s, and each stream taken twelve times over. Needs mpg123, and lame.
+neighbour. MP3: mp3dec and mpg123, to 16-bit WAV files on /dev/null. AAC: aacdec and avdecode (libavcodec), which throw the
+samples away. What is compared is the processor time in user mode of a whole process, its start included: the median of the
+rounds' ratios with the quartiles. Without streams a sound of ten seconds is encoded with lame and ffmpeg, and each stream
+taken twelve times over; --write puts that table into docs/library.md, between the marks "decoders". Needs mpg123, lame and
+ffmpeg, and of the build the examples and the benches.
 """
 import argparse
 import os
 import pathlib
+import re
 import shutil
 import statistics
 import subprocess
 import sys
 import tempfile
+import time
 
-HERE = pathlib.Path(__file__).resolve().parent
-sys.path.insert(0, str(HERE.parents[1] / "tests" / "decode"))
-import mp3dec_test as streams  # noqa: E402
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "tests" / "decode"))
+from aacdec_test import AAC  # noqa: E402
+from mp3dec_test import MP3  # noqa: E402
 
-RATES = {"128 kbit/s": "-b 128 -m j", "320 kbit/s": "-b 320 -m s"}
+STREAMS = [(MP3(), "44100 stereo 10", "-b 128 -m j"), (MP3(), "44100 stereo 10", "-b 320 -m s"),
+           (AAC(), "44100 stereo 10", "-b:a 128k"), (AAC(), "44100 stereo 10", "-b:a 128k -aac_pns 0"),
+           (AAC(), "48000 stereo 10", "-b:a 320k -aac_pns 0"),
+           (AAC(), "44100 stereo 10", "-profile:a aac_main -b:a 128k -aac_pns 0"),
+           (AAC(), "44100 stereo 10", "-b:a 128k -aac_pns 0 +ltp")]
 
 
 def seconds(command):
@@ -34,34 +43,48 @@ def seconds(command):
     return usage.ru_utime
 
 
-def compare(name, stream, mp3dec, rounds):
+def compare(stream, build, rounds):
+    """Least milliseconds of ours and theirs, and the quartiles of the ratio."""
+    mp3 = pathlib.Path(stream).suffix == ".mp3"
+    mine = [build / "mp3dec", stream, "/dev/null"] if mp3 else [build / "aacdec", stream]
+    other = ["mpg123", "-q", "--no-gapless", "-w", "/dev/null", stream] if mp3 else [build / "avdecode", stream]
     ours, theirs = [], []
     for _ in range(rounds):
-        ours.append(seconds([mp3dec, stream, "/dev/null"]))
-        theirs.append(seconds(["mpg123", "-q", "--no-gapless", "-w", "/dev/null", stream]))
+        ours.append(seconds(mine))
+        theirs.append(seconds(other))
     low, middle, high = statistics.quantiles([a / b for a, b in zip(ours, theirs)], n=4)
-    print(f"{name:24} {1000 * min(ours):9.1f} {1000 * min(theirs):9.1f} {middle:7.2f}   {low:.2f} to {high:.2f}", flush=True)
+    row = f"{1000 * min(ours):.1f} | {1000 * min(theirs):.1f} | {middle:.2f} ({low:.2f} to {high:.2f}) |"
+    return ("mp3dec, mpg123" if mp3 else "aacdec, libavcodec") + " | " + row
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("build")
+    parser.add_argument("build", type=pathlib.Path)
     parser.add_argument("stream", nargs="*")
     parser.add_argument("--rounds", type=int, default=15)
+    parser.add_argument("--write", action="store_true")
     arguments = parser.parse_args()
-    mp3dec = next(pathlib.Path(arguments.build).rglob("mp3dec"), None)
-    if not mp3dec or not shutil.which("mpg123"):
-        sys.exit("needs the built example mp3dec and the package mpg123")
-    print(f"{'stream':24} {'mp3dec ms':>9} {'mpg123 ms':>9} {'ratio':>7}   quartiles")
+    build = arguments.build / "bin"
+    if not all(shutil.which(build / program) for program in ("mp3dec", "aacdec", "avdecode")) or not shutil.which("mpg123"):
+        sys.exit("needs mp3dec, aacdec and avdecode of the build, and the package mpg123")
+    lines = ["| stream | decoders | ms | ms | ratio (quartiles) |", "|---|---|---|---|---|"]
+
+    def add(name, stream):
+        lines.append(f"| {name} | {compare(stream, build, arguments.rounds)}")
+        print(lines[-1], flush=True)
+
     for stream in arguments.stream:
-        compare(pathlib.Path(stream).name, stream, mp3dec, arguments.rounds)
-    if not arguments.stream:
-        with tempfile.TemporaryDirectory() as temporary:
-            folder = pathlib.Path(temporary)
-            for name, options in RATES.items():
-                stream = streams.encode("44100 stereo 10", options, folder, "stream")
-                stream.write_bytes(12 * stream.read_bytes())
-                compare(name, stream, mp3dec, arguments.rounds)
+        add(pathlib.Path(stream).name, stream)
+    with tempfile.TemporaryDirectory() as temporary:
+        for codec, sound, options in [] if arguments.stream else STREAMS:
+            stream = codec.encode(sound, options, pathlib.Path(temporary), "stream")
+            stream.write_bytes(12 * stream.read_bytes())
+            add(f"{codec.suffix[1:]} {sound.split()[0]} Hz, `{options}`", stream)
+    if arguments.write and not arguments.stream:
+        lines += ["", f"{time.strftime('%Y-%m-%d')}, bench/library/decoders.py, {arguments.rounds} rounds, 120 s of sound each."]
+        page = ROOT / "docs/library.md"
+        page.write_text(re.sub(r"(<!-- decoders -->\n).*?(<!-- /decoders -->)", lambda m: m[1] + "\n".join(lines) + "\n" + m[2],
+                               page.read_text(), flags=re.S))
 
 
 if __name__ == "__main__":

@@ -6,21 +6,18 @@
 // -f writes 32-bit floats instead of 16-bit integers, -c takes the code path of a processor type (a number of
 // zorcore.h). Without an output file the stream is only decoded. Exit status: 0 done, 1 no frame found or a
 // file failed, 2 usage.
-#include "zorcore.h"
-
+#include "commandline.h"
+#include "wavfile.h"
 #include "zorac.h"
-#include "zors.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 namespace {
@@ -208,67 +205,6 @@ class Decoder {
     alignas(32) std::array<Zor8u, 4 * granule> m_work{};
 };
 
-/** A number of a WAV header, the lowest byte first. */
-void put(std::ostream& out, std::size_t value, int bytes) {
-    for (; bytes > 0; --bytes, value >>= 8)
-        out.put(static_cast<char>(value & 0xFF));
-}
-
-/** A WAV file of floats or of 16-bit integers, written as it comes; its sizes are put in at the end. */
-class WavFile {
-  public:
-    WavFile(const char* name, bool floats) : m_out(name, std::ios::binary), m_floats(floats) {
-        writeHeader({});
-    }
-
-    void write(const std::vector<float>& pcm) {
-        if (m_floats) {
-            append(pcm);
-        } else {
-            m_integers.resize(pcm.size());
-            zorsConvert_32f16s_Sfs(pcm.data(), m_integers.data(), static_cast<int>(pcm.size()), -15);
-            append(m_integers);
-        }
-    }
-
-    /** Whether everything could be written. */
-    bool finish(const ZorMP3FrameInfo& info) {
-        m_out.seekp(0);
-        writeHeader(info);
-        return static_cast<bool>(m_out.flush());
-    }
-
-  private:
-    template <class Sample>
-    void append(const std::vector<Sample>& samples) {
-        const std::size_t bytes = samples.size() * sizeof(Sample);
-        m_out.write(reinterpret_cast<const char*>(samples.data()), static_cast<std::streamsize>(bytes));
-        m_dataBytes += bytes;
-    }
-
-    void writeHeader(const ZorMP3FrameInfo& info) {
-        const std::size_t sampleBytes = m_floats ? 4 : 2, channels = static_cast<std::size_t>(info.channels),
-                          rate = static_cast<std::size_t>(info.samplingRate);
-        m_out << "RIFF";
-        put(m_out, 36 + m_dataBytes, 4);
-        m_out << "WAVEfmt ";
-        put(m_out, 16, 4);
-        put(m_out, m_floats ? 3 : 1, 2);
-        put(m_out, channels, 2);
-        put(m_out, rate, 4);
-        put(m_out, rate * channels * sampleBytes, 4);
-        put(m_out, channels * sampleBytes, 2);
-        put(m_out, 8 * sampleBytes, 2);
-        m_out << "data";
-        put(m_out, m_dataBytes, 4);
-    }
-
-    std::ofstream m_out;
-    bool m_floats;
-    std::size_t m_dataBytes = 0;
-    std::vector<Zor16s> m_integers;
-};
-
 int usage() {
     std::fputs("usage: mp3dec [-f] [-c type] input.mp3 [output.wav]\n", stderr);
     return 2;
@@ -282,30 +218,20 @@ int fail(const char* what, const char* name) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    bool floats = false;
-    int arg = 1;
-    zorInit();
-    for (; arg < argc && argv[arg][0] == '-'; ++arg) {
-        const std::string_view option = argv[arg];
-        if (option == "-f")
-            floats = true;
-        else if (option != "-c" || arg + 1 == argc || zorInitCpu(std::atoi(argv[++arg])) < 0)
-            return usage();
-    }
-    if (arg == argc || argc - arg > 2)
+    const CommandLine words(argc, argv);
+    if (!words.input)
         return usage();
-    const char *const input = argv[arg], *const output = arg + 1 < argc ? argv[arg + 1] : nullptr;
-    std::ifstream in(input, std::ios::binary);
+    std::ifstream in(words.input, std::ios::binary);
     const Bytes file((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     if (!in)
-        return fail("cannot read", input);
+        return fail("cannot read", words.input);
 
     FrameFinder frame(file);
     ZorMP3FrameInfo first{};
     std::vector<float> pcm;
     std::optional<WavFile> wav;
-    if (output)
-        wav.emplace(output, floats);
+    if (words.output)
+        wav.emplace(words.output, words.floats);
     const auto decoder = std::make_unique<Decoder>();
     while (frame.next()) {
         const bool isFirst = first.channels == 0;
@@ -316,9 +242,9 @@ int main(int argc, char* argv[]) {
             continue;
         decoder->decode(frame, pcm);
         if (wav)
-            wav->write(pcm);
+            wav->write(pcm, 0);
     }
     if (first.channels == 0)
-        return fail("no frame of layer III in", input);
-    return !wav || wav->finish(first) ? 0 : fail("cannot write", output);
+        return fail("no frame of layer III in", words.input);
+    return !wav || wav->finish(first.channels, first.samplingRate) ? 0 : fail("cannot write", words.output);
 }

@@ -9,6 +9,8 @@
 #define ZORAC_H
 
 #include "zorac/aac.h"
+#include "zorac/aacfloat.h"
+#include "zorac/aacstream.h"
 #include "zorac/dts.h"
 #include "zorac/mp3.h"
 #include "zorac/sbr.h"

@@ -15,80 +15,6 @@ namespace zor::aac {
 namespace {
 
 constexpr double pi = std::numbers::pi;
-constexpr int flatLength =
-    (frameLength - shortLength) / 2; ///< lines of a start or stop window beside its slope
-
-Zor32s fixed(double value, int bits) {
-    return static_cast<Zor32s>(std::llrint(std::min(std::ldexp(value, bits), 2147483647.0)));
-}
-
-// ---- Windows
-
-using Curve = std::vector<double>;
-
-Curve sineRise(int length) {
-    Curve curve;
-    for (int n = 0; n < length; ++n)
-        curve.push_back(std::sin(pi / (2 * length) * (n + 0.5)));
-    return curve;
-}
-
-/** The modified Bessel function of order 0. */
-double bessel0(double x) {
-    double term = 1, sum = 1;
-    for (int k = 1; term > sum * 1e-17; ++k) {
-        term *= (x / (2 * k)) * (x / (2 * k));
-        sum += term;
-    }
-    return sum;
-}
-
-/** The rising half of a Kaiser-Bessel derived window: the root of the running sum of a Kaiser window. */
-Curve kaiserRise(int length, double alpha) {
-    Curve sums;
-    double sum = 0;
-    for (int n = 0; n <= length; ++n) {
-        const double position = 2.0 * n / length - 1;
-        sums.push_back(sum += bessel0(pi * alpha * std::sqrt(1 - position * position)));
-    }
-    Curve curve;
-    for (int n = 0; n < length; ++n)
-        curve.push_back(std::sqrt(sums[static_cast<std::size_t>(n)] / sum));
-    return curve;
-}
-
-/** The rising half of a stop window: zeros, the short slope, ones. */
-Curve stopRise(const Curve& slope) {
-    Curve curve(flatLength);
-    curve.insert(curve.end(), slope.begin(), slope.end());
-    curve.resize(frameLength, 1.0);
-    return curve;
-}
-
-/** A rising half and its mirror image. */
-struct Slope {
-    std::vector<Zor32s> rise, fall;
-
-    explicit Slope(const Curve& curve) {
-        for (const double value : curve)
-            rise.push_back(fixed(value, 31));
-        fall.assign(rise.rbegin(), rise.rend());
-    }
-};
-
-/** The slopes of one window shape. */
-struct Shape {
-    Slope longSlope, shortSlope, flatSlope;
-
-    Shape(const Curve& longRise, const Curve& shortRise)
-        : longSlope(longRise), shortSlope(shortRise), flatSlope(stopRise(shortRise)) {}
-};
-
-const Shape shapes[2] = {{sineRise(frameLength), sineRise(shortLength)},
-                         {kaiserRise(frameLength, 4), kaiserRise(shortLength, 6)}};
-
-// ---- Transforms
-
 /** The rotations of a DCT-IV and the plan that points to them. */
 class PlanData {
   public:
@@ -150,7 +76,7 @@ void inverseLong(const Zor32s* lines, Zor16s* samples, Zor32s* overlap, const Wi
                  Zor32s* work) {
     alignas(64) Zor32s values[frameLength];
     inverseDct4(lines, values, frameLength, work);
-    const WindowHalves window = longWindow(choice);
+    const WindowHalves<Zor32s> window = longWindow<Zor32s>(choice);
     kernels<AacMdctKernels>().overlapUnfolded(values, window.rise, window.fall, overlap, samples,
                                               frameLength);
 }
@@ -164,7 +90,8 @@ void inverseShort(const Zor32s* lines, Zor16s* samples, Zor32s* overlap, const W
     std::fill_n(sum + frameLength, frameLength, 0);
     for (int w = 0; w < shortWindows; ++w) {
         inverseDct4(lines + w * shortLength, values, shortLength, work);
-        const WindowHalves window = shortWindow(w == 0 ? choice.prevShape : choice.shape, choice.shape);
+        const WindowHalves<Zor32s> window =
+            shortWindow<Zor32s>(w == 0 ? choice.prevShape : choice.shape, choice.shape);
         kernel.addUnfolded(values, window.rise, window.fall, sum + flatLength + w * shortLength, shortLength);
     }
     kernel.toSamples(sum, samples, frameLength);
@@ -173,20 +100,8 @@ void inverseShort(const Zor32s* lines, Zor16s* samples, Zor32s* overlap, const W
 
 } // namespace
 
-WindowHalves longWindow(const WindowChoice& choice) {
-    const Shape& before = shapes[choice.prevShape];
-    const Shape& now = shapes[choice.shape];
-    const Slope& left = choice.sequence == zorAacLongStop ? before.flatSlope : before.longSlope;
-    const Slope& right = choice.sequence == zorAacLongStart ? now.flatSlope : now.longSlope;
-    return {left.rise.data(), right.fall.data()};
-}
-
-WindowHalves shortWindow(int before, int shape) {
-    return {shapes[before].shortSlope.rise.data(), shapes[shape].shortSlope.fall.data()};
-}
-
-void forwardMdct(const Zor32s* first, const Zor32s* second, WindowHalves window, Zor32s* lines, int length,
-                 Zor32s* work) {
+void forwardMdct(const Zor32s* first, const Zor32s* second, WindowHalves<Zor32s> window, Zor32s* lines,
+                 int length, Zor32s* work) {
     const AacMdctKernels& kernel = kernels<AacMdctKernels>();
     const int norm = 27 - std::max(kernel.bitsOf(first, length), kernel.bitsOf(second, length));
     kernel.foldWindowed(first, second, window.rise, window.fall, lines, length, norm);
@@ -206,7 +121,8 @@ extern "C" ZorStatus zorsMDCTFwd_AAC_32s(const Zor32s* src, Zor32s* dst, Zor32s*
     if (!choice.valid())
         return zorStsBadArgErr;
     const int length = choice.isShort() ? shortLength : frameLength;
-    const WindowHalves window = choice.isShort() ? shortWindow(prevWinShape, winShape) : longWindow(choice);
+    const WindowHalves window =
+        choice.isShort() ? shortWindow<Zor32s>(prevWinShape, winShape) : longWindow<Zor32s>(choice);
     forwardMdct(srcDstOverlap, src, window, dst, length, buffer);
     std::copy_n(src, length, srcDstOverlap);
     return zorStsNoErr;

@@ -3,7 +3,7 @@
 #include "aac/huffman.h"
 #include "aac/spectraldata.h"
 #include "common/check.h"
-#include "zorac/aac.h"
+#include "zorac/aacstream.h"
 
 #include <algorithm>
 
@@ -36,8 +36,9 @@ class ChannelDecoder {
                    int maxOrder)
         : m_in(in), m_channel(channel), m_groups(groups), m_out(out), m_maxOrder(maxOrder) {}
 
-    ZorStatus run(bool scalable) {
-        m_channel.globalGain = static_cast<int>(m_in.read(8));
+    ZorStatus run(bool readsGain, bool scalable) {
+        if (readsGain)
+            m_channel.globalGain = static_cast<int>(m_in.read(8));
         m_channel.pulsePresent = 0;
         m_channel.tnsPresent = 0;
         std::fill_n(m_channel.tns.numFilt, 8, 0);
@@ -244,12 +245,13 @@ int maxOrder(int profile, bool isShort) {
 }
 
 ZorStatus decode(const Zor8u** stream, int* offset, const Zor8u* end, ZorAacChannel* channel,
-                 const Outputs& out, int profile, int scaleFlag) {
+                 const Outputs& out, int profile, int scaleFlag, bool readsGain = true) {
     if (anyNull(stream, offset, end, channel, out.scaleFactor, out.spectrum, out.sfbCb, out.tnsCoef) ||
         *stream == nullptr)
         return zorStsNullPtrErr;
     if (*offset < 0 || *offset > 7 || channel->winSequence < zorAacOnlyLong ||
         channel->winSequence > zorAacLongStop || scaleFlag < 0 || scaleFlag > 1 ||
+        (!readsGain && (channel->globalGain < 0 || channel->globalGain > 255)) ||
         (profile != zorAacMain && profile != zorAacLC && profile != zorAacLTP))
         return zorStsBadArgErr;
     const bool isShort = channel->winSequence == zorAacEightShort;
@@ -263,7 +265,7 @@ ZorStatus decode(const Zor8u** stream, int* offset, const Zor8u* end, ZorAacChan
         return zorStsStreamEndErr;
     ChannelDecoder decoder(BitReader(*stream, *offset, end), *channel, groups, out,
                            maxOrder(profile, isShort));
-    const ZorStatus status = decoder.run(scaleFlag == 1);
+    const ZorStatus status = decoder.run(readsGain, scaleFlag == 1);
     if (status == zorStsNoErr)
         decoder.position().store(stream, offset);
     return status;
@@ -287,4 +289,13 @@ extern "C" ZorStatus zorsNoiselessDecode_AAC(const Zor8u** bitStream, int* bitOf
                                              Zor8s* dstTnsCoef, int profile, int scaleFlag) {
     return zor::aac::decode(bitStream, bitOffset, bitStreamEnd, channel,
                             {dstScaleFactor, dstSpectrum, dstSfbCb, dstTnsCoef}, profile, scaleFlag);
+}
+
+extern "C" ZorStatus zorsNoiselessDecodeBehindGain_AAC(const Zor8u** bitStream, int* bitOffset,
+                                                       const Zor8u* bitStreamEnd, ZorAacChannel* channel,
+                                                       Zor16s* dstScaleFactor, Zor32s* dstSpectrum,
+                                                       Zor8u* dstSfbCb, Zor8s* dstTnsCoef, int profile,
+                                                       int scaleFlag) {
+    return zor::aac::decode(bitStream, bitOffset, bitStreamEnd, channel,
+                            {dstScaleFactor, dstSpectrum, dstSfbCb, dstTnsCoef}, profile, scaleFlag, false);
 }

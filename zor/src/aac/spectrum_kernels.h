@@ -11,6 +11,7 @@
 namespace zor::aac {
 
 constexpr int largestQuantised = 8191;
+constexpr int longestBand = 96; ///< lines, at any sampling rate
 
 /** Bands of lines: band b spans offset[b] * windows to offset[b + 1] * windows - 1. */
 struct BandLines {
@@ -19,17 +20,28 @@ struct BandLines {
     int windows;
 };
 
-struct AacKernels {
-    /** (l, r) becomes (l + r, l - r), saturated. */
-    void (*midSide)(Zor32s* l, Zor32s* r, int count);
-    /** a + b, saturated. */
-    void (*addTo)(const Zor32s* a, Zor32s* b, int count);
-    /** r = l * gain in the bands whose gain is not 0, rounded and saturated. */
-    void (*intensity)(const Zor32s* l, Zor32s* r, BandLines bands, const double* gains);
+/** The tools on lines of a type: whole numbers, which are rounded and saturate, or floats. */
+template <class Line>
+struct LineKernels {
+    /** (l, r) becomes (l + r, l - r). */
+    void (*midSide)(Line* l, Line* r, int count);
+    /** b becomes a + b. */
+    void (*addTo)(const Line* a, Line* b, int count);
+    /** r = l * gain in the bands whose gain is not 0. */
+    void (*intensity)(const Line* l, Line* r, BandLines bands, const double* gains);
+    /** Fills with noise of an energy: the root of the energy is given. Returns the generator's new state. */
+    Zor32u (*noise)(Line* lines, int count, Zor32u state, double root);
+};
+
+struct QuantKernels {
     /** sign(q) |q|^(4/3) * gain, rounded and saturated; `power` holds q^(4/3). */
     void (*dequantise)(Zor32s* lines, BandLines bands, const float* gains, const float* power);
-    /** Fills with noise of an energy: the root of the energy is given. Returns the generator's new state. */
-    Zor32u (*noise)(Zor32s* lines, int count, Zor32u state, double root);
+    /**
+     * The same of a group to floats, from group order to window order: the windows of the group follow one
+     * another at `to`, `winLen` apart. Bands whose gain is 0 become 0.
+     */
+    void (*dequantiseToFloat)(const Zor32s* from, float* to, BandLines bands, const float* gains,
+                              const float* power, int winLen);
 };
 
 } // namespace zor::aac

@@ -1,7 +1,7 @@
 #include "aac/bands.h"
 #include "aac/tns_kernels.h"
 #include "tables/aac_tns_max_bands.h"
-#include "zorac/aac.h"
+#include "zorac/aacfloat.h"
 
 #include <algorithm>
 #include <array>
@@ -84,7 +84,7 @@ int exponentOf(double value) {
 }
 
 /** The direct-form predictor of a lattice with these coefficients, by the step-up recursion. */
-TnsPredictor predictor(const Zor8s* codes, int order, int bits) {
+std::array<double, tnsMaxOrder> directForm(const Zor8s* codes, int order, int bits) {
     std::array<double, tnsMaxOrder> a{};
     for (int m = 0; m < order; ++m) {
         const double k = reflection.at(codes[m], bits);
@@ -96,37 +96,62 @@ TnsPredictor predictor(const Zor8s* codes, int order, int bits) {
         }
         a[static_cast<std::size_t>(m)] = k;
     }
-    double total = 0;
-    for (int m = 0; m < order; ++m)
-        total += std::abs(a[static_cast<std::size_t>(m)]);
-    TnsPredictor result{order, 30 - std::max(exponentOf(total), 1), {}};
-    const auto scale = static_cast<double>(1 << result.shift);
-    for (int m = 0; m < order; ++m) {
-        const double coef = a[static_cast<std::size_t>(m)] * scale;
-        result.coef[m] = static_cast<Zor32s>(coef + std::copysign(0.5, coef));
-    }
-    return result;
+    return a;
 }
 
+/** The filters on lines of a type. */
+template <class Line>
+struct Filters;
+
+template <>
+struct Filters<Zor32s> {
+    static TnsPredictor predictor(const std::array<double, tnsMaxOrder>& a, int order) {
+        double total = 0;
+        for (const double value : a)
+            total += std::abs(value);
+        TnsPredictor result{order, 30 - std::max(exponentOf(total), 1), {}};
+        const auto scale = static_cast<double>(1 << result.shift);
+        for (std::size_t m = 0; m < a.size(); ++m) {
+            const double coef = a[m] * scale;
+            result.coef[m] = static_cast<Zor32s>(coef + std::copysign(0.5, coef));
+        }
+        return result;
+    }
+    static auto allPole() { return kernels<TnsKernels>().allPole; }
+    static auto allZero() { return kernels<TnsKernels>().allZero; }
+};
+
+template <>
+struct Filters<Zor32f> {
+    static TnsFloatPredictor predictor(const std::array<double, tnsMaxOrder>& a, int order) {
+        TnsFloatPredictor result{order, {}};
+        for (std::size_t m = 0; m < a.size(); ++m)
+            result.coef[m] = static_cast<float>(a[m]);
+        return result;
+    }
+    static auto allPole() { return kernels<TnsKernels>().allPoleFloat; }
+    static auto allZero() { return kernels<TnsKernels>().allZeroFloat; }
+};
+
 /** Filters the lines first to last - 1 from the end that the direction names. */
-void filterRegion(TnsSense sense, const TnsPredictor& filter, Zor32s* spectrum, int first, int last,
-                  bool down) {
+template <class Line, class Predictor>
+void filterRegion(TnsSense sense, const Predictor& filter, Line* spectrum, int first, int last, bool down) {
     // Ahead of the lines stands the filter's memory, which begins as zeros.
     constexpr int memory = 32;
-    alignas(64) Zor32s lines[memory + frameLength];
-    alignas(64) Zor32s filtered[frameLength];
+    alignas(64) Line lines[memory + frameLength];
+    alignas(64) Line filtered[frameLength];
     const int length = last - first;
-    std::fill_n(lines, memory, 0);
+    std::fill_n(lines, memory, Line{});
     if (down)
         std::reverse_copy(spectrum + first, spectrum + last, lines + memory);
     else
         std::copy(spectrum + first, spectrum + last, lines + memory);
 
-    const Zor32s* result = lines + memory;
+    const Line* result = lines + memory;
     if (sense == TnsSense::decode) {
-        kernels<TnsKernels>().allPole(filter, lines + memory, length);
+        Filters<Line>::allPole()(filter, lines + memory, length);
     } else {
-        kernels<TnsKernels>().allZero(filter, lines + memory, filtered, length);
+        Filters<Line>::allZero()(filter, lines + memory, filtered, length);
         result = filtered;
     }
     if (down)
@@ -135,7 +160,8 @@ void filterRegion(TnsSense sense, const TnsPredictor& filter, Zor32s* spectrum, 
         std::copy(result, result + length, spectrum + first);
 }
 
-void run(TnsSense sense, const TnsCall& call, Zor32s* spectrum) {
+template <class Line>
+void run(TnsSense sense, const TnsCall& call, Line* spectrum) {
     const Zor8s* codes = call.coef;
     int filter = 0;
     for (int window = 0; window < call.windows; ++window, spectrum += call.winLen) {
@@ -147,14 +173,16 @@ void run(TnsSense sense, const TnsCall& call, Zor32s* spectrum) {
             const int last = call.bands.offset[std::min(top, call.lastBand)];
             const int order = call.order[filter];
             if (order > 0 && first < last)
-                filterRegion(sense, predictor(codes, order, call.coefRes[window]), spectrum, first, last,
-                             call.direction[filter] == 1);
+                filterRegion(sense,
+                             Filters<Line>::predictor(directForm(codes, order, call.coefRes[window]), order),
+                             spectrum, first, last, call.direction[filter] == 1);
             codes += order;
         }
     }
 }
 
-ZorStatus shapeNoise(TnsSense sense, Zor32s* srcDst, TnsCall call, int maxSfb, int profile,
+template <class Line>
+ZorStatus shapeNoise(TnsSense sense, Line* srcDst, TnsCall call, int maxSfb, int profile,
                      int samplingRateIndex) {
     if (!srcDst || !call.numFilt || !call.regionLen || !call.order || call.coefRes == nullptr ||
         call.coef == nullptr || call.direction == nullptr)
@@ -192,6 +220,24 @@ extern "C" ZorStatus zorsDecodeTNS_AAC_32s_I(Zor32s* srcDst, const int* numFilt,
 }
 
 extern "C" ZorStatus zorsEncodeTNS_AAC_32s_I(Zor32s* srcDst, const int* numFilt, const int* regionLen,
+                                             const int* order, const int* coefRes, const Zor8s* coef,
+                                             const int* direction, int maxSfb, int profile,
+                                             int samplingRateIndex, int winLen) {
+    return shapeNoise(TnsSense::encode, srcDst,
+                      {numFilt, regionLen, order, coefRes, coef, direction, 0, {}, winLen, 0}, maxSfb,
+                      profile, samplingRateIndex);
+}
+
+extern "C" ZorStatus zorsDecodeTNS_AAC_32f_I(Zor32f* srcDst, const int* numFilt, const int* regionLen,
+                                             const int* order, const int* coefRes, const Zor8s* coef,
+                                             const int* direction, int maxSfb, int profile,
+                                             int samplingRateIndex, int winLen) {
+    return shapeNoise(TnsSense::decode, srcDst,
+                      {numFilt, regionLen, order, coefRes, coef, direction, 0, {}, winLen, 0}, maxSfb,
+                      profile, samplingRateIndex);
+}
+
+extern "C" ZorStatus zorsEncodeTNS_AAC_32f_I(Zor32f* srcDst, const int* numFilt, const int* regionLen,
                                              const int* order, const int* coefRes, const Zor8s* coef,
                                              const int* direction, int maxSfb, int profile,
                                              int samplingRateIndex, int winLen) {

@@ -4,21 +4,37 @@
 
 #include <bit>
 #include <cmath>
+#include <type_traits>
 
 namespace zor::aac {
 namespace {
 
-void midSide(Zor32s* __restrict l, Zor32s* __restrict r, int count) {
+inline Zor32s sum(Zor32s a, Zor32s b) {
+    return saturatingAdd(a, b);
+}
+inline float sum(float a, float b) {
+    return a + b;
+}
+inline Zor32s difference(Zor32s a, Zor32s b) {
+    return saturatingSubtract(a, b);
+}
+inline float difference(float a, float b) {
+    return a - b;
+}
+
+template <class Line>
+void midSide(Line* __restrict l, Line* __restrict r, int count) {
     for (int i = 0; i < count; ++i) {
-        const Zor32s mid = l[i], side = r[i];
-        l[i] = saturatingAdd(mid, side);
-        r[i] = saturatingSubtract(mid, side);
+        const Line mid = l[i], side = r[i];
+        l[i] = sum(mid, side);
+        r[i] = difference(mid, side);
     }
 }
 
-void addTo(const Zor32s* __restrict a, Zor32s* __restrict b, int count) {
+template <class Line>
+void addTo(const Line* __restrict a, Line* __restrict b, int count) {
     for (int i = 0; i < count; ++i)
-        b[i] = saturatingAdd(a[i], b[i]);
+        b[i] = sum(a[i], b[i]);
 }
 
 /** Rounds a number of the 32-bit range, which the sum with 1.5 * 2^52 leaves in its low bits. */
@@ -28,14 +44,22 @@ inline Zor32s rounded(double value) {
     return static_cast<Zor32s>(static_cast<Zor32u>(std::bit_cast<Zor64u>(limited + magic)));
 }
 
-void intensity(const Zor32s* __restrict l, Zor32s* __restrict r, BandLines bands, const double* gains) {
+inline Zor32s scaled(Zor32s line, double factor) {
+    return rounded(line * factor);
+}
+inline float scaled(float line, double factor) {
+    return static_cast<float>(line * factor);
+}
+
+template <class Line>
+void intensity(const Line* __restrict l, Line* __restrict r, BandLines bands, const double* gains) {
     for (int band = 0; band < bands.count; ++band) {
         const double gain = gains[band];
         if (gain == 0)
             continue;
         const int end = bands.offset[band + 1] * bands.windows;
         for (int i = bands.offset[band] * bands.windows; i < end; ++i)
-            r[i] = rounded(l[i] * gain);
+            r[i] = scaled(l[i], gain);
     }
 }
 
@@ -54,6 +78,25 @@ void dequantise(Zor32s* lines, BandLines bands, const float* gains, const float*
             const Zor32u magnitude = static_cast<Zor32u>(lines[i] ^ sign) - static_cast<Zor32u>(sign);
             const auto index = static_cast<Zor32s>(std::min<Zor32u>(magnitude, largestQuantised));
             lines[i] = (roundedPositive(power[index] * gain) ^ sign) - sign;
+        }
+    }
+}
+
+void dequantiseToFloat(const Zor32s* from, float* to, BandLines bands, const float* gains, const float* power,
+                       int winLen) {
+    for (int band = 0; band < bands.count; ++band) {
+        const float gain = gains[band];
+        const int first = bands.offset[band], width = bands.offset[band + 1] - first;
+        for (int window = 0; window < bands.windows; ++window, from += width) {
+            float* __restrict const lines = to + window * winLen + first;
+            for (int i = 0; gain != 0 && i < width; ++i) {
+                const Zor32s sign = from[i] >> 31;
+                const Zor32u magnitude = static_cast<Zor32u>(from[i] ^ sign) - static_cast<Zor32u>(sign);
+                const float value = power[std::min<Zor32u>(magnitude, largestQuantised)] * gain;
+                lines[i] = from[i] < 0 ? -value : value;
+            }
+            for (int i = 0; gain == 0 && i < width; ++i)
+                lines[i] = 0;
         }
     }
 }
@@ -83,30 +126,50 @@ inline Zor32u draw(Zor32s* lines, Zor32u state, int count) {
     return state * generator.factor[count - 1] + generator.offset[count - 1];
 }
 
-Zor32u noise(Zor32s* lines, int count, Zor32u state, double root) {
+template <class Line>
+Zor32u noise(Line* lines, int count, Zor32u state, double root) {
+    constexpr bool whole = std::is_same_v<Line, Zor32s>;
+    alignas(32) Zor32s own[whole ? 1 : longestBand];
+    Zor32s* drawn = own;
+    if constexpr (whole)
+        drawn = lines;
     int i = 0;
     for (; i + Generator::lanes <= count; i += Generator::lanes)
-        state = draw(lines + i, state, Generator::lanes);
+        state = draw(drawn + i, state, Generator::lanes);
     if (i < count)
-        state = draw(lines + i, state, count - i);
+        state = draw(drawn + i, state, count - i);
     Zor64s energy = 0;
     for (i = 0; i < count; ++i)
-        energy += product(lines[i], lines[i]);
+        energy += product(drawn[i], drawn[i]);
     const double scale = root / std::sqrt(static_cast<double>(std::max<Zor64s>(energy, 1)));
     for (i = 0; i < count; ++i)
-        lines[i] = rounded(lines[i] * scale);
+        if constexpr (whole)
+            lines[i] = rounded(drawn[i] * scale);
+        else
+            lines[i] = static_cast<float>(drawn[i] * scale);
     return state;
 }
+
+template <class Line>
+constexpr LineKernels<Line> lineKernels{
+    .midSide = midSide<Line>, .addTo = addTo<Line>, .intensity = intensity<Line>, .noise = noise<Line>};
 
 } // namespace
 } // namespace zor::aac
 
 template <>
-const zor::aac::AacKernels& zor::kernelTable<zor::aac::AacKernels, ZOR_PATH>() {
-    static constexpr aac::AacKernels table{.midSide = aac::midSide,
-                                           .addTo = aac::addTo,
-                                           .intensity = aac::intensity,
-                                           .dequantise = aac::dequantise,
-                                           .noise = aac::noise};
+const zor::aac::LineKernels<Zor32s>& zor::kernelTable<zor::aac::LineKernels<Zor32s>, ZOR_PATH>() {
+    return aac::lineKernels<Zor32s>;
+}
+
+template <>
+const zor::aac::LineKernels<Zor32f>& zor::kernelTable<zor::aac::LineKernels<Zor32f>, ZOR_PATH>() {
+    return aac::lineKernels<Zor32f>;
+}
+
+template <>
+const zor::aac::QuantKernels& zor::kernelTable<zor::aac::QuantKernels, ZOR_PATH>() {
+    static constexpr aac::QuantKernels table{.dequantise = aac::dequantise,
+                                             .dequantiseToFloat = aac::dequantiseToFloat};
     return table;
 }

@@ -2,6 +2,8 @@
 
 #include "aac/fixedpoint.h"
 
+#include <utility>
+
 namespace zor::aac {
 namespace {
 
@@ -30,14 +32,46 @@ void allPoleOf(const TnsPredictor& predictor, Zor32s* data, int length) {
     }
 }
 
-void allPole(const TnsPredictor& predictor, Zor32s* data, int length) {
-    using Filter = void (*)(const TnsPredictor&, Zor32s*, int);
-    static constexpr Filter filters[tnsMaxOrder] = {
-        allPoleOf<1>,  allPoleOf<2>,  allPoleOf<3>,  allPoleOf<4>,  allPoleOf<5>,
-        allPoleOf<6>,  allPoleOf<7>,  allPoleOf<8>,  allPoleOf<9>,  allPoleOf<10>,
-        allPoleOf<11>, allPoleOf<12>, allPoleOf<13>, allPoleOf<14>, allPoleOf<15>,
-        allPoleOf<16>, allPoleOf<17>, allPoleOf<18>, allPoleOf<19>, allPoleOf<20>};
-    filters[predictor.order - 1](predictor, data, length);
+template <int order>
+void allPoleOf(const TnsFloatPredictor& predictor, float* data, int length) {
+    float coef[order], past[order];
+    for (int k = 0; k < order; ++k) {
+        coef[k] = predictor.coef[k];
+        past[k] = data[-1 - k];
+    }
+    for (int n = 0; n < length; ++n) {
+        float out = data[n];
+        for (int k = order - 1; k >= 0; --k)
+            out -= coef[k] * past[k];
+        for (int k = order - 1; k > 0; --k)
+            past[k] = past[k - 1];
+        past[0] = data[n] = out;
+    }
+}
+
+/** Calls the filter of the predictor's order. */
+template <class Predictor, class Line, class Numbers>
+void allPoleOfOrder(const Predictor& predictor, Line* data, int length, Numbers orders) {
+    [&]<int... less1>(std::integer_sequence<int, less1...>) {
+        using Filter = void (*)(const Predictor&, Line*, int);
+        static constexpr Filter filters[] = {allPoleOf<less1 + 1>...};
+        filters[predictor.order - 1](predictor, data, length);
+    }
+    (orders);
+}
+
+template <class Predictor, class Line>
+void allPole(const Predictor& predictor, Line* data, int length) {
+    allPoleOfOrder(predictor, data, length, std::make_integer_sequence<int, tnsMaxOrder>());
+}
+
+void allZeroFloat(const TnsFloatPredictor& predictor, const float* src, float* dst, int length) {
+    for (int n = 0; n < length; ++n) {
+        float sum = src[n];
+        for (int k = predictor.order - 1; k >= 0; --k)
+            sum += predictor.coef[k] * src[n - 1 - k];
+        dst[n] = sum;
+    }
 }
 
 /** `count` outputs, whose sums stay in registers. */
@@ -71,6 +105,9 @@ void allZero(const TnsPredictor& predictor, const Zor32s* src, Zor32s* dst, int 
 
 template <>
 const zor::aac::TnsKernels& zor::kernelTable<zor::aac::TnsKernels, ZOR_PATH>() {
-    static constexpr aac::TnsKernels table{.allPole = aac::allPole, .allZero = aac::allZero};
+    static constexpr aac::TnsKernels table{.allPole = aac::allPole<aac::TnsPredictor, Zor32s>,
+                                           .allZero = aac::allZero,
+                                           .allPoleFloat = aac::allPole<aac::TnsFloatPredictor, float>,
+                                           .allZeroFloat = aac::allZeroFloat};
     return table;
 }
