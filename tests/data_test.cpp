@@ -27,7 +27,7 @@ std::uintptr_t addressOf(const void* pointer) {
 class Allocator : public testing::Test {
   protected:
     ~Allocator() override {
-        bxSetGuard(false);
+        g_placement.rules.guard = false;
         bxFreeSince(m_mark);
         EXPECT_EQ(bxAllocatedSize(), m_size);
     }
@@ -246,7 +246,7 @@ TEST_F(Allocator, CopiesAreKeptByTheOwners) {
 }
 
 TEST_F(Allocator, GuardedBlocksEndAtTheirPage) {
-    bxSetGuard(true);
+    g_placement.rules.guard = true;
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
     for (const int misalign : {0, 1, 15, 63, -5})
         for (const int size : {0, 1, 16, 4096, 4097, 100000}) {
@@ -264,7 +264,7 @@ TEST_F(Allocator, GuardedBlocksEndAtTheirPage) {
 using AllocatorDeathTest = Allocator;
 
 TEST_F(AllocatorDeathTest, GuardedBlocksFaultBehindTheirEnd) {
-    bxSetGuard(true);
+    g_placement.rules.guard = true;
     auto* block = static_cast<volatile char*>(bxMalloc(100, 4, 0, nullptr));
     block[99] = 1;
     EXPECT_DEATH(block[112] = 1, "");

@@ -199,10 +199,10 @@ class Misbehave : public testing::Test {
         bxCpuTicker::m_freqMHz = 1000;
         bxTest::m_numParmsColm = 3;
         bxTest::m_numResultColm = 5;
-        bxSetGuard(true);
+        g_placement.rules.guard = true;
     }
     void TearDown() override {
-        bxSetGuard(false);
+        g_placement.rules.guard = false;
         bxSetTimeLimit(0);
     }
 };

@@ -66,11 +66,3 @@ bool bxGetAlignByByte() {
 void bxSetAlignByByte(bool byByte) {
     g_placement.rules.alignByByte = byByte;
 }
-
-bool bxGetGuard() {
-    return g_placement.rules.guard;
-}
-
-void bxSetGuard(bool guard) {
-    g_placement.rules.guard = guard;
-}

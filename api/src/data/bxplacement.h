@@ -10,7 +10,12 @@ struct bxPlacementRules {
     int vectorAlign = 0;     /**< misalignment in bytes or elements, -63 to 63 */
     bool alignSrc = true;    /**< only the first block of a combination is misaligned */
     bool alignByByte = true; /**< the misalignment counts bytes, not elements */
-    bool guard = false;      /**< each block ends at a page that must not be touched */
+    /**
+     * Each new block ends at a page that must not be touched, so that a function that runs over the end of
+     * its data faults there. The block then keeps its misalignment modulo 16 only, up to 15 bytes may lie
+     * between its end and the page, and the mutual offset has no effect.
+     */
+    bool guard = false;
 };
 
 /**
@@ -61,13 +66,6 @@ bool bxGetAlignSrc();
 void bxSetAlignSrc(bool firstOnly);
 bool bxGetAlignByByte();
 void bxSetAlignByByte(bool byByte);
-/**
- * While true, each new block ends at a page that must not be touched, so that a function that runs over the
- * end of its data faults there. The block then keeps its misalignment modulo 16 only, up to 15 bytes may lie
- * between its end and the page, and the mutual offset has no effect.
- */
-bool bxGetGuard();
-void bxSetGuard(bool guard);
 /** @} */
 
 #endif

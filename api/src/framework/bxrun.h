@@ -19,6 +19,8 @@ struct bxRun {
     bool keepGoing = false; /**< a failure ends its combination, not the test (see bxaftermath.h) */
     bool nameExit = false;  /**< write the names of the parameters and measure nothing */
     int layouts = 1;        /**< of code, data and stack in which each combination is measured */
+    int onlyRow = 0;        /**< the only combination of each test that is measured, from 1 on; 0 for all */
+    bool steps = true;      /**< counted calls are written step by step, and not only their counts */
     bxString startFunc;     /**< tests are passed over until one whose function name contains it */
 
     // The result table.

@@ -30,11 +30,6 @@ class bxStepFile {
     static bool open(const bxString& name);
     /** Adds a call to the open file. \return false when it could not be written */
     static bool add(const bxStepRecord& record);
-
-    /** The only combination of each test that is measured, from 1 on; 0 for all. */
-    inline static int m_row = 0;
-    /** Whether steps are written, and not only counts. */
-    inline static bool m_detailed = true;
 };
 
 #endif

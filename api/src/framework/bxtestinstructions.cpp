@@ -2,6 +2,7 @@
  * The instructions of a call, beside its figure.
  */
 #include "data/bxalloc.h"
+#include "framework/bxrun.h"
 #include "framework/bxstepfile.h"
 #include "framework/bxtest.h"
 #include "framework/bxtestloop.h"
@@ -17,7 +18,7 @@ void bxTestLoop::countInstructions() {
     const bxTool& tool = m_test.tool;
     if (!tool.countInstructions)
         return;
-    if (!tool.stepsFile.empty() && bxStepFile::m_detailed && !m_steps)
+    if (!tool.stepsFile.empty() && g_run.steps && !m_steps)
         m_steps = std::make_unique<bxStepLog>(tool.mostInstructions);
     stepThroughCall();
 }

@@ -7,7 +7,6 @@
 #include "framework/bxinterrupt.h"
 #include "framework/bxlayouts.h"
 #include "framework/bxrun.h"
-#include "framework/bxstepfile.h"
 #include "framework/bxtest.h"
 #include "framework/bxtestcalls.h"
 #include "framework/bxtestlist.h"
@@ -111,7 +110,7 @@ void bxTestLoop::process() {
     m_test.putTextParms(PERF);
     if (m_test.tool.includeDataSet)
         bxTraced("reserveAllVectors", [] { return bxTest::reserveAllVectors(); });
-    if (bxStepFile::m_row > 0 && ++m_number != bxStepFile::m_row)
+    if (g_run.onlyRow > 0 && ++m_number != g_run.onlyRow)
         return;
     if (bxTest::m_hot == bxTest::hotOnly && !m_test.isHotLine()) {
         g_ostrm << "  measuring is omitted: not hot line\n";

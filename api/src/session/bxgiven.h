@@ -9,6 +9,8 @@
 #include "parameters/bxistream.h"
 #include "parameters/bxparameter.h"
 
+#include <climits>
+
 class bxTestList;
 
 /** Reads a parameter and applies its value, if one is given. Throws bxException for a wrong value. */
@@ -19,6 +21,11 @@ void bxReadGiven(Parameter& parm, Apply apply) {
     parm.fromIStream(g_istrm);
     apply(parm.value());
 }
+
+/** Reads "yes" or "no" into a setting. */
+void bxReadYesNo(const char* name, bool& setting);
+/** Reads a whole number within limits into a setting. */
+void bxReadNumber(const char* name, int& setting, int least, int most = INT_MAX);
 
 /** Lists at ERR what was given and nothing in the run asked for; true when a -d name was unknown. */
 bool bxReportUnused(const bxTestList& tests);

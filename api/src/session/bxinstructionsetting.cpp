@@ -1,9 +1,9 @@
 #include "session/bxinstructionsetting.h"
 
+#include "framework/bxrun.h"
 #include "framework/bxstepfile.h"
 #include "output/bxpaths.h"
 #include "parameters/bxdefault.h"
-#include "parameters/bxmap.h"
 #include "session/bxgiven.h"
 #include "session/bxwholenumber.h"
 #include "timing/bxexception.h"
@@ -39,20 +39,13 @@ void bxReadInstructions() {
     g_istrm.expect("InstructionsFile");
     g_istrm.expect("InstructionsRow");
     g_istrm.expect("InstructionsSteps");
-    bxMapDefault<bool> count(g_tool.countInstructions, "Instructions", "");
-    count[true] = "yes";
-    count[false] = "no";
-    bxReadGiven(count, [](bool on) { g_tool.countInstructions = on; });
+    bxReadYesNo("Instructions", g_tool.countInstructions);
     if (!g_tool.countInstructions)
         return;
-    bxWholeNumber most(g_tool.mostInstructions, "InstructionsMost", 1);
-    bxReadGiven(most, [](int steps) { g_tool.mostInstructions = steps; });
+    bxReadNumber("InstructionsMost", g_tool.mostInstructions, 1);
     FileName file("", "InstructionsFile", "");
     bxReadGiven(file, openStepsFile);
-    bxMapDefault<bool> steps(true, "InstructionsSteps", "");
-    steps[true] = "yes";
-    steps[false] = "no";
-    bxReadGiven(steps, [](bool written) { bxStepFile::m_detailed = written; });
+    bxReadYesNo("InstructionsSteps", g_run.steps);
     bxWholeNumber row(1, "InstructionsRow", 1);
-    bxReadGiven(row, [](int number) { bxStepFile::m_row = number; });
+    bxReadGiven(row, [](int number) { g_run.onlyRow = number; });
 }

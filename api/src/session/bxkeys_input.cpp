@@ -23,11 +23,11 @@ int askModeOf(const bxString& argument) {
     return mode != 0 ? mode : askAll;
 }
 
-/** A name and "=". */
+/** A name and "="; without one the name is empty. */
 bool isSetting(const bxString& argument) {
     bxString name = argument.substr(0, argument.find("="));
     name.trim();
-    return argument.find("=") >= 0 && !name.empty();
+    return !name.empty();
 }
 
 bxString iniPath(bxString argument) {

@@ -2,7 +2,6 @@
 
 #include "output/bxostream.h"
 #include "parameters/bxdefault.h"
-#include "parameters/bxmap.h"
 #include "session/bxgiven.h"
 #include "timing/bxtool.h"
 
@@ -29,10 +28,7 @@ class PerCent : public bxDefault_NSC<double> {
 
 void bxReadPrecise() {
     g_istrm.expect("PreciseAccuracy");
-    bxMapDefault<bool> precise(g_tool.precise, "Precise", "");
-    precise[true] = "yes";
-    precise[false] = "no";
-    bxReadGiven(precise, [](bool on) { g_tool.precise = on; });
+    bxReadYesNo("Precise", g_tool.precise);
     if (!g_tool.precise)
         return;
     g_ostrm << ERR << " Figures in clocks of the core (one addition each), not of the counter\n"

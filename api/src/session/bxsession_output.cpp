@@ -24,7 +24,7 @@ void bxSession::parmsTitleToCStream() {
 void bxSession::resultTitleToCStream() {
     g_cstrm << bxTable::comment << bxTable::clocks << bxTable::unit << bxTable::microseconds
             << bxTable::mflops;
-    if (bxTest::m_hot != 0)
+    if (bxTest::m_hot != bxTest::hotOff)
         g_cstrm << bxTable::interest;
 }
 

@@ -1,21 +1,12 @@
 #include "session/bxstrict.h"
 
-#include "parameters/bxmap.h"
 #include "session/bxgiven.h"
+#include "session/bxyesno.h"
 #include "timing/bxexception.h"
 
 namespace {
 
 constexpr char settingName[] = "Strict";
-
-/** The setting with its two values. */
-class StrictSetting : public bxMapDefault<bool> {
-  public:
-    StrictSetting() : bxMapDefault<bool>(false, settingName, "") {
-        (*this)[true] = "yes";
-        (*this)[false] = "no";
-    }
-};
 
 } // namespace
 
@@ -26,7 +17,7 @@ bool bxIsStrict() {
         text = g_istrm.iniFile()->read(bxOwnSection, settingName, "");
     if (text.empty())
         return false;
-    StrictSetting strict;
+    bxYesNo strict(false, settingName);
     try {
         strict.translate(text);
     } catch (const bxException&) {
@@ -36,6 +27,6 @@ bool bxIsStrict() {
 }
 
 void bxReadStrict() {
-    StrictSetting strict;
-    bxReadGiven(strict, [](bool) {});
+    bool unused = false;
+    bxReadYesNo(settingName, unused);
 }
