@@ -29,11 +29,11 @@ kvStatusKind kvLibrary::kindOf(ZorStatus status, kvFailure failure) {
 }
 
 const char* kvLibrary::statusText(ZorStatus status, bool error) {
-    if (s_text != nullptr)
+    if (s_text)
         return s_text(status);
     if (s_named ||
         error != (status < 0)) // texts of another library, or for its own statuses, say nothing here
         return error ? "Error" : "Warning";
     // Before the session has set up the environment there is only the harness's own text.
-    return (zor_GetStatusString != nullptr ? zor_GetStatusString : s_zorGetStatusString)(status);
+    return (zor_GetStatusString ? zor_GetStatusString : s_zorGetStatusString)(status);
 }

@@ -38,11 +38,11 @@ bool MeasuredTest::canStart() {
     m_size = nullptr;
     for (AnyParm* const parm : makeParms()) {
         bxIterator<int>* const size = parm->size();
-        if (size != nullptr)
+        if (size)
             regCacheParm(*size);
         else
             regParm(parm->parameter());
-        m_size = m_size == nullptr ? size : m_size;
+        m_size = m_size ? m_size : size;
     }
     return true;
 }
@@ -61,7 +61,7 @@ bool MeasuredTest::initData() {
 /** Lets the set-up make data and call, and gives the call's words. */
 std::vector<std::uintptr_t> MeasuredTest::makeWork() {
     m_data.begin();
-    if (m_size != nullptr)
+    if (m_size)
         m_data.per(m_size->value());
     return wordsOf(setUp(m_data));
 }

@@ -21,7 +21,7 @@ constexpr unsigned int firstSeed = 7;
 /** The engine's own call loops know no function name: the status belongs to the test that is running. */
 bxResult checkStatusOfCurrentTest(int status) {
     auto* test = dynamic_cast<kvTest*>(bxTestList::m_pCurrentTest);
-    return test != nullptr ? test->checkStatus(status) : kvTest::checkStatus(status, "");
+    return test ? test->checkStatus(status) : kvTest::checkStatus(status, "");
 }
 
 bxString statusTitle(bool error, ZorStatus status, const bxString& function) {

@@ -97,7 +97,7 @@ bool kvVector::allocateVector(int bytes, int align, void* owner) {
     deleteVector();
     if (bytes <= 0)
         return memError(bytes);
-    m_owner = owner != nullptr ? owner : static_cast<bxObject*>(this);
+    m_owner = owner ? owner : static_cast<bxObject*>(this);
     m_data = g_placement.allocate(bytes, align < 0 ? g_placement.ruledAlign(kvElementSize(m_type)) : align,
                                   m_owner);
     if (!m_data)
@@ -174,9 +174,8 @@ int kvVector::size() const {
 }
 
 void* kvVector::getPointerAt(int i) const {
-    return m_data == nullptr
-               ? nullptr
-               : static_cast<char*>(m_data) + static_cast<std::ptrdiff_t>(i) * kvElementSize(m_type);
+    return m_data ? static_cast<char*>(m_data) + static_cast<std::ptrdiff_t>(i) * kvElementSize(m_type)
+                  : nullptr;
 }
 
 void kvVector::setConst() {

@@ -66,7 +66,7 @@ TEST(CommandKey, IsReadFromAWordAndTheNext) {
         bxCommandKey key;
         EXPECT_EQ(key.setArg(row.word, row.next), row.expected != nullptr) << row.word;
         EXPECT_EQ(isKeyString(row.word), row.expected != nullptr) << row.word;
-        if (row.expected != nullptr) {
+        if (row.expected) {
             bxString argument = "untouched";
             EXPECT_FALSE(key.getArg('~', argument));
             EXPECT_EQ(str(argument), "untouched");
@@ -160,7 +160,7 @@ class OpenSession : public bxSession {
     void putTableTitle() override { step("heads"), bxSession::putTableTitle(); }
     void readCommonData() override {
         step("settings");
-        if (wrongValue != nullptr)
+        if (wrongValue)
             throw bxException(bxString(wrongValue));
     }
 

@@ -157,9 +157,9 @@ class TimFill : public TimCopy {
     }
     bool initData() override {
         m_data = static_cast<Zor8u*>(allocate(s_len.value(), 1, MEM_OBJECT_IS_BUFFER));
-        for (int i = 0; m_data != nullptr && i < s_len.value(); ++i)
+        for (int i = 0; m_data && i < s_len.value(); ++i)
             m_data[i] = static_cast<Zor8u>(i);
-        return m_data != nullptr && TimCopy::initData();
+        return m_data && TimCopy::initData();
     }
     bool flushData() override {
         deallocate(m_data);

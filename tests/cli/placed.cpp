@@ -62,7 +62,7 @@ class Fragile : public Plain {
   public:
     using Plain::Plain;
     bxResult runTiming() override {
-        if (std::getenv("BENCHEX_LAYOUT") != nullptr)
+        if (std::getenv("BENCHEX_LAYOUT"))
             std::raise(name == "zFragile" ? SIGKILL : SIGSEGV);
         return Plain::runTiming();
     }

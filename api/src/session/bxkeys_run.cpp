@@ -138,8 +138,8 @@ const char* const Y_descr =
 bxString Y_info(bxString argument) {
     const Priority* priority = priorityOf(argument);
     return bxSession::unlessExit(bxSession::exitEnumerate,
-                                 priority != nullptr ? bxString("set ") + priority->name + " process priority"
-                                                     : bxString("ignored: incorrect process priority value"));
+                                 priority ? bxString("set ") + priority->name + " process priority"
+                                          : bxString("ignored: incorrect process priority value"));
 }
 void Y_apply(bxString argument, bxSession*) {
     if (const Priority* priority = priorityOf(argument))

@@ -31,7 +31,7 @@ int main(int argc, char** argv) {
 
     g_trace.traceIn("main");
     std::optional<bxSession> defaultSession;
-    bxSession& session = pSession != nullptr ? *pSession : defaultSession.emplace();
+    bxSession& session = pSession ? *pSession : defaultSession.emplace();
     const int status = session.run(argc, argv);
     bxFreeAll();
     g_trace.traceOut("main");
