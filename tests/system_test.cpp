@@ -3,6 +3,7 @@
 #include "system/bxcpuid.h"
 #include "system/bxcputype.h"
 #include "system/bxenvironment.h"
+#include "system/bxfreshpages.h"
 #include "system/bxhost.h"
 #include "system/bxpriority.h"
 #include "system/bxprobes.h"
@@ -10,11 +11,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
 #include <map>
 #include <sched.h>
 #include <set>
 #include <string>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 
@@ -417,6 +422,33 @@ TEST_F(LibraryEnvironment, LargestCacheAsksTheBoundFunctionFirst) {
     EXPECT_STREQ(bxCacheSizeProblem().c_str(), "text");
     zor_GetMaxCacheSizeB = [](int* size) -> ZorStatus { return *size = 12345, 0; };
     EXPECT_STREQ(bxCacheSizeProblem().c_str(), "");
+}
+
+/** Whether an address lies in memory that is no file's. */
+bool isOwnMemory(const void* address) {
+    std::ifstream maps("/proc/self/maps");
+    const auto wanted = reinterpret_cast<std::uintptr_t>(address);
+    for (std::string line; std::getline(maps, line);) {
+        unsigned long begin = 0, end = 0, inode = 0;
+        if (std::sscanf(line.c_str(), "%lx-%lx %*s %*s %*s %lu", &begin, &end, &inode) == 3 &&
+            begin <= wanted && wanted < end)
+            return inode == 0;
+    }
+    return false;
+}
+
+TEST(FreshPages, CodeAndConstantsStayWhatTheyAre) {
+    static const char constant[] = "as it was";
+    const auto code = reinterpret_cast<const void*>(&isOwnMemory);
+    ASSERT_FALSE(isOwnMemory(code) || isOwnMemory(constant));
+    const pid_t child = fork();
+    if (child == 0) {
+        bxTakeFreshPages(3);
+        _exit(isOwnMemory(code) && isOwnMemory(constant) && std::string(constant) == "as it was" ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
 }
 
 TEST(Host, HasANameAndASystem) {

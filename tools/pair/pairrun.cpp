@@ -6,8 +6,10 @@
 #include <array>
 #include <cmath>
 #include <fcntl.h>
+#include <iterator>
 #include <memory>
 #include <sched.h>
+#include <tuple>
 #include <unistd.h>
 
 using namespace bxTurnsForm;
@@ -80,12 +82,24 @@ class CoreForSides {
     std::size_t m_present = 0;
 };
 
+/** Whether the sides execute different files, which lie in different memory for as long as they are in use.
+ */
+bool haveOtherFiles(const Sides& sides) {
+    const auto loaded = [](const Side& side) {
+        std::vector<std::string> settings;
+        std::copy_if(side.environment.begin(), side.environment.end(), std::back_inserter(settings),
+                     [](const std::string& setting) { return setting.starts_with("LD_"); });
+        return std::tuple(side.program, side.libraries, settings);
+    };
+    return loaded(sides[0]) != loaded(sides[1]);
+}
+
 /** Rounds over the rows that are still open. */
 class Rounds {
   public:
     Rounds(const Sides& sides, const PairRules& rules, Moment start, PairResult& result)
         : m_sides(sides), m_rules(rules), m_start(start), m_result(result), m_random(rules.seed),
-          m_looks(rules.alpha, result.rows.size()) {}
+          m_looks(rules.alpha, result.rows.size()), m_otherFiles(haveOtherFiles(sides)) {}
 
     bool open() const {
         return !interrupted() && secondsSince(m_start) < m_rules.seconds &&
@@ -129,6 +143,7 @@ class Rounds {
             stretches += 2 * static_cast<std::size_t>(turnsOf(*row));
         m_plan.emplace(takeTurns, m_open.size(), stretches);
         m_plan->head().core = m_core.number();
+        m_plan->head().freshPages = m_otherFiles ? 1 : 0;
         m_plan->head().timeLimit = m_rules.timeLimit;
         m_plan->head().heapOffset = static_cast<int>(m_random() % 4096) * 16;
         int next = 0;
@@ -272,6 +287,7 @@ class Rounds {
     PairResult& m_result;
     std::mt19937 m_random;
     Looks m_looks;
+    bool m_otherFiles;
     CoreForSides m_core;
     std::vector<RowProgress*> m_open;
     std::optional<SidePlan> m_plan;

@@ -1,6 +1,7 @@
 #include "timing/bxturns.h"
 
 #include "system/bxclock.h"
+#include "system/bxfreshpages.h"
 #include "timing/bxcores.h"
 #include "timing/bxwatchdog.h"
 
@@ -45,6 +46,9 @@ void bxTurns::start() {
         std::fputs("benchex: the program that compares is of another version\n", stderr);
         std::_Exit(2);
     }
+    const Plan& plan = *s_side->m_plan;
+    if (plan.freshPages != 0)
+        bxTakeFreshPages(plan.heapOffset / 16); // as random as that is, and alike on both sides
 }
 
 bxTurns::bxTurns(const Descriptors& descriptors) : m_descriptors(descriptors), m_log(descriptors.log) {

@@ -15,7 +15,7 @@ namespace bxTurnsForm {
  */
 inline constexpr char variable[] = "BENCHEX_SIDE";
 
-inline constexpr std::uint32_t version = 0x42580001;
+inline constexpr std::uint32_t version = 0x42580002;
 
 /** What a side is started for. */
 enum Task : std::uint32_t {
@@ -46,12 +46,13 @@ struct Row {
 struct alignas(8) Plan {
     std::uint32_t version;
     std::uint32_t task;
-    std::int32_t firstTest;   /**< tests before it are left out */
-    std::int32_t heapOffset;  /**< bytes to allocate before anything else */
-    std::int32_t core;        /**< to run on while taking turns; -1 for any */
-    std::int32_t timeLimit;   /**< seconds for the calls of a combination, where the user set none */
-    std::uint32_t rows;       /**< ascending in both places */
-    std::uint32_t clocksAt;   /**< offset of the clocks, bytes */
+    std::int32_t firstTest;  /**< tests before it are left out */
+    std::int32_t heapOffset; /**< bytes to allocate before anything else */
+    std::int32_t freshPages; /**< 1: code and constants are to lie in other memory than in the round before */
+    std::int32_t core;       /**< to run on while taking turns; -1 for any */
+    std::int32_t timeLimit;  /**< seconds for the calls of a combination, where the user set none */
+    std::uint32_t rows;      /**< ascending in both places */
+    std::uint32_t clocksAt;  /**< offset of the clocks, bytes */
     std::int32_t position[2]; /**< row that each side is at; -1 before the first, `rows` at its orderly end */
 };
 
