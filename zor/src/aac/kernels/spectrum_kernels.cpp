@@ -82,21 +82,27 @@ void dequantise(Zor32s* lines, BandLines bands, const float* gains, const float*
     }
 }
 
+void dequantiseBand(const Zor32s* __restrict from, float* __restrict to, int count, float gain,
+                    const float* __restrict power) {
+    constexpr auto signBit = static_cast<Zor32s>(0x80000000U);
+    for (int i = 0; i < count; ++i) {
+        const Zor32s sign = from[i] >> 31;
+        const Zor32u magnitude = static_cast<Zor32u>(from[i] ^ sign) - static_cast<Zor32u>(sign);
+        const auto index = static_cast<Zor32s>(std::min<Zor32u>(magnitude, largestQuantised));
+        to[i] = std::bit_cast<float>(std::bit_cast<Zor32s>(power[index] * gain) ^ (sign & signBit));
+    }
+}
+
 void dequantiseToFloat(const Zor32s* from, float* to, BandLines bands, const float* gains, const float* power,
                        int winLen) {
     for (int band = 0; band < bands.count; ++band) {
-        const float gain = gains[band];
         const int first = bands.offset[band], width = bands.offset[band + 1] - first;
         for (int window = 0; window < bands.windows; ++window, from += width) {
-            float* __restrict const lines = to + window * winLen + first;
-            for (int i = 0; gain != 0 && i < width; ++i) {
-                const Zor32s sign = from[i] >> 31;
-                const Zor32u magnitude = static_cast<Zor32u>(from[i] ^ sign) - static_cast<Zor32u>(sign);
-                const float value = power[std::min<Zor32u>(magnitude, largestQuantised)] * gain;
-                lines[i] = from[i] < 0 ? -value : value;
-            }
-            for (int i = 0; gain == 0 && i < width; ++i)
-                lines[i] = 0;
+            float* const lines = to + window * winLen + first;
+            if (gains[band] != 0)
+                dequantiseBand(from, lines, width, gains[band], power);
+            else
+                std::fill_n(lines, width, 0.0F);
         }
     }
 }
