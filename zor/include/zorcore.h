@@ -71,8 +71,10 @@ ZOR_API ZorStatus zorInit(void);
 
 /**
  * Chooses the code path of a processor type.
- * \return zorStsBadArgErr for a code that is no type, zorStsCpuNotSupportedErr for one that this processor
- *         cannot run; the code path stays as it was.
+ * \return zorStsNoErr for a type that the library has code for: zorCpuUnknown, zorCpuX87, zorCpuSSE2,
+ * zorCpuAVX, zorCpuAVX2; for all others a positive status, zorStsRunsPortable to zorStsRunsAVX2, which tells
+ * whose code they run. zorStsBadArgErr for a code that is no type, zorStsCpuNotSupportedErr for one that this
+ * processor cannot run; the code path stays as it was.
  */
 ZOR_API ZorStatus zorInitCpu(int cpuType);
 

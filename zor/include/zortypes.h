@@ -35,8 +35,12 @@ enum {
     zorStsScaleRangeErr = -14,      /**< a scale factor is out of its range */
     zorStsUnknownCacheSize = 37,    /**< the size of the caches cannot be told */
     zorStsCacheSizeIgnored = 38,    /**< ZOR_MAX_CACHE_SIZE holds no size */
-    zorStsNoOperation = 1,          /**< nothing had to be done */
-    zorStsOverflow = 12             /**< a value did not fit and was saturated */
+    zorStsRunsPortable = 40, /**< the processor type has no code of its own and runs the portable one */
+    zorStsRunsSSE2 = 41,     /**< the same, and runs that of SSE2 */
+    zorStsRunsAVX = 42,      /**< the same, and runs that of AVX */
+    zorStsRunsAVX2 = 43,     /**< the same, and runs that of AVX2 */
+    zorStsNoOperation = 1,   /**< nothing had to be done */
+    zorStsOverflow = 12      /**< a value did not fit and was saturated */
 };
 
 /* Unsigned and signed integers, floating point; "c" is a complex pair. */

@@ -160,6 +160,12 @@ inline constexpr std::array cpuTypeRows = {
     CpuTypeRow{zorCpuX8664v4, level::x64v3 | level::avx512bw, CodePath::avx2},
 };
 
+/** Whether a type names the code path that serves it, and not only one that it can run. */
+constexpr bool hasOwnPath(const CpuTypeRow& type) {
+    constexpr std::array owners = {zorCpuUnknown, zorCpuX87, zorCpuSSE2, zorCpuAVX, zorCpuAVX2};
+    return std::ranges::find(owners, type.code) != owners.end();
+}
+
 /** The row of a code; null for a code that is no type. */
 inline const CpuTypeRow* findCpuType(int code) {
     const auto row = std::ranges::find(cpuTypeRows, code, &CpuTypeRow::code);

@@ -46,7 +46,7 @@ ZorStatus initCpu(const zor::CpuTypeRow& type) {
     if (!zor::canRun(type, features()))
         return zorStsCpuNotSupportedErr;
     zor_code_path = static_cast<int>(type.path);
-    return zorStsNoErr;
+    return zor::hasOwnPath(type) ? zorStsNoErr : zorStsRunsPortable + zor_code_path;
 }
 
 } // namespace
@@ -81,7 +81,7 @@ ZorStatus zorGetMaxCacheSizeB(int* sizeByte) {
 }
 
 ZorStatus zorInit() {
-    return initCpu(*zor::findCpuType(zorGetCpuType()));
+    return std::min<ZorStatus>(initCpu(*zor::findCpuType(zorGetCpuType())), zorStsNoErr);
 }
 
 ZorStatus zorInitCpu(int cpuType) {
