@@ -158,7 +158,7 @@ class kvData {
     template <class T, class Destroy>
     T state(T made, Destroy destroy) {
         if constexpr (std::is_pointer_v<T>)
-            if (made == nullptr)
+            if (!made)
                 noState();
         atEnd([made, destroy] { destroy(made); });
         return made;
@@ -167,7 +167,7 @@ class kvData {
     template <class T, class Deleter>
     T* state(std::unique_ptr<T, Deleter> made) {
         T* const object = made.get();
-        if (object == nullptr)
+        if (!object)
             noState();
         atEnd([owner = std::shared_ptr<T>(std::move(made))]() mutable { owner.reset(); });
         return object;

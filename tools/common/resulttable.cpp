@@ -400,16 +400,16 @@ bool ResultRow::inCoreClocks() const {
 }
 
 std::optional<double> ResultRow::instructions() const {
-    return numberAfter(comment, "instr=");
+    return numberAfter(comment, bxTable::instructions);
 }
 
 std::optional<double> ResultRow::steps() const {
-    const auto steps = numberAfter(comment, "steps=");
+    const auto steps = numberAfter(comment, bxTable::steps);
     return steps ? steps : instructions();
 }
 
 std::optional<double> ResultRow::ipc() const {
-    return numberAfter(comment, "ipc=");
+    return numberAfter(comment, bxTable::perClock);
 }
 
 std::optional<CallSpread> ResultRow::callSpread() const {
@@ -446,7 +446,7 @@ std::optional<double> ResultRow::firstCall() const {
 }
 
 std::string ResultRow::codeDigest() const {
-    constexpr std::string_view mark = " code=";
+    const std::string mark = std::string(" ") + bxTable::code;
     const std::size_t at = comment.find(mark);
     return at == std::string::npos ? std::string() : comment.substr(at + mark.size(), 8);
 }

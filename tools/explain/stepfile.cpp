@@ -1,5 +1,7 @@
 #include "stepfile.h"
 
+#include "output/bxtable.h"
+
 #include <cstring>
 #include <functional>
 #include <istream>
@@ -114,7 +116,7 @@ std::vector<SteppedCall> readSteps(std::istream& input, const std::string& name)
 }
 
 std::optional<long long> SteppedCall::instructions() const {
-    constexpr std::string_view key = "instr=";
+    constexpr std::string_view key = bxTable::instructions;
     if (!count.starts_with(key) || count.size() == key.size() || !std::isdigit(count[key.size()]))
         return std::nullopt;
     return std::stoll(count.substr(key.size()));

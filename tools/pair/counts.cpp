@@ -1,5 +1,6 @@
 #include "counts.h"
 
+#include "output/bxtable.h"
 #include "sideplan.h"
 #include "sideprocess.h"
 
@@ -12,6 +13,8 @@
 using namespace bxTurnsForm;
 
 namespace {
+
+constexpr std::string_view key = bxTable::instructions;
 
 /** Counted calls in a log: their places and what was found. */
 std::vector<std::pair<Place, std::string>> countsIn(std::span<const char> log) {
@@ -78,7 +81,7 @@ class Counter {
         const bool complete = m_plan->head().position[m_side] == static_cast<int>(m_plan->rows().size());
         if (complete || behindLast >= m_wanted.size())
             return false;
-        textOf(behindLast) = "instr=?" + process->ending();
+        textOf(behindLast) = std::string(key) + "?" + process->ending();
         m_next = behindLast + 1;
         m_size = 0;
         m_lastChange = std::chrono::steady_clock::now();
@@ -109,8 +112,6 @@ class Counter {
     long long m_size = 0;
     Moment m_lastChange = std::chrono::steady_clock::now();
 };
-
-constexpr std::string_view key = "instr=";
 
 } // namespace
 

@@ -44,8 +44,8 @@ bxString preciseText(const bxTool& tool) {
 bxString instructionText(const bxTool& tool, const bxInstructionCount& instructions) {
     bxString text = instructions.text();
     if (instructions.known() && tool.preciseFigure.clocks > 0)
-        text << formatted(" ipc=%.3g",
-                          static_cast<double>(instructions.instructions) / tool.preciseFigure.clocks);
+        text << " " << bxTable::perClock
+             << static_cast<double>(instructions.instructions) / tool.preciseFigure.clocks;
     return text;
 }
 

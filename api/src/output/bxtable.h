@@ -42,6 +42,12 @@ inline constexpr Text coreClocks = "core/counter="; /**< in "Comment": clocks of
                                                        counter; "Clocks" are the core's then */
 inline constexpr Text throughput = "adds/clock="; /**< in "Comment": independent additions in a core clock */
 
+// In "Comment": the instructions of a call.
+inline constexpr Text instructions = "instr="; /**< their number, or "?" and why there is none */
+inline constexpr Text steps = "steps=";        /**< where repeated string instructions make them more */
+inline constexpr Text code = "code=";          /**< digest of the bytes that were executed */
+inline constexpr Text perClock = "ipc=";       /**< instructions in a core clock */
+
 // In "Comment": what single calls cost.
 inline constexpr Text singleCalls = "calls="; /**< timed one by one, or "?" and why not */
 inline constexpr Text leastCall = "least=";

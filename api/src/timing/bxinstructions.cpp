@@ -1,5 +1,6 @@
 #include "timing/bxinstructions.h"
 
+#include "output/bxtable.h"
 #include "timing/bxexception.h"
 #include "timing/bxopcode.h"
 #include "timing/bxsignal.h"
@@ -367,13 +368,13 @@ bxString bxInstructionCount::text() const {
     if (overLimit)
         return bxString("instr>") << steps - 1;
     if (!problem.empty())
-        return "instr=?" + problem;
+        return bxString(bxTable::instructions) + "?" + problem;
     if (instructions == 0)
         return "";
-    bxString line = bxString("instr=") << instructions;
+    bxString line = bxString(bxTable::instructions) << instructions;
     if (steps != instructions)
-        line << " steps=" << steps;
+        line << " " << bxTable::steps << steps;
     char code[16];
-    std::snprintf(code, sizeof code, " code=%08x", digest);
-    return line << code;
+    std::snprintf(code, sizeof code, "%08x", digest);
+    return line << " " << bxTable::code << code;
 }
