@@ -40,6 +40,20 @@ TEST(TextTable, FitsEveryScreenAndShowsTheWorstOfEachDomainFirst) {
     EXPECT_LT(at("zorsF37_AAC"), at("\nMP3 (20)  zorsF38_MP3_32s"));
     EXPECT_THAT(table, testing::Not(HasSubstr("zorsF1_")));
     EXPECT_THAT(textTable(data, {}, 2), HasSubstr("zorsF1_AAC_32s"));
+    EXPECT_THAT(textTable(data, {24, 24, false}, 2), HasSubstr("zorsF39_AAC_32s    40.0\n")) << "narrow";
+}
+
+TEST(TextTable, LongNamesLoseTheirMiddleAndAWarningOfAllIsSaidOnce) {
+    std::istringstream written("CPU,one\nFunction,Types,Descriptor,P1,Comment,Clocks,per,Time (usec),MFlops\n"
+                               "zorsSynthesisDownFilter_SBR_CToR,32fc32f,D2L,960,nLps=4 acc=7%,6.5,e,2.5,-\n"
+                               "zorsSynthesisDownFilter_SBR_RToR,32f,D2L,960,nLps=4 acc=7%,0.9,e,2.5,-\n"
+                               "zorsOther,32f,-,960,nLps=4 acc=7%,1234,e,2.5,-\n");
+    const Collection tables{{readTable(written, "t.csv", false).runs.at(0)}, {}, {}};
+    const std::string table = textTable(makeReport(tables), {24, 36, true}, 1);
+    EXPECT_THAT(table, HasSubstr("zorsSynthesis..R_32fc32f_D2L    6.50\n"));
+    EXPECT_THAT(table, HasSubstr("zorsSynthesis.._RToR_32f_D2L   0.900\n"));
+    EXPECT_THAT(table, HasSubstr("ACCURWRN: all 3 functions"));
+    EXPECT_EQ(table.find("ACCURWRN"), table.rfind("ACCURWRN"));
 }
 
 TEST(Terminal, LinksNameFilesThatAnyAddressHolds) {

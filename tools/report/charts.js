@@ -113,15 +113,25 @@ function horizontalAxis(view) {
   };
 }
 
-function verticalAxis(view) {
-  const figures = view.rows.map(row => row.clocks).filter(clocks => clocks > 0);
+/** 1, 2 and 5 times powers of ten, or the powers alone where there is no room for more. */
+function roundNumbers(low, high) {
+  const numbers = [];
+  for (let power = Math.floor(Math.log10(low)); power <= Math.log10(high); ++power) {
+    for (const digit of [1, 2, 5]) numbers.push(Number(`${digit}e${power}`));
+  }
+  const inside = numbers.filter(number => number >= low && number <= high);
+  return inside.length <= 7 ? inside : inside.filter(number => /^1e/.test(number.toExponential()));
+}
+
+function verticalAxis(view, figures) {
   const wide = Math.max(...figures) >= 20 * Math.min(...figures);
   const title = {display: true, text: `clocks per ${view.rows[0].per || 'call'}`};
   if (!wide || !isCurve(view)) return {type: 'linear', title, beginAtZero: true, ticks: {maxTicksLimit: 6}};
+  const [min, max] = [Math.min(...figures) / 1.2, Math.max(...figures) * 1.2];
   return {
-    type: 'logarithmic', title,
-    afterBuildTicks: axis => { axis.ticks = axis.ticks.filter(({value}) => /^[125]/.test(value.toExponential())); },
-    ticks: {callback: value => String(value)},
+    type: 'logarithmic', title, min, max,
+    afterBuildTicks: axis => { axis.ticks = roundNumbers(min, max).map(value => ({value})); },
+    ticks: {callback: value => String(value), autoSkip: false},
   };
 }
 
@@ -138,7 +148,7 @@ function draw(article) {
   if (charts.has(view.name)) return;
   const datasets = linesOf(view).map(line => datasetOf(line, view));
   datasets.forEach(paint);
-  const scales = {x: horizontalAxis(view), y: verticalAxis(view)};
+  const scales = {x: horizontalAxis(view), y: verticalAxis(view, datasets.flatMap(({data}) => data.map(({y}) => y)))};
   Object.values(scales).forEach(themeAxis);
   const chart = new Chart(article.querySelector('canvas'), {
     type: isCurve(view) ? 'line' : 'bar',

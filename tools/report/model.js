@@ -38,11 +38,21 @@ const anchorOf = name => 'fn-' + encodeURIComponent(name);
 const functionLink = name => make('a', {href: '#' + anchorOf(name)},
   ...name.split(/(?<=_)/).flatMap(part => [part, make('wbr')]));
 
+/** Results of each function's tests that were not good, over all runs. */
+const badResults = new Map();
+for (const test of data.runs.flatMap(run => run.tests)) {
+  if (!gradeOf(test.result)) continue;
+  if (!badResults.has(test.function)) badResults.set(test.function, new Set());
+  badResults.get(test.function).add(test.result);
+}
+
+/** A warning that all functions share tells of the machine: it is said once, and not beside every name. */
+const isShared = result => views.size >= 3 && gradeOf(result) === 'warned' &&
+  [...views.keys()].every(name => badResults.get(name)?.has(result));
+
 function badges(view) {
-  const results = new Set(data.runs.flatMap(run => run.tests)
-    .filter(test => test.function === view.name && gradeOf(test.result)).map(test => test.result));
-  const list = [...results].map(result => make('span', {class: 'badge ' + gradeOf(result), title: result},
-    gradeOf(result) === 'failed' ? result : '!'));
+  const list = [...badResults.get(view.name) || []].filter(result => !isShared(result))
+    .map(result => make('span', {class: 'badge ' + gradeOf(result), title: result}, gradeOf(result) === 'failed' ? result : '!'));
   if (view.hot) list.unshift(make('span', {class: 'badge hot'}, 'Hot'));
   return list;
 }

@@ -54,7 +54,8 @@ function showProblems() {
   }
   for (const [result, tests] of warned) {
     byId('problems').append(make('details', {open: tests.length <= 10},
-      make('summary', {}, make('span', {class: 'badge warned'}, result), ` ${tests.length} functions`),
+      make('summary', {}, make('span', {class: 'badge warned'}, result),
+        ` ${isShared(result) ? 'all ' : ''}${tests.length} functions`),
       make('p', {class: 'names'}, ...tests.map(test => make('span', {}, nameOf(test), inRuns(test))))));
   }
 }

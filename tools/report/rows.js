@@ -13,7 +13,8 @@ const columns = [
   {title: 'Comment', of: row => row.comment},
 ];
 
-const lineHeight = 26; // pixels, as the style sheet has it
+const lineHeight = 26, cellPadding = 20; // pixels, as the style sheet has it
+const widest = {Parameters: 300, Comment: 230}; // pixels of a text; of others 360
 const frame = byId('rows');
 const tableBody = frame.querySelector('tbody');
 let order = data.rows;  // as sorted
@@ -65,16 +66,23 @@ function showAllLines() {
 /** Columns as wide as their longest text, within limits: lines come and go, widths stay. */
 function showTitles() {
   const step = Math.max(1, Math.floor(data.rows.length / 2000));
+  const pen = make('canvas').getContext('2d');
+  const style = getComputedStyle(frame.querySelector('table'));
+  const widthOf = text => pen.measureText(text).width;
+  pen.font = `600 ${style.fontSize} ${style.fontFamily}`;
   const widths = columns.map(column => {
-    let longest = column.title.length + 2;
+    const texts = new Set();
     for (let i = 0; i < data.rows.length; i += step) {
       const value = column.of(data.rows[i]);
-      longest = Math.max(longest, (column.number ? digits(value) : value ?? '').length + (column.title === 'Function' ? 2 : 0));
+      texts.add((column.title === 'Function' ? '# ' : '') + (column.number ? digits(value) : value ?? ''));
     }
-    return Math.min(longest, column.title === 'Parameters' || column.title === 'Function' ? 48 : 30);
+    const longest = Math.max(...[...texts].map(text => text.length));
+    const wide = [...texts].filter(text => text.length >= 0.8 * longest).slice(0, 200).map(widthOf);
+    const mark = column.title === 'Clocks' && data.rows.some(row => row.short) ? 64 : 0;
+    return Math.ceil(Math.max(widthOf(column.title + ' \u25b2'), mark + Math.min(widest[column.title] ?? 360, Math.max(...wide)))) + cellPadding;
   });
-  frame.querySelector('colgroup').replaceChildren(...widths.map(width => make('col', {style: `width: ${width * 0.85 + 2}ch`})));
-  frame.querySelector('table').style.minWidth = widths.reduce((sum, width) => sum + width * 0.85 + 2, 0) + 'ch';
+  frame.querySelector('colgroup').replaceChildren(...widths.map(width => make('col', {style: `width: ${width}px`})));
+  frame.querySelector('table').style.minWidth = widths.reduce((sum, width) => sum + width, 0) + 'px';
   frame.querySelector('thead').replaceChildren(make('tr', {}, ...columns.map(column => {
     const button = make('button', {type: 'button'}, column.title);
     const title = make('th', {class: column.number ? 'number' : ''}, button);

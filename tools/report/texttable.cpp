@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::string_view bold = "\x1b[1m", red = "\x1b[31m", yellow = "\x1b[33m", plain = "\x1b[0m";
 constexpr std::size_t legible = 12;       // characters of a column that is cut
+constexpr std::size_t legibleName = 32;   // and of a name cut in its middle
 constexpr std::size_t mostOfWarnings = 2; // lines of a screen for the names of a warning
 constexpr std::size_t leastOfScreen = 10; // lines for functions, however many warnings there are
 
@@ -16,7 +17,7 @@ constexpr std::size_t leastOfScreen = 10; // lines for functions, however many w
 std::string digits(double number) {
     std::array<char, 32> text{};
     if (number > 0 && number < 1)
-        std::snprintf(text.data(), text.size(), "%.3g", number);
+        std::snprintf(text.data(), text.size(), "%#.3g", number);
     else
         std::snprintf(text.data(), text.size(), "%.*f", number >= 100 ? 0 : number >= 10 ? 1 : 2, number);
     return text.data();
@@ -49,7 +50,8 @@ PlacedFunction place(const FunctionView& view, const TableRun& run, std::size_t 
     for (const RowRef& ref : view.rows) {
         if (ref.run != number)
             continue;
-        if (const std::string result = rowResult(run, *ref.row); gradeOf(result) > gradeOf(placed.result))
+        const std::string result = rowResult(run, *ref.row);
+        if (placed.result.empty() || gradeOf(result) > gradeOf(placed.result))
             placed.result = result;
         if (!ref.row->clocks)
             continue;
@@ -89,8 +91,10 @@ std::string_view lookOf(const std::string& result) {
 struct Column {
     const char* title;
     bool number;
-    int keep; /**< of a narrow screen's columns the lowest goes first */
+    int keep;              /**< of a narrow screen's columns the lowest goes first */
+    std::size_t least = 0; /**< width that it may be cut to; 0: it is not cut */
     std::vector<Cell> cells = {};
+    std::size_t shown = 0; /**< width on the screen */
 
     std::size_t width() const {
         std::size_t most = std::string_view(title).size();
@@ -99,6 +103,21 @@ struct Column {
         return most;
     }
 };
+
+std::string cut(std::string text, std::size_t width) {
+    if (text.size() <= width)
+        return text;
+    text.resize(width - std::min<std::size_t>(width, 2));
+    return text.append(std::min<std::size_t>(width, 2), '.');
+}
+
+/** A name without its middle: what tells names apart is at both ends. */
+std::string cutName(const std::string& name, std::size_t width) {
+    if (name.size() <= width || width < legible)
+        return cut(name, width);
+    const std::size_t end = (width - 2) / 2;
+    return name.substr(0, width - 2 - end) + ".." + name.substr(name.size() - end);
+}
 
 class Table {
   public:
@@ -111,22 +130,45 @@ class Table {
     std::string text(const Screen& screen);
 
   private:
-    std::size_t width() const {
-        std::size_t sum = 0;
-        for (const Column& column : m_columns)
-            sum += column.width() + 2;
-        return sum - 2;
-    }
+    void fit(std::size_t columns);
     std::string line(std::size_t i, const Screen& screen, bool title) const;
 
     std::vector<Column> m_columns;
 };
 
-std::string cut(std::string text, std::size_t width) {
-    if (text.size() <= width)
-        return text;
-    text.resize(width - std::min<std::size_t>(width, 2));
-    return text.append(std::min<std::size_t>(width, 2), '.');
+/** Leaves columns out while those that stay could not be legible, then cuts from the last on. */
+void Table::fit(std::size_t columns) {
+    constexpr int kept = 8; // the name and its clocks stay
+    for (Column& column : m_columns)
+        column.shown = column.width();
+    std::erase_if(m_columns, [](const Column& column) {
+        return column.keep < kept && std::all_of(column.cells.begin(), column.cells.end(),
+                                                 [](const Cell& c) { return c.text.empty(); });
+    });
+    const auto sum = [&](auto width) {
+        std::size_t all = 2 * (m_columns.size() - 1);
+        for (const Column& column : m_columns)
+            all += width(column);
+        return all;
+    };
+    const auto legibleWidth = [](const Column& c) {
+        return c.least > 0 ? std::min(c.shown, c.least) : c.shown;
+    };
+    while (sum(legibleWidth) > columns) {
+        const auto least = std::min_element(m_columns.begin(), m_columns.end(),
+                                            [](const Column& a, const Column& b) { return a.keep < b.keep; });
+        if (least->keep >= kept)
+            break;
+        m_columns.erase(least);
+    }
+    const std::size_t all = sum([](const Column& c) { return c.shown; });
+    std::size_t over = all - std::min(all, columns);
+    for (auto column = m_columns.rbegin(); column != m_columns.rend(); ++column) {
+        const std::size_t taken = std::min(over, column->shown - legibleWidth(*column));
+        column->shown -= taken;
+        over -= taken;
+    }
+    m_columns.front().shown -= std::min(over, m_columns.front().shown);
 }
 
 std::string Table::line(std::size_t i, const Screen& screen, bool title) const {
@@ -134,8 +176,9 @@ std::string Table::line(std::size_t i, const Screen& screen, bool title) const {
     std::size_t left = screen.columns;
     for (const Column& column : m_columns) {
         const Cell cell = title ? Cell{column.title, bold} : column.cells[i];
-        const std::size_t width = std::min(column.width(), left);
-        const std::string text = cut(cell.text, width);
+        const std::size_t width = std::min(column.shown, left);
+        const std::string text =
+            column.least == legibleName ? cutName(cell.text, width) : cut(cell.text, width);
         const std::string blanks(width - text.size(), ' ');
         const bool styled = screen.styled && !cell.look.empty() && !text.empty();
         line += column.number ? blanks : "";
@@ -148,15 +191,7 @@ std::string Table::line(std::size_t i, const Screen& screen, bool title) const {
 }
 
 std::string Table::text(const Screen& screen) {
-    while (width() > screen.columns && m_columns.size() > 1) {
-        if (width() - m_columns.back().width() + legible <= screen.columns)
-            break; // the last column is cut
-        const auto least = std::min_element(m_columns.begin(), m_columns.end(),
-                                            [](const Column& a, const Column& b) { return a.keep < b.keep; });
-        if (least->keep > 3)
-            break;
-        m_columns.erase(least);
-    }
+    fit(screen.columns);
     std::string text = line(0, screen, true);
     for (std::size_t i = 0; i < m_columns.front().cells.size(); ++i)
         text += line(i, screen, false);
@@ -181,6 +216,20 @@ std::vector<std::string> wrapped(const std::string& first, const std::vector<std
         lines.back() += " " + words[i] + (last ? "" : ",");
     }
     return lines;
+}
+
+/** The warning that all functions share: it tells of the machine then, and of no function. */
+std::string sharedWarning(const std::vector<PlacedDomain>& domains) {
+    constexpr std::size_t several = 3;
+    const std::string& first = domains.front().functions.front().result;
+    std::size_t functions = 0;
+    for (const PlacedDomain& domain : domains)
+        for (const PlacedFunction& function : domain.functions) {
+            if (function.result.empty() || function.result != first)
+                return {};
+            ++functions;
+        }
+    return functions >= several && gradeOf(first) == Grade::warned ? first : std::string();
 }
 
 /** The lines that name failed and warned functions by their results. */
@@ -220,9 +269,10 @@ std::vector<std::size_t> share(const std::vector<PlacedDomain>& domains, std::op
     return shown;
 }
 
-std::vector<Cell> cellsOf(const std::string& domain, const PlacedFunction& function) {
-    std::vector<Cell> cells{
-        {domain, bold}, {function.name, lookOf(function.result)}, {std::to_string(function.rows)}};
+std::vector<Cell> cellsOf(const std::string& domain, const PlacedFunction& function,
+                          const std::string& shared) {
+    const std::string result = function.result == shared ? std::string() : function.result;
+    std::vector<Cell> cells{{domain, bold}, {function.name, lookOf(result)}, {std::to_string(function.rows)}};
     if (function.worst) {
         const ResultRow& row = *function.worst->row;
         cells.insert(cells.end(), {{digits(function.most())},
@@ -232,8 +282,8 @@ std::vector<Cell> cellsOf(const std::string& domain, const PlacedFunction& funct
     } else {
         cells.resize(7);
     }
-    const bool good = function.result.empty() || gradeOf(function.result) == Grade::good;
-    cells.push_back({good ? "" : function.result, lookOf(function.result)});
+    const bool good = result.empty() || gradeOf(result) == Grade::good;
+    cells.push_back({good ? "" : result, lookOf(result)});
     cells.push_back({function.place});
     return cells;
 }
@@ -282,27 +332,30 @@ std::string textTable(const ReportData& data, const Screen& screen, std::size_t 
     if (screen.lines)
         room = *screen.lines - std::min(*screen.lines, around + reserved);
     const std::size_t named = !room ? functions + 1 : *room - std::min(*room, leastOfScreen);
-    const std::vector<Cell> bad = problems(domains, screen, std::max<std::size_t>(1, named));
+    const std::string shared = domains.empty() ? std::string() : sharedWarning(domains);
+    std::vector<Cell> bad{{shared + ": all " + std::to_string(functions) + " functions", lookOf(shared)}};
+    if (shared.empty())
+        bad = problems(domains, screen, std::max<std::size_t>(1, named));
     if (room)
         room = std::max<std::size_t>(1, *room - std::min(*room, bad.size()));
 
     const std::vector<std::size_t> shown = share(domains, room);
-    Table table({{"Domain", false, 9},
-                 {"Function", false, 9},
+    Table table({{"Domain", false, 7},
+                 {"Function", false, 9, legibleName},
                  {"Rows", true, 3},
                  {"Clocks", true, 8},
-                 {"per", false, 7},
+                 {"per", false, 6},
                  {"Best", true, 1},
-                 {"Time", true, 6},
-                 {"Result", false, 5},
-                 {"At", false, 2}});
+                 {"Time", true, 5},
+                 {"Result", false, 4},
+                 {"At", false, 2, legible}});
     std::size_t hidden = 0;
     for (std::size_t i = 0; i < domains.size(); ++i) {
         const auto& of = domains[i].functions;
         hidden += of.size() - shown[i];
         for (std::size_t j = 0; j < shown[i]; ++j) {
             const std::string more = shown[i] < of.size() ? " (" + std::to_string(of.size()) + ")" : "";
-            table.add(cellsOf(j == 0 ? domains[i].name + more : "", of[j]));
+            table.add(cellsOf(j == 0 ? domains[i].name + more : "", of[j], shared));
         }
     }
     std::string text = cut(run.head.value(bxTable::cpu), screen.columns) + "\n";

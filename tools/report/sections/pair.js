@@ -45,8 +45,10 @@ addSection({name: 'pair', title: 'Two sides against each other', show: (element,
     return holder.firstChild;
   }
 
+  const remarkOf = row => [row.trouble, row.difference].filter(Boolean).join('; ');
+
   const columnsOf = result => [
-    {title: 'Function', of: row => row.function},
+    {title: 'Function', of: row => row.function, class: () => 'name'},
     {title: 'Parameters', of: row => row.parameters, class: () => 'parameters'},
     ...(result.outputsOnly ? [] : [
       {title: 'Verdict', of: row => isTimed(row) ? row.verdict : '', class: () => 'verdict'}]),
@@ -59,7 +61,7 @@ addSection({name: 'pair', title: 'Two sides against each other', show: (element,
       {title: 'Clocks before', number: true, of: row => row.clocksBefore, text: row => clocksText(row.clocksBefore)},
       {title: 'after', number: true, of: row => row.clocksAfter, text: row => clocksText(row.clocksAfter)},
       {title: 'Rounds', number: true, of: row => row.rounds, text: row => String(row.rounds)}]),
-    {title: 'Remark', of: row => [row.trouble, row.difference].filter(Boolean).join('; '), class: () => 'remark'},
+    ...(result.rows.some(remarkOf) ? [{title: 'Remark', of: remarkOf, class: () => 'remark'}] : []),
   ];
 
   const lineOf = (row, columns) => make('tr', {class: classOf(row)}, ...columns.map(column =>
