@@ -56,11 +56,13 @@ expect 'PreciseAccuracy=' _benchex ./benchex -d PreciseA
 expect '-B' _benchex ./benchex -B
 expect 'table.csv results' _benchex_report benchex-report ''
 expect '--title' _benchex_report benchex-report --ti
+expect '--project' _benchex_new benchex-new --p
+expect 'results/' _benchex_new benchex-new --project ''
 expect '--threshold' _benchex_compare benchex-compare --th
 
 # The same lines for the other shells: line typed, what it offers.
-lines=('benchex -fzorsM' 'benchex -f zorsC' 'benchex -tTimM' 'benchex -TAV' 'benchex -LW' 'benchex -r ta' 'benchex -dLe' 'benchex-compare --th')
-offers=('-fzorsMDCTFwd_32f -fzorsMDCTInv_32f' 'zorsCopy_8u' '-tTimMdct' '-TAVX -TAVX2' '-LWARN' 'table.csv' '-dLength=' '--threshold')
+lines=('benchex -fzorsM' 'benchex -f zorsC' 'benchex -tTimM' 'benchex -TAV' 'benchex -LW' 'benchex -r ta' 'benchex -dLe' 'benchex-compare --th' 'benchex-new --pr')
+offers=('-fzorsMDCTFwd_32f -fzorsMDCTInv_32f' 'zorsCopy_8u' '-tTimMdct' '-TAVX -TAVX2' '-LWARN' 'table.csv' '-dLength=' '--threshold' '--project')
 export PATH=$work:$PATH
 
 fish_offers() {

@@ -1,4 +1,4 @@
-# bash completion for benchex, benchex-report, benchex-compare and benchex-explain
+# bash completion for benchex and its companion programs
 
 # Lines "function<TAB>test" of the program's tests. Asked once per program file and kept for the shell's life.
 _benchex_tests() {
@@ -146,7 +146,16 @@ _benchex_explain() {
     esac
 }
 
+_benchex_new() {
+    case ${COMP_WORDS[COMP_CWORD - 1]} in
+    --header) _benchex_files "" "${COMP_WORDS[COMP_CWORD]}" -f ;;
+    --project) _benchex_files "" "${COMP_WORDS[COMP_CWORD]}" -d ;;
+    *) _benchex_words "" "${COMP_WORDS[COMP_CWORD]}" "--header --link --project --help --version" ;;
+    esac
+}
+
 complete -F _benchex benchex
+complete -F _benchex_new benchex-new
 complete -F _benchex_report benchex-report
 complete -F _benchex_compare benchex-compare
 complete -F _benchex_explain benchex-explain

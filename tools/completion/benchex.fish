@@ -1,4 +1,4 @@
-# fish completion for benchex, benchex-report, benchex-compare and benchex-explain
+# fish completion for benchex and its companion programs
 
 # Names of the program's tests: column 2 the functions, 3 the tests.
 function __benchex_names
@@ -114,3 +114,9 @@ for option in 'all/all combinations' 'no-clocks/do not measure' 'no-limits/do no
     set -l parts (string split -m 1 / $option)
     complete -c benchex-explain -f -l $parts[1] -d $parts[2]
 end
+complete -c benchex-new -f
+complete -c benchex-new -l header -rF -d 'include the file, which declares the functions'
+complete -c benchex-new -l link -rF -d 'link a library in the project'
+complete -c benchex-new -l project -xa '(__fish_complete_directories)' -d 'write a new project'
+complete -c benchex-new -s h -l help -d help
+complete -c benchex-new -l version -d version
