@@ -1,11 +1,12 @@
 // What the steps of a history are worth on recorded noise: false alarms, and steps put into it that are
 // found.
 //
-//     history_bench [--rows] [--first N] DIR
+//     history_bench [--rows] [--runs R] [--first N] DIR
 //
-// DIR holds recordings of one unchanged build, as a history would (record.sh makes them). Each series of them
-// is searched for steps as it is, and with a step of 3 % put into the last five, ten and twenty of them: as
-// much as a nightly job knows five, ten and twenty builds later.
+// DIR holds recordings of one unchanged build, as a history would (record.sh makes them); R of them in a row
+// are taken for the runs of one build. Each series of them is searched for steps as it is, and with a step of
+// 3 % put into the last five, ten and twenty of them: as much as a nightly job knows five, ten and twenty
+// builds later.
 #include "history.h"
 
 #include <algorithm>
@@ -26,6 +27,19 @@ std::vector<double> valuesOf(const Series& series) {
         if (value)
             values.push_back(*value);
     return values;
+}
+
+/** Makes one build of so many recordings in a row; what is left over goes. */
+void joinRuns(std::vector<HistoryBuild>& builds, std::size_t runs) {
+    std::vector<HistoryBuild> joined;
+    for (std::size_t i = 0; i + runs <= builds.size(); i += runs) {
+        joined.push_back(std::move(builds[i]));
+        for (std::size_t run = 1; run < runs; ++run) {
+            const std::vector<HistoryFigure>& more = builds[i + run].figures;
+            joined.back().figures.insert(joined.back().figures.end(), more.begin(), more.end());
+        }
+    }
+    builds = std::move(joined);
 }
 
 struct Counts {
@@ -70,6 +84,7 @@ Counts judge(const std::vector<std::vector<double>>& all, const StepRules& rules
 int main(int argc, char** argv) try {
     SeriesOf what = SeriesOf::functions;
     std::size_t first = 0;
+    std::size_t runs = 1;
     std::string directory;
     for (int i = 1; i < argc; ++i) {
         const std::string word = argv[i];
@@ -77,10 +92,13 @@ int main(int argc, char** argv) try {
             what = SeriesOf::rows;
         else if (word == "--first" && i + 1 < argc)
             first = std::stoul(argv[++i]);
+        else if (word == "--runs" && i + 1 < argc)
+            runs = std::max(1UL, std::stoul(argv[++i]));
         else
             directory = word;
     }
     BuildList list = readBuilds({directory}, false);
+    joinRuns(list.builds, runs);
     if (first > 0 && first < list.builds.size())
         list.builds.resize(first);
     std::vector<std::vector<double>> all;

@@ -141,6 +141,21 @@ def instructions(comparisons):
     require(status == 0 and " 0 with more instructions, 0 wrong; " in output, output)
 
 
+def chained(comparisons):
+    """Results of a comparison of equal sides and of one whose second side is slower make a history, which tells the step."""
+    with tempfile.TemporaryDirectory() as place:
+        for name, after in ("night1", ""), ("night2", "PAIR_TEST=ulp"), ("night3", ""):
+            _, result = comparisons.json("", after)
+            with open(os.path.join(place, name + ".json"), "w", encoding="utf-8") as file:
+                json.dump(result, file)
+        report = os.path.join(os.path.dirname(comparisons.base[0]), "benchex-report")
+        run = subprocess.run([report, "--history", "--alarm", "2", "-o", os.path.join(place, "page.html"), place],
+                             capture_output=True, text=True, check=False)
+        steps = [line for line in run.stdout.splitlines() if " between " in line]
+        require(run.returncode == 1 and len(steps) == 1 and "zorsUlp_32f  between night1 and night2" in steps[0],
+                f"status {run.returncode}: {run.stdout} {run.stderr}")
+
+
 def refused(comparisons):
     """What cannot be compared has status 2 and a reason."""
     with tempfile.TemporaryDirectory() as empty:
@@ -187,6 +202,7 @@ CHECKS = {
     "bounded": bounded,
     "outputs_only": outputs_only,
     "instructions": instructions,
+    "chained": chained,
     "refused": refused,
     "without_rights": without_rights,
 }

@@ -112,26 +112,40 @@ TEST_F(HistoryFiles, BuildsOfADirectoryComeInTheOrderOfTheirNumbers) {
     EXPECT_EQ(less.builds.size(), 10U);
     EXPECT_THAT(less.notes, ElementsAre(HasSubstr("build8/night.csv"), HasSubstr("accuracy: build7")));
     EXPECT_THROW((void)readBuilds({m_directory / "build1", m_directory / "build8"}, false), TableError);
-    EXPECT_THROW((void)readBuilds({m_directory / "build1"}, false), TableError) << "one build";
+    const History first =
+        makeHistory(readBuilds({m_directory / "build1"}, false).builds, SeriesOf::functions);
+    EXPECT_THAT(historyText(first), HasSubstr("1 build, from")) << "the first night";
+    fs::create_directories(m_directory / "none");
+    EXPECT_THROW((void)readBuilds({m_directory / "none"}, false), TableError);
 }
 
-TEST_F(HistoryFiles, PairsContinueWhereTheOnesBeforeEnded) {
-    const auto pair = [&](const char* name, const char* ratio) {
-        return write(
-            name, std::string(
-                      R"({"schema": "benchex-pair-1", "rows": [{"function": "f", "parameters": "Len=8", )") +
-                      ratio + "}]}");
+TEST_F(HistoryFiles, PairsContinueWhereTheOnesBeforeEndedAndTellAtOnce) {
+    const auto pair = [&](const std::string& name, double ratio, const char* verdict, const char* more = "") {
+        return write(name,
+                     R"({"schema": "benchex-pair-1", "rows": [{"function": "f", "parameters": "Len=8", )"
+                     R"("verdict": ")" +
+                         std::string(verdict) + R"(", "ratio": )" + std::to_string(ratio) + more + "}]}");
     };
-    const std::vector<fs::path> files{pair("a.json", R"("ratio": 1.1, "low": 1.05, "high": 1.2)"),
-                                      pair("b.json", R"("ratio": 1.02, "low": 0.99, "high": 1.04)"),
-                                      pair("c.json", R"("ratio": 0.5, "low": 0.4, "high": 0.6)")};
-    const std::vector<HistoryBuild> builds = readBuilds(files, false).builds;
-    ASSERT_EQ(builds.size(), 4U);
-    EXPECT_EQ(builds[0].label, "before a");
+    // What was not proven, or is the same code in another place, counts as no change; proven ones too small
+    // to be told count together.
+    const std::vector<fs::path> files{
+        pair("a.json", 1.03, "slower"), pair("b.json", 1.02, "slower", R"(, "sameCode": true)"),
+        pair("c.json", 0.99, "faster"), pair("d.json", 0.99, "faster"),
+        pair("e.json", 1.009, "same"),  pair("f.json", 1.05, "slower")};
+    const BuildList list = readBuilds(files, false);
+    ASSERT_EQ(list.builds.size(), 7U);
+    EXPECT_EQ(list.builds[0].label, "before a");
     std::vector<double> ratios;
-    for (const HistoryBuild& build : builds)
+    for (const HistoryBuild& build : list.builds)
         ratios.push_back(std::exp(build.figures.at(0).logarithm));
-    EXPECT_THAT(ratios, testing::Pointwise(testing::DoubleNear(1e-9), {1.0, 1.1, 1.1, 0.55}));
+    EXPECT_THAT(ratios, testing::Pointwise(testing::DoubleNear(1e-9),
+                                           {1.0, 1.03, 1.03, 1.0197, 1.009503, 1.009503, 1.05997815}));
+    StepRules rules;
+    rules.proven = list.pairs;
+    EXPECT_THAT(historyText(makeHistory(list.builds, SeriesOf::functions, rules)),
+                HasSubstr("    +5.0 %  f  between e and f\n"
+                          "    -2.0 %  f  between c and d\n"
+                          "    +3.0 %  f  between before a and a\n"));
     writeTable("t.csv", 1, 1);
     EXPECT_THROW((void)readBuilds({files[0], m_directory / "t.csv"}, false), TableError);
     EXPECT_THROW((void)readBuilds({files[0], write("d.json", "{\"schema\": \"other\"}")}, false), TableError);

@@ -78,6 +78,15 @@ std::vector<std::size_t> bestBegins(std::span<const double> figures, const StepR
     return begins;
 }
 
+/** Levels of figures without noise; small changes count together. */
+std::vector<Level> provenLevels(std::span<const double> figures, double least) {
+    std::vector<Level> levels{{0, figures.front()}};
+    for (std::size_t i = 1; i < figures.size(); ++i)
+        if (std::abs(figures[i] - levels.back().at) >= least)
+            levels.push_back({i, figures[i]});
+    return levels;
+}
+
 } // namespace
 
 double noiseOf(std::span<const double> figures) {
@@ -98,6 +107,8 @@ double noiseOf(std::span<const double> figures) {
 std::vector<Level> findLevels(std::span<const double> figures, const StepRules& rules) {
     if (figures.empty())
         return {};
+    if (rules.proven)
+        return provenLevels(figures, rules.least);
     const double noise = std::max(noiseOf(figures), rules.leastNoise);
     std::vector<double> scaled;
     std::transform(figures.begin(), figures.end(), std::back_inserter(scaled),

@@ -11,11 +11,13 @@
 /** How strict the search for steps is. The defaults are those of docs/history.md, where their worth is
  * measured. */
 struct StepRules {
-    double penalty = 20;       /**< what a level has to save, in squares of the noise's standard deviation */
+    double penalty = 15;       /**< what a level has to save, in squares of the noise's standard deviation */
     double outlier = 3;        /**< deviations from the level, in standard deviations, count up to this */
     std::size_t shortest = 5;  /**< figures that a level needs */
     double least = 0.015;      /**< neighbouring levels that differ by less are one */
     double leastNoise = 0.002; /**< standard deviation that is assumed at least: figures are rounded */
+    bool proven = false; /**< the figures hold changes that were proven before, and no noise: a level begins
+                              with each that is `least` off, the last one too */
 };
 
 /** A part of the series that stays where it is. */

@@ -110,10 +110,10 @@ History makeHistory(const std::vector<HistoryBuild>& builds, SeriesOf what, cons
     if (doubtful > 0)
         history.notes.push_back(std::to_string(doubtful) + " of " + std::to_string(all) +
                                 " figures were left out: they missed their accuracy, or the core was shared");
-    if (builds.size() < 2 * rules.shortest)
-        history.notes.push_back(std::to_string(builds.size()) +
-                                " builds are too few for steps: each level needs " +
-                                std::to_string(rules.shortest));
+    if (!rules.proven && builds.size() < 2 * rules.shortest)
+        history.notes.push_back(
+            std::to_string(builds.size()) + " of the " + std::to_string(2 * rules.shortest) +
+            " builds that steps need: each level needs " + std::to_string(rules.shortest));
     return history;
 }
 
@@ -135,9 +135,9 @@ std::vector<HistoryStep> stepsOf(const History& history) {
 }
 
 std::string historyText(const History& history) {
-    std::string text = std::to_string(history.builds.size()) + " builds, from " + history.builds.front() +
-                       " to " + history.builds.back() + "; " + std::to_string(history.series.size()) +
-                       " series\n";
+    std::string text = std::to_string(history.builds.size()) + " build" +
+                       (history.builds.size() == 1 ? "" : "s") + ", from " + history.builds.front() + " to " +
+                       history.builds.back() + "; " + std::to_string(history.series.size()) + " series\n";
     for (const std::string& note : history.notes)
         text += "Note: " + note + "\n";
     const std::vector<HistoryStep> steps = stepsOf(history);

@@ -25,6 +25,7 @@ struct HistoryBuild {
     std::string label;
     std::vector<HistoryFigure> figures;
     std::size_t doubtful = 0; /**< figures left out: they missed their accuracy, or the core was shared */
+    std::size_t wrong = 0;    /**< rows of a pair whose outputs are wrong */
 };
 
 /** A series over the builds: a function, or one of its rows. */
@@ -56,16 +57,17 @@ History makeHistory(const std::vector<HistoryBuild>& builds, SeriesOf what, cons
 /** Builds that were read. */
 struct BuildList {
     std::vector<HistoryBuild> builds;
-    std::vector<std::filesystem::path> last; /**< the tables of the last build; none for results of pairs */
+    std::vector<std::filesystem::path> last; /**< the tables, or the pair's result, of the last build */
+    bool pairs = false;                      /**< results of pairs: what changes is proven */
     std::vector<std::string> notes;
 };
 
 /**
  * Reads builds in the order given. A path is a table or a directory of tables of one build; or a result of
- * benchex-compare --pair --json, each of which continues where the one before ended (a ratio whose interval
- * holds 1 counts as 1); or one directory alone, whose entries are the builds, sorted by their names as
- * numbers and texts. Entries without a table or with a broken one are noted and left out. \throws TableError
- * fewer than two builds, tables among results of pairs
+ * benchex-compare --pair --json, each of which continues where the one before ended (a ratio counts as 1
+ * unless its verdict is slower or faster); or one directory alone, whose entries are the builds, sorted by
+ * their names as numbers and texts. Entries without a table or with a broken one are noted and left out.
+ * \throws TableError no build, tables among results of pairs
  */
 BuildList readBuilds(const std::vector<std::filesystem::path>& paths, bool allowPartial);
 

@@ -119,6 +119,7 @@ HistoryBuild readPair(const fs::path& path, const HistoryBuild& last) {
         const Json json = Json::parse(file);
         if (json.value("schema", "") != "benchex-pair-1")
             throw TableError(path.string() + ": no result of benchex-compare --pair --json");
+        build.wrong = json.value("wrong", std::size_t{0});
         for (const Json& row : json.at("rows")) {
             const std::string function = row.at("function");
             const std::string parameters = row.at("parameters");
@@ -129,8 +130,11 @@ HistoryBuild readPair(const fs::path& path, const HistoryBuild& last) {
             const double ratio = number("ratio");
             if (ratio <= 0)
                 continue;
-            // What cannot be told from 1 would add up to a walk over many builds.
-            const bool differs = number("low") > 1 || (number("high") > 0 && number("high") < 1);
+            // What is not proven would add up to a walk over many builds, and so would the places that two
+            // files of the same code happen to have in memory.
+            const std::string verdict = row.value("verdict", "");
+            const bool differs =
+                (verdict == "slower" || verdict == "faster") && !row.value("sameCode", false);
             const auto known = before.find({function, parameters});
             const double from = known != before.end() ? known->second : 0;
             before[{function, parameters}] = from + (differs ? std::log(ratio) : 0);
@@ -159,15 +163,15 @@ BuildList readBuilds(const std::vector<fs::path>& given, bool allowPartial) {
     const bool entries = given.size() == 1 && fs::is_directory(given.front(), error);
     if (entries)
         paths = buildsIn(given.front());
-    const bool pairs = std::any_of(paths.begin(), paths.end(), isPairResult);
-    if (pairs && !std::all_of(paths.begin(), paths.end(), isPairResult))
-        throw TableError("a history is of tables or of results of pairs, not of both");
     BuildList list;
+    list.pairs = std::any_of(paths.begin(), paths.end(), isPairResult);
+    if (list.pairs && !std::all_of(paths.begin(), paths.end(), isPairResult))
+        throw TableError("a history is of tables or of results of pairs, not of both");
     ParameterNames names;
     std::string empty;
     for (const fs::path& path : paths) {
         try {
-            if (!pairs) {
+            if (!list.pairs) {
                 HistoryBuild build = readTables(path, allowPartial, names);
                 if (build.figures.empty()) {
                     empty += (empty.empty() ? "" : ", ") + build.label;
@@ -182,17 +186,20 @@ BuildList readBuilds(const std::vector<fs::path>& given, bool allowPartial) {
             if (list.builds.empty())
                 list.builds.push_back(beginningOf(next));
             list.builds.push_back(next);
+            list.last = {path};
         } catch (const TableError& trouble) {
             if (!entries) // what was named is wanted; a night that failed is not
                 throw;
             list.notes.push_back(std::string(trouble.what()) + "; left out");
         }
     }
+    if (const std::size_t wrong = list.builds.empty() ? 0 : list.builds.back().wrong; wrong > 0)
+        list.notes.push_back(list.builds.back().label + ": the outputs of " + std::to_string(wrong) +
+                             (wrong == 1 ? " row are wrong" : " rows are wrong"));
     if (!empty.empty())
         list.notes.push_back("left out, being without a figure that kept its accuracy: " + empty);
-    if (list.builds.size() < 2)
+    if (list.builds.empty())
         throw TableError((given.empty() ? std::string("no directory") : given.front().string()) +
-                         ": a history needs two builds at least; " + std::to_string(list.builds.size()) +
-                         " found");
+                         ": no build with a figure that kept its accuracy was found");
     return list;
 }

@@ -121,10 +121,14 @@ void writePage(const ReportData& data, const Options& options) {
 /** The history as text and as the section of the last build's page. */
 int reportHistory(const Options& options) {
     const BuildList list = readBuilds(options.tables, options.partial);
-    const Collection tables = list.last.empty() ? Collection{} : collectTables(list.last, options.partial);
-    History history = makeHistory(list.builds, options.rows ? SeriesOf::rows : SeriesOf::functions);
+    const Collection tables = list.pairs ? Collection{} : collectTables(list.last, options.partial);
+    StepRules rules;
+    rules.proven = list.pairs;
+    History history = makeHistory(list.builds, options.rows ? SeriesOf::rows : SeriesOf::functions, rules);
     history.notes.insert(history.notes.begin(), list.notes.begin(), list.notes.end());
     ReportData data = makeReport(tables);
+    SectionSources sources(tables, list.pairs ? list.last : std::vector<fs::path>{});
+    data.sections = readSections(sources);
     data.sections["history"] = historyJson(history);
     if (options.json) {
         write(options.output.empty() ? "report.json" : options.output, reportJson(data));
