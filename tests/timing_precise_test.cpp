@@ -12,9 +12,13 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <ctime>
 #include <functional>
 #include <numeric>
 #include <random>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 using testing::DoubleNear;
@@ -77,6 +81,33 @@ bxResult flagAfterEightCalls(int count, long long* clocks) {
 /** So little that the calls of a slice, to take some time, cannot be counted. */
 bxResult nearlyNothing(int count, long long* clocks) {
     *clocks = 1 + count / (1 << 22);
+    return OK;
+}
+
+int s_heldUp; ///< measurement, from 0, in which something took 5 million counts
+
+bxResult heldUpOnce(int count, long long* clocks) {
+    const bool heldUp = static_cast<int>(s_counts.size()) == s_heldUp;
+    const unsigned long long start = zor_get_cpu_counter();
+    while (heldUp && zor_get_cpu_counter() - start < 5'000'000) {}
+    const bxResult r = scriptedLoop(count, clocks);
+    if (heldUp)
+        *clocks = static_cast<long long>(zor_get_cpu_counter() - start);
+    return r;
+}
+
+double s_longClocks; ///< of the last call below, with what others did meanwhile
+
+/** 50 ms of processor time, twice: a call that is not timed and one that is. */
+bxResult longLoop(int, long long* clocks) {
+    unsigned long long first = 0;
+    for (int i = 0; i < 2; ++i) {
+        first = zor_get_cpu_counter();
+        const clock_t start = clock();
+        while (clock() - start < CLOCKS_PER_SEC / 20) {}
+    }
+    *clocks = static_cast<long long>(zor_get_cpu_counter() - first);
+    s_longClocks = static_cast<double>(*clocks);
     return OK;
 }
 
@@ -201,6 +232,48 @@ TEST_F(Precise, WaitsForOthersToLeaveTheCoreAndSaysWhatTheyTook) {
     const unsigned long long start = zor_get_cpu_counter();
     const double called = calledWithPatience(patience);
     EXPECT_GT(std::max(called, static_cast<double>(zor_get_cpu_counter() - start)), patience);
+}
+
+TEST_F(Precise, WhatIsHeldUpAtFirstDoesNotPassForALongCall) {
+    for (s_heldUp = 0; s_heldUp < 3; ++s_heldUp) {
+        s_counts.clear();
+        tool.timing(heldUpOnce, nullptr, nullptr, nullptr);
+        EXPECT_GT(tool.loops, 8) << s_heldUp;
+        EXPECT_NEAR(tool.counterClocks() / s_clocks, 1, 0.02) << s_heldUp;
+    }
+}
+
+/** A process that is busy on a core, for a scope. */
+class Competitor {
+  public:
+    explicit Competitor(int core) : m_process(fork()) {
+        if (m_process == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            bxMoveToCore(core);
+            for (;;) {}
+        }
+    }
+    ~Competitor() {
+        kill(m_process, SIGKILL);
+        waitpid(m_process, nullptr, 0);
+    }
+    Competitor(const Competitor&) = delete;
+    Competitor& operator=(const Competitor&) = delete;
+
+  private:
+    pid_t m_process;
+};
+
+TEST_F(Precise, TakesTheTimeOfOthersOffALongCallAndSaysSo) {
+    const bxPinnedCore pinned;
+    const Competitor competitor(pinned.core());
+    EXPECT_EQ(tool.timing(longLoop, nullptr, nullptr, nullptr), ACCURWRN);
+    EXPECT_FALSE(tool.preciseFigure.known);
+    EXPECT_GT(tool.preciseFigure.lost, 0.2);
+    EXPECT_LT(tool.counterClocks(), 0.8 * s_longClocks);
+    const double own = bxCpuTicker::getMHz() * 1e6 / 20;
+    EXPECT_GT(tool.counterClocks(), own / 3);
+    EXPECT_LT(tool.counterClocks(), own * 3);
 }
 
 TEST_F(Precise, StaysOnOneCoreForTheTimeOfIt) {

@@ -1,10 +1,10 @@
 #include "timing/bxslices.h"
+#include "timing_simulated.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <functional>
 #include <random>
 #include <vector>
@@ -119,7 +119,7 @@ TEST(SliceSeries, AnInterruptMovesTheDifferenceAsFarInEither) {
 }
 
 TEST(SliceSeries, CleanSlicesAreTheFigureHoweverFew) {
-    constexpr double full = 4;
+    constexpr bxAloneCore full{4, 0.006};
     bxSliceSeries series;
     EXPECT_EQ(series.figure(0.5, full).clocks, 0);
     series.add({100, 0, 0}); // a counter that stands still
@@ -134,12 +134,12 @@ TEST(SliceSeries, CleanSlicesAreTheFigureHoweverFew) {
     for (const double throughput : {2.2, 2.0, 3.96})
         series.add({130, 1, 1, 0, throughput});
     EXPECT_TRUE(series.endsShared(full));
-    EXPECT_FALSE(series.endsShared(0)) << "nothing is known of the core";
+    EXPECT_FALSE(series.endsShared({})) << "nothing is known of the core";
     figure = series.figure(0.05, full);
     EXPECT_DOUBLE_EQ(figure.clocks, 130);
     EXPECT_EQ(figure.slices, 3);
     EXPECT_FALSE(figure.known || figure.reached);
-    EXPECT_NEAR(figure.lost, 1 - 2.2 / full, 1e-9); // the median of the slices
+    EXPECT_NEAR(figure.lost, 1 - 2.2 / 4, 1e-9); // the median of the slices
     for (int i = 1; i <= bxSliceSeries::fewestForInterval; ++i) {
         series.add({90, 1, 1, 0.06, 4}); // an interrupt struck
         series.add({100, 1, 1, 0.04, 3.98});
@@ -152,6 +152,30 @@ TEST(SliceSeries, CleanSlicesAreTheFigureHoweverFew) {
         EXPECT_EQ(figure.reached, enough) << i;
         EXPECT_EQ(figure.lost > 0, !enough) << i;
     }
+}
+
+TEST(SliceSeries, TheTimeOfOthersIsTakenOffALongCall) {
+    bxSliceSeries series;
+    const auto add = [&](double perCall, double away) {
+        bxSlice one = slice(perCall, 1);
+        one.away = away;
+        series.add(one);
+    };
+    add(2000, 0.5);
+    EXPECT_TRUE(series.endsShared({}));
+    EXPECT_TRUE(series.allDisturbed());
+    add(4100, 0.75);
+    bxPreciseFigure figure = series.figure(0.05);
+    EXPECT_DOUBLE_EQ(figure.clocks, 1012.5);
+    EXPECT_DOUBLE_EQ(figure.lost, 0.625);
+    EXPECT_FALSE(figure.known || figure.reached);
+    EXPECT_EQ(figure.slices, 0);
+    add(998, 0.001);
+    EXPECT_FALSE(series.endsShared({}));
+    EXPECT_FALSE(series.allDisturbed());
+    figure = series.figure(0.05);
+    EXPECT_NEAR(figure.clocks, 997, 0.01);
+    EXPECT_EQ(figure.slices, 1);
 }
 
 TEST(OwnCore, KnowsTheMostThatTwoUndisturbedSlicesShow) {
@@ -178,60 +202,59 @@ TEST(OwnCore, KnowsTheMostThatTwoUndisturbedSlicesShow) {
     EXPECT_EQ(core.patience(), 1);
 }
 
+/** Shows a core slices, each with a reading of its own. */
+void show(bxOwnCore& core, int slices, const std::function<double(int)>& reading) {
+    for (int i = 0; i < slices; ++i)
+        core.saw({100, 1, 1, 0, reading(i)});
+}
+
+TEST(OwnCore, LearnsWhatIsNoiseFromItsQuietestStretch) {
+    std::minstd_rand random;
+    std::normal_distribution<double> normal;
+    const auto readings = [&](double noise) {
+        return [&, noise](int) { return 4 * (1 + noise * normal(random)); };
+    };
+    bxOwnCore core;
+    EXPECT_EQ(core.alone().mostLoss, bxOwnCore::largestLoss) << "nothing is known";
+    show(core, 100, readings(0.02));
+    EXPECT_EQ(core.alone().mostLoss, bxOwnCore::largestLoss);
+    show(core, 1000, readings(0.001));
+    EXPECT_THAT(core.noise(), testing::AllOf(testing::Ge(0.0006), testing::Le(0.001)));
+    show(core, 1000, readings(0.02));
+    EXPECT_DOUBLE_EQ(core.alone().mostLoss, bxOwnCore::lossByNoise * core.noise());
+
+    bxOwnCore alone; // with the noise of the machine, next to no slice of it is taken for a shared one
+    show(alone, 1000, readings(0.001));
+    int shared = 0;
+    for (int i = 0; i < 1000; ++i) {
+        bxSliceSeries series;
+        series.add({100, 1, 1, 0, readings(0.001)(0)});
+        shared += series.endsShared(alone.alone());
+    }
+    EXPECT_LE(shared, 10);
+    show(alone, 1000, [](int) { return 4; });
+    EXPECT_EQ(alone.alone().mostLoss, bxOwnCore::leastLoss);
+}
+
 TEST(OwnCore, OfWhichLessIsLeftForGoodIsTakenForWhatItIs) {
+    constexpr double pi = 3.14159265358979;
+    std::minstd_rand random;
+    std::normal_distribution<double> normal;
+    const auto noisy = [&](double value) { return value * (1 + 0.001 * normal(random)); };
+    constexpr int enough = bxOwnCore::steadyBlocks * bxOwnCore::blockSize;
     bxOwnCore company, slower;
-    for (int i = 0; i < 10; ++i) {
-        company.saw({100, 1, 1, 0, 4});
-        slower.saw({100, 1, 1, 0, 4});
-    }
-    for (int i = 0; i < bxOwnCore::steady; ++i) {
-        EXPECT_EQ(slower.throughput(), 4) << i;
-        company.saw({100, 1, 1, 0, 2.97 + 0.001 * (i % 20)}); // steady, but not as a core alone is
-        slower.saw({100, 1, 1, 0, 2.97 + 0.001 * (i % 3)});
-    }
-    EXPECT_EQ(company.throughput(), 4);
-    EXPECT_DOUBLE_EQ(slower.throughput(), 2.97);
+    show(company, 500, [&](int) { return noisy(4); });
+    show(slower, 500, [&](int) { return noisy(4); });
+    show(company, 20 * enough, [&](int i) { return noisy(3) * (1 + 0.005 * std::sin(2 * pi * i / 50)); });
+    EXPECT_GT(company.throughput(), 3.9) << "changes by a per cent in 25 slices";
+    show(slower, enough - bxOwnCore::blockSize, [&](int) { return noisy(3); });
+    EXPECT_GT(slower.throughput(), 3.9) << "not yet";
+    show(slower, 4 * enough, [&](int) { return noisy(3); });
+    EXPECT_NEAR(slower.throughput(), 3, 0.02);
 }
 
 // Whatever the accuracy that ends a series, the interval holds the truth as often as it says: in 93 to 98 %
 // of the series, with neighbours that depend on each other too.
-
-/** Values around 1000, each with a deviation of 1 but for what disturbs it. */
-class Simulated {
-  public:
-    struct Kind {
-        const char* name;
-        double correlation; ///< of neighbours, of an autoregressive series of the first order
-        double disturbed;   ///< share of the slices that err 20 times as much
-        double burst;       ///< slices that a disturbance, the same for all of them, lasts
-    };
-
-    explicit Simulated(const Kind& kind) : m_kind(kind) { m_state = m_normal(m_random); }
-
-    void next() { m_state = m_normal(m_random); }
-
-    double operator()() {
-        const double rho = m_kind.correlation;
-        const double noise = m_normal(m_random);
-        m_state = rho * m_state + std::sqrt(1 - rho * rho) * noise;
-        if (m_kind.burst == 0)
-            return 1000 + (m_uniform(m_random) < m_kind.disturbed ? 20 * m_state : m_state);
-        const double leaves = 1 / m_kind.burst, comes = leaves * m_kind.disturbed / (1 - m_kind.disturbed);
-        if (m_uniform(m_random) < (m_inBurst ? leaves : comes)) {
-            m_inBurst = !m_inBurst;
-            m_offset = 10 * m_normal(m_random);
-        }
-        return 1000 + m_state + (m_inBurst ? m_offset : 0);
-    }
-
-  private:
-    Kind m_kind;
-    std::mt19937 m_random{4711}; // NOLINT: the same in every run
-    std::normal_distribution<double> m_normal;
-    std::uniform_real_distribution<double> m_uniform;
-    double m_state = 0, m_offset = 0;
-    bool m_inBurst = false;
-};
 
 TEST(Statistics, TheCorrelationIsThatOfTheValues) {
     constexpr int values = 4000;
@@ -244,39 +267,19 @@ TEST(Statistics, TheCorrelationIsThatOfTheValues) {
 }
 
 TEST(SliceSeries, IntervalHoldsTheTruthOfDependentSlicesToo) {
-    const Simulated::Kind kinds[] = {
-        {"independent", 0, 0, 0},      {"neighbours 0.5", 0.5, 0, 0},       {"neighbours 0.7", 0.7, 0, 0},
-        {"neighbours 0.9", 0.9, 0, 0}, {"one in ten disturbed", 0, 0.1, 0}, {"bursts of five", 0, 0.1, 5}};
-    constexpr int series = 1500;
-    constexpr int most = 93; // as many as the time allows of short calls
-    for (const Simulated::Kind& kind : kinds) {
-        std::printf("%-20s", kind.name);
-        for (const double accuracy : {0.05, 0.001, 0.0005, 0.0002}) {
-            Simulated value(kind);
+    constexpr int series = 1500; // so that one standard error is 0.6 %
+    constexpr int most = 93;     // as many as the time allows of short calls
+    for (const Simulated::Kind& kind : Simulated::kinds)
+        for (const double accuracy : Simulated::accuracies) {
+            Simulated simulated(kind);
             int held = 0;
-            long slices = 0;
             for (int i = 0; i < series; ++i) {
-                value.next();
-                bxSliceSeries one;
-                bxPreciseFigure figure;
-                for (int next = bxSliceSeries::fewest;
-                     one.count() < most && !(figure.reached && figure.settled);) {
-                    one.add(slice(value(), 1.75));
-                    if (one.count() < next && one.count() < most)
-                        continue;
-                    figure = one.figure(accuracy);
-                    next = bxSliceSeries::nextLook(one.count());
-                }
-                held += figure.low <= 1000 && 1000 <= figure.high;
-                slices += one.count();
+                const bxPreciseFigure figure = simulated.series(accuracy, most);
+                held += figure.low <= Simulated::truth && Simulated::truth <= figure.high;
             }
-            const double cover = 100.0 * held / series;
-            EXPECT_GE(cover, 93) << kind.name << " to " << accuracy;
-            EXPECT_LE(cover, 98.5) << kind.name << " to " << accuracy;
-            std::printf("  %4.1f %% of %2ld", cover, slices / series);
+            EXPECT_GE(100.0 * held / series, 93) << kind.name << " to " << accuracy;
+            EXPECT_LE(100.0 * held / series, 98.5) << kind.name << " to " << accuracy;
         }
-        std::printf("\n");
-    }
 }
 
 } // namespace

@@ -3,12 +3,14 @@
 #include "system/bxclock.h"
 #include "timing/bxfiguretext.h"
 #include "timing/bxfpwatch.h"
+#include "timing/bxowntime.h"
 #include "timing/bxreference.h"
 #include "timing/bxtimingtext.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <limits>
 #include <thread>
 
 using bxTimingText::traced;
@@ -51,6 +53,21 @@ double referenceTicks(int slice) {
     return ticksOfOne(bxReferenceTicks, stretched(referenceBlocks, slice));
 }
 
+/** The same beside a long call, of which there may be no other: of two moments in a row that agree; 0 where
+ * there are none. */
+double lastingReferenceTicks() {
+    constexpr int tries = 20;
+    double before = referenceTicks(0);
+    for (int i = 0; i < tries; ++i) {
+        const double now = referenceTicks(0);
+        const bxSlice both{0, before, now};
+        if (now > 0 && before > 0 && !bxSliceSeries::moved(both))
+            return (before + now) / 2;
+        before = now;
+    }
+    return 0;
+}
+
 /** Blocks of independent additions: a step of the counter is 0.1 % of their time. */
 constexpr int throughputBlocks = 2048;
 
@@ -65,7 +82,7 @@ bxSlice emptySlice() {
     bxSlice slice;
     slice.referenceBefore = referenceTicks(0);
     slice.referenceAfter = referenceTicks(0);
-    slice.throughput = throughput(slice.referenceAfter);
+    slice.throughput = throughput((slice.referenceBefore + slice.referenceAfter) / 2);
     return slice;
 }
 
@@ -97,12 +114,17 @@ class PreciseTiming {
 
   private:
     int callsOfSlice();
+    double measureFirst();
     void measureSlices(int calls);
     void measureLongCalls();
     /** Adds the slice and lets the core learn from it. */
     void add(bxSlice& slice);
     /** Makes `count` calls; clocks per call. */
     double measure(int count);
+    /** Takes the time in which others ran, since it was last asked, off what was spent; its share. */
+    double takeOffOthers();
+    /** Takes off all that was spent since `then`, if it was spent waiting. */
+    void takeOffWaiting(double then);
     /** Time that was spent, and time for so many calls, is within what was asked for. */
     bool timeFor(double ticks) const { return spent() - m_waited + ticks <= m_settings.budget + 3 * m_call; }
     double spent() const;
@@ -116,14 +138,20 @@ class PreciseTiming {
     bxTimingFigures m_figures;
     bxSliceSeries m_series;
     const unsigned long long m_start = zor_get_cpu_counter();
-    double m_called = 0; ///< counts of all calls
-    double m_waited = 0; ///< of it, for others to leave the core
-    double m_call = 0;   ///< counts of one call
+    bxOwnTime m_ownTime;
+    double m_least = std::numeric_limits<double>::max(); ///< counts of one call
+    double m_called = 0;                                 ///< counts of all calls, at least
+    double m_others = 0;                                 ///< counts while others ran instead
+    double m_waited = 0;                                 ///< counts spent for others to leave the core
+    double m_call = 0;                                   ///< counts of one call
+    unsigned long long m_lastLap = m_start;              ///< when it was last asked whether others ran
+    double m_firstAway = 0;                              ///< share of the first measurement in which they did
     bool m_badStatus = false;
 };
 
 double PreciseTiming::spent() const {
-    return std::max(m_called, static_cast<double>(bxCpuTicker::toClocks(zor_get_cpu_counter() - m_start)));
+    return std::max(m_called,
+                    static_cast<double>(bxCpuTicker::toClocks(zor_get_cpu_counter() - m_start)) - m_others);
 }
 
 double PreciseTiming::measure(int count) {
@@ -131,26 +159,63 @@ double PreciseTiming::measure(int count) {
     traced("runTimFunc", [&] { sample = m_sampler(count); });
     m_badStatus = sample.badStatus;
     m_figures.add(sample, count);
-    m_called += m_figures.funcClocks * (count + 1.0); // each measurement begins with an untimed call
+    m_least = std::min(m_least, m_figures.funcClocks);
+    m_called += m_least * (count + 1.0); // each measurement begins with an untimed call
     return m_figures.funcClocks;
 }
 
 bool PreciseTiming::waits() const {
-    return m_series.endsShared(m_core.throughput()) && m_waited < m_settings.patience * m_core.patience();
+    return m_series.endsShared(m_core.alone()) &&
+           m_waited + m_others < m_settings.patience * m_core.patience();
+}
+
+double PreciseTiming::takeOffOthers() {
+    const unsigned long long now = zor_get_cpu_counter();
+    const double away = m_ownTime.lap();
+    m_others += away * static_cast<double>(bxCpuTicker::toClocks(now - m_lastLap));
+    m_lastLap = now;
+    return away;
+}
+
+void PreciseTiming::takeOffWaiting(double then) {
+    takeOffOthers();
+    if (waits())
+        m_waited += spent() - then;
 }
 
 void PreciseTiming::add(bxSlice& slice) {
-    slice.throughput = throughput(slice.referenceAfter);
+    slice.throughput = throughput((slice.referenceBefore + slice.referenceAfter) / 2);
     m_series.add(slice);
     m_core.saw(slice);
+}
+
+/**
+ * Clocks of one call, to begin with. Usually another call, which is not timed, goes before it. When the timed
+ * one seems to have taken nearly all the time, something else may have struck it, and a short call would pass
+ * for a long one: once more then, until two agree.
+ */
+double PreciseTiming::measureFirst() {
+    constexpr int tries = 5;
+    constexpr double struck = 0.75;
+    double before = 0;
+    for (int i = 1;; ++i) {
+        const unsigned long long start = zor_get_cpu_counter();
+        const double perCall = measure(1);
+        const auto all = static_cast<double>(bxCpuTicker::toClocks(zor_get_cpu_counter() - start));
+        m_firstAway = takeOffOthers();
+        m_call = perCall * (1 - m_firstAway);
+        const bool mayBeStruck = perCall > longCall && perCall > struck * all && perCall <= all;
+        if (!mayBeStruck || (perCall > before / 2 && perCall < 2 * before) || i == tries)
+            return perCall;
+        before = perCall;
+    }
 }
 
 /** Calls n of a slice: as many as take some time, but no more than leave the control status clean. */
 int PreciseTiming::callsOfSlice() {
     int calls = 1;
+    double perCall = measureFirst();
     for (;;) {
-        const double perCall = measure(calls);
-        m_call = perCall;
         if (bxIsFailure(m_figures.result))
             return calls;
         if (m_settings.ibsMode && m_badStatus && calls > 1) {
@@ -162,6 +227,12 @@ int PreciseTiming::callsOfSlice() {
             return static_cast<int>(std::clamp(wanted + 0.5, 1.0, static_cast<double>(mostCalls)));
         // Few calls are mostly their fixed cost: not more than ten times as many at once.
         calls = static_cast<int>(std::min({wanted, 10.0 * calls, static_cast<double>(mostCalls)}));
+        // More calls do not take longer each; where they seem to, something else took the time.
+        constexpr int tries = 5;
+        const double fewer = perCall;
+        for (int i = 0; i < tries && (i == 0 || perCall > 2 * fewer); ++i)
+            perCall = measure(calls);
+        m_call = perCall;
     }
 }
 
@@ -184,39 +255,43 @@ void PreciseTiming::measureSlices(int calls) {
         slice.referenceBefore = slice.referenceAfter;
         slice.referenceAfter = referenceTicks(i + 1);
         add(slice);
-        if (waits())
-            m_waited += spent() - before;
+        takeOffWaiting(before);
         if (m_series.count() < next)
             continue;
-        const bxPreciseFigure figure = m_series.figure(m_settings.accuracy, m_core.throughput());
+        const bxPreciseFigure figure = m_series.figure(m_settings.accuracy, m_core.alone());
         if (figure.reached && figure.settled)
             return;
         next = bxSliceSeries::nextLook(m_series.count());
-    } while (timeFor((3.0 * calls + 2) * m_call + referenceCost));
+    } while (timeFor((3.0 * calls + 2) * m_call + referenceCost) ||
+             (m_series.allDisturbed() && m_series.count() < bxSliceSeries::fewest));
 }
 
 void PreciseTiming::measureLongCalls() {
     m_figures.loops = 1;
     bxSlice slice;
-    slice.perCall = m_call;
-    slice.referenceBefore = slice.referenceAfter = referenceTicks(0); // none before the first call
+    slice.perCall = m_figures.funcClocks;
+    slice.away = m_firstAway;
+    slice.referenceBefore = slice.referenceAfter = lastingReferenceTicks(); // none before the first call
     add(slice);
+    takeOffOthers();
     while (timeFor(2 * m_call + referenceCost)) {
         const double before = spent();
         slice.perCall = measure(1);
+        slice.away = takeOffOthers();
         if (bxIsFailure(m_figures.result))
             return;
         slice.referenceBefore = slice.referenceAfter;
         slice.referenceAfter = referenceTicks(0);
+        if (bxSliceSeries::moved(slice)) // the clock of the core, or a moment that was disturbed
+            slice.referenceAfter = lastingReferenceTicks();
         add(slice);
-        if (waits())
-            m_waited += spent() - before;
+        takeOffWaiting(before);
     }
 }
 
 void PreciseTiming::judge() {
     const int core = m_figures.preciseFigure.core;
-    bxPreciseFigure figure = m_series.figure(m_settings.accuracy, m_core.throughput());
+    bxPreciseFigure figure = m_series.figure(m_settings.accuracy, m_core.alone());
     figure.core = core;
     figure.multiplication = m_core.multiplication;
     m_figures.preciseFigure = figure;

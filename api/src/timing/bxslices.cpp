@@ -15,25 +15,25 @@ bool counted(const bxSlice& slice) {
 }
 
 bool disturbed(const bxSlice& slice) {
-    return std::abs(slice.referenceAfter - slice.referenceBefore) >
-               bxSliceSeries::mostMovement * reference(slice) ||
-           slice.disagreement > bxSliceSeries::mostDisagreement;
+    return bxSliceSeries::moved(slice) || slice.disagreement > bxSliceSeries::mostDisagreement ||
+           slice.away > bxSliceSeries::mostAway;
 }
 
-double loss(double throughput, double full) {
-    const double lost = full > 0 ? 1 - throughput / full : 0;
-    return lost > bxSliceSeries::mostLoss ? lost : 0;
+double loss(double throughput, const bxAloneCore& core) {
+    const double lost = core.throughput > 0 ? 1 - throughput / core.throughput : 0;
+    return lost > core.mostLoss ? lost : 0;
 }
 
 /** What counts of some slices. */
 struct Values {
-    std::vector<double> clocks, rates, throughputs;
+    std::vector<double> clocks, rates, throughputs, away;
 
     int size() const { return static_cast<int>(clocks.size()); }
     void add(const bxSlice& slice) {
-        clocks.push_back(slice.perCall / reference(slice));
+        clocks.push_back(slice.perCall * (1 - slice.away) / reference(slice));
         rates.push_back(1 / reference(slice));
         throughputs.push_back(slice.throughput);
+        away.push_back(slice.away);
     }
 };
 
@@ -41,16 +41,27 @@ struct Values {
 struct Sorted {
     Values alone, shared, dropped;
 
-    Sorted(const std::vector<bxSlice>& slices, double full) {
+    Sorted(const std::vector<bxSlice>& slices, const bxAloneCore& core) {
         for (const bxSlice& slice : slices)
             if (counted(slice))
-                (disturbed(slice) ? dropped : loss(slice.throughput, full) > 0 ? shared : alone).add(slice);
+                (disturbed(slice) ? dropped : loss(slice.throughput, core) > 0 ? shared : alone).add(slice);
+    }
+    /** What others took of the slices that are not the core's own: of its work, or of the time. */
+    double lost(const bxAloneCore& core) const {
+        if (shared.size() > 0)
+            return loss(bxMedian(shared.throughputs), core);
+        const double away = bxMedian(dropped.away);
+        return away > bxSliceSeries::mostAway ? away : 0;
     }
     /** The best of the three. */
     const Values& values() const { return alone.size() > 0 ? alone : shared.size() > 0 ? shared : dropped; }
 };
 
 } // namespace
+
+bool bxSliceSeries::moved(const bxSlice& slice) {
+    return std::abs(slice.referenceAfter - slice.referenceBefore) > mostMovement * reference(slice);
+}
 
 double bxDisagreement(double once, double twice, int n, double least) {
     const double length = std::max(least, n * std::abs(2 * twice - once));
@@ -62,23 +73,54 @@ void bxOwnCore::saw(const bxSlice& slice) {
         return;
     const double now = slice.throughput;
     m_throughput = std::max(m_throughput, std::min(m_last, now));
+    learnNoise(now);
+    learnSteady(now);
     m_last = now;
-    m_low = std::min(m_low, now);
-    m_high = std::max(m_high, now);
-    if (m_same == 0 || m_high - m_low > sameness * m_high) {
-        m_low = m_high = now;
-        m_same = 0;
+}
+
+void bxOwnCore::learnNoise(double now) {
+    if (m_last > 0)
+        m_steps.push_back(std::abs(now - m_last) / m_last);
+    if (m_steps.size() < stretch)
+        return;
+    // The median of the difference of two normal variates is 0.954 standard deviations of one.
+    m_noise = std::min(m_noise, bxMedian(m_steps) / 0.954);
+    m_steps.clear();
+}
+
+void bxOwnCore::learnSteady(double now) {
+    m_sum += now;
+    if (++m_inBlock < blockSize)
+        return;
+    const double mean = m_sum / blockSize;
+    m_sum = 0;
+    m_inBlock = 0;
+    m_low = std::min(m_low, mean);
+    m_high = std::max(m_high, mean);
+    if (m_blocks == 0 || m_high - m_low > samenessByNoise * m_noise / std::sqrt(blockSize) * m_high) {
+        m_low = m_high = mean;
+        m_blocks = 0;
     }
-    if (++m_same >= steady)
-        m_throughput = m_low;
+    if (++m_blocks >= steadyBlocks)
+        m_throughput = m_high;
 }
 
-bool bxSliceSeries::endsShared(double full) const {
-    return !m_slices.empty() && loss(m_slices.back().throughput, full) > 0;
+bxAloneCore bxOwnCore::alone() const {
+    return {m_throughput, std::clamp(lossByNoise * m_noise, leastLoss, largestLoss)};
 }
 
-bxPreciseFigure bxSliceSeries::figure(double accuracy, double full) const {
-    const Sorted sorted(m_slices, full);
+bool bxSliceSeries::endsShared(const bxAloneCore& core) const {
+    return !m_slices.empty() &&
+           (loss(m_slices.back().throughput, core) > 0 || m_slices.back().away > mostAway);
+}
+
+bool bxSliceSeries::allDisturbed() const {
+    return std::all_of(m_slices.begin(), m_slices.end(),
+                       [](const bxSlice& slice) { return !counted(slice) || disturbed(slice); });
+}
+
+bxPreciseFigure bxSliceSeries::figure(double accuracy, const bxAloneCore& core) const {
+    const Sorted sorted(m_slices, core);
     const Values& values = sorted.values();
     bxPreciseFigure figure;
     figure.slices = &values == &sorted.dropped ? 0 : values.size();
@@ -90,7 +132,7 @@ bxPreciseFigure bxSliceSeries::figure(double accuracy, double full) const {
     figure.throughput = bxMedian(values.throughputs);
     figure.known = sorted.alone.size() >= fewestForInterval;
     if (!figure.known) {
-        figure.lost = loss(bxMedian(sorted.shared.throughputs), sorted.shared.size() > 0 ? full : 0);
+        figure.lost = sorted.lost(core);
         return figure;
     }
     const double time = bxCorrelationTime(bxNeighbourCorrelation(values.clocks), values.size());

@@ -17,6 +17,7 @@ struct bxSlice {
     double referenceAfter = 0;  ///< and behind them
     double disagreement = 0;    ///< of n and of 2n calls about the time of n, by the length of a slice
     double throughput = 1;      ///< independent additions in a core clock, behind the calls
+    double away = 0; ///< share of the time of a long call, and of the one before it, in which others ran
 };
 
 /**
@@ -26,24 +27,49 @@ struct bxSlice {
  */
 double bxDisagreement(double once, double twice, int n, double least);
 
+/** A core that works for one thread alone. */
+struct bxAloneCore {
+    double throughput = 0; ///< independent additions in a clock; 0 where that is not known
+    /** One that does less by this share has company. */
+    double mostLoss = 0;
+};
+
 /**
  * What a core does in a clock when it works for this thread alone. Another thread on the same core takes
  * its share of the clocks, which no chain of dependent additions notices: on a virtual machine with busy
  * neighbours 2 to 3.6 independent additions were left of 3.94, the chain was slower by 1 %, and functions
- * took from 0.86 to 2.3 times their time.
+ * took from 0.86 to 2.3 times their time. Beside a loss of 0.7 to 3 % they took from 0.87 to 1.28 times:
+ * a neighbour that takes next to nothing halves the queues of the core. So all counts that can be told from
+ * the noise of the readings, which is that of the machine's counter and clock, and is learnt from them.
  */
 class bxOwnCore {
   public:
+    /** Undisturbed slices whose readings show the noise. The quietest such stretch counts, since company
+     * makes it larger; it shows some three quarters of what is usual. */
+    static constexpr int stretch = 64;
     /**
-     * Undisturbed slices in a row that show the same, within `sameness`, before a core that did more is
-     * taken for one that does less now: a virtual machine that was moved, another mode of the processor.
-     * Company is not as steady: within 20 slices its share changed by a per cent and more.
+     * Loss that is company's, as a multiple of the noise. What is taken for the whole is the best of many
+     * slices, by two standard deviations above the mean; one slice in a thousand of a core alone is by three
+     * below it. Five, of three quarters to all of the noise.
      */
-    static constexpr int steady = 400;
-    static constexpr double sameness = 0.002;
+    static constexpr double lossByNoise = 6;
+    /** Bounds of that loss. A clock that moves by half a per cent in a slice is tolerated, so less than a
+     * part of this says nothing; the upper one holds where the noise is not known yet. */
+    static constexpr double leastLoss = 0.002, largestLoss = 0.02;
+    /**
+     * Means of `blockSize` undisturbed slices, so many in a row, that show the same before a core that did
+     * more is taken for one that does less now: a virtual machine that was moved, another mode of the
+     * processor. The range of 20 such means of a core alone is below 6 of their standard deviations in 98 %
+     * of cases; company is not as steady: within 20 slices its share changed by a per cent and more.
+     */
+    static constexpr int steadyBlocks = 20, blockSize = 20;
+    static constexpr double samenessByNoise = 8; ///< of a mean; 6, of three quarters of the noise
 
     /** The most that two undisturbed slices in a row have shown; one may be wrong. 0 before. */
     double throughput() const { return m_throughput; }
+    /** Standard deviation of a reading of the throughput, relative; 1 before the first stretch. */
+    double noise() const { return m_noise; }
+    bxAloneCore alone() const;
     void saw(const bxSlice& slice);
     /** Part of the usual patience that the next series should have: each one that waited in vain halves it.
      */
@@ -54,11 +80,17 @@ class bxOwnCore {
     double multiplication = 0;
 
   private:
+    void learnNoise(double now);
+    void learnSteady(double now);
+
     double m_throughput = 0;
     double m_last = 0;
+    double m_noise = 1;
     double m_patience = 1;
-    double m_low = 0, m_high = 0; ///< of the slices that show the same
-    int m_same = 0;
+    std::vector<double> m_steps;  ///< from each slice of a stretch to the next
+    double m_sum = 0;             ///< of a block
+    double m_low = 0, m_high = 0; ///< means of blocks that show the same
+    int m_inBlock = 0, m_blocks = 0;
 };
 
 /** The slices of one combination of parameter values. */
@@ -83,11 +115,10 @@ class bxSliceSeries {
     static constexpr double mostDisagreement = 0.05;
 
     /**
-     * A core that does less than alone by this share has company, and the slice is dropped. Even a neighbour
-     * that takes next to nothing halves the queues of the core: beside a loss of 0.7 to 3 % functions took
-     * from 0.87 to 1.28 times their time. Alone, medians of some slices were within 0.2 % of each other.
+     * The thread ran for all but this share of the time of a long call, or its slice is dropped. What is
+     * within it, some interrupts and a look of the scheduler, is part of the call.
      */
-    static constexpr double mostLoss = 0.006;
+    static constexpr double mostAway = 0.005;
 
     /**
      * Confidence of the interval before it is widened by what the slices tell of each other. A series that
@@ -110,14 +141,18 @@ class bxSliceSeries {
     void add(const bxSlice& slice) { m_slices.push_back(slice); }
     /** Slices added, those dropped among them. */
     int count() const { return static_cast<int>(m_slices.size()); }
-    /** The last slice is one of a shared core. */
-    bool endsShared(double full) const;
+    /** The last slice is one of a shared core, or of one on which others ran instead. */
+    bool endsShared(const bxAloneCore& core) const;
+    /** Whether all slices so far were disturbed. */
+    bool allDisturbed() const;
+    /** Whether the references of a slice are too far apart. */
+    static bool moved(const bxSlice& slice);
     /**
      * The figure of what was added so far: of the slices that the core did alone, if there are any, else of
-     * those that it shared, else of the dropped ones. Only the first have an interval.
-     * \param full  throughput of the core when it is not shared, 0 if that is not known
+     * those that it shared, else of the dropped ones. Only the first have an interval. From long calls during
+     * which others ran, that time is taken off.
      */
-    bxPreciseFigure figure(double accuracy, double full = 0) const;
+    bxPreciseFigure figure(double accuracy, const bxAloneCore& core = {}) const;
 
   private:
     std::vector<bxSlice> m_slices;
