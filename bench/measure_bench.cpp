@@ -32,7 +32,7 @@ class Round {
         std::shuffle(m_methods.begin(), m_methods.end(), m_random);
         double before = ticksPerAddition();
         for (const Method& method : m_methods)
-            if (method.takes(kernel)) {
+            if (method.takes(kernel) && (m_number - 1) % method.every == 0) {
                 const Clock::time_point start = Clock::now();
                 const Figure figure = method.measure(kernel);
                 const std::chrono::duration<double, std::micro> wall = Clock::now() - start;

@@ -21,6 +21,7 @@ struct Method {
     std::string name;
     std::function<Figure(const Kernel&)> measure;
     std::function<bool(const Kernel&)> takes; ///< the slow ones take a part of the kernels only
+    int every = 1;                            ///< and a turn in one round of so many
 };
 
 /**

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 """Makes the tables and plots of a run of the benches.
 
-    bench/summary.py <directory with the raw tables> <directory of the page>
+    bench/summary.py <directory with the raw tables> <directory of the page> <part>...
 
-Writes measurement.txt, measurement.csv and measurement.html into the first one, and into the second measurement.md,
-with what stands between its two marks replaced, and plots/*.svg.
+Writes <part>.txt and <part>.html into the first one (and methods.csv), and into the second measurement.md, with what
+stands between the marks of each part replaced, and plots/*.svg.
 """
 import csv
 import html
@@ -14,9 +14,9 @@ import sys
 
 import figures
 import plots
+import surroundings
 
 PAGE = pathlib.Path(__file__).resolve().parent.parent / "docs" / "measurement.md"
-MARKED = re.compile(r"(<!-- figures of the run -->\n).*(<!-- end of the figures -->)", re.S)
 ENGINE = ["auto", "statistic", "manual"]
 PEER = "gbench"
 METHODS = [("auto", "Auto, 5 %"), ("statistic", "Statistic, 12 calls"), ("manual", "Manual, 10 calls"),
@@ -197,40 +197,58 @@ def as_html(head, rows):
     return "<table>\n" + line("th", head) + "".join(line("td", row) for row in rows) + "</table>\n"
 
 
-def write_page(tables, drawn, folder):
+def write_page(part, tables, drawn, page):
     """The document: tables, and the plots as files of their own."""
-    (folder / "plots").mkdir(parents=True, exist_ok=True)
+    (page.parent / "plots").mkdir(parents=True, exist_ok=True)
     for name, _, svg in drawn:
-        (folder / "plots" / f"{name}.svg").write_text(svg)
-    body = "".join(f"### {title}\n\n{as_markdown(head, rows)}\n" for title, head, rows in tables)
+        (page.parent / "plots" / f"{name}.svg").write_text(svg)
+    body = "".join(f"### {title}\n\n{as_markdown(head, rows)}\n{''.join(n + chr(10) * 2 for n in note)}"
+                   for title, head, rows, *note in tables)
     body += "".join(f"### {caption}\n\n![{caption}](plots/{name}.svg)\n\n" for name, caption, _ in drawn)
-    text = MARKED.sub(lambda m: m[1] + "\n" + body + m[2], PAGE.read_text())
-    (folder / "measurement.md").write_text(text)
+    marked = re.compile(rf"(<!-- figures: {part} -->\n).*(<!-- end of the figures: {part} -->)", re.S)
+    page.write_text(marked.sub(lambda m: m[1] + "\n" + body + m[2], page.read_text()))
 
 
 def write_html(tables, drawn, path):
     style = ("body{font:14px sans-serif;margin:2em}table{border-collapse:collapse}"
              "td,th{border:1px solid #bbb;padding:.2em .6em;text-align:right}td:first-child{text-align:left}")
-    body = "".join(f"<h2>{html.escape(title)}</h2>\n{as_html(head, rows)}" for title, head, rows in tables)
+    body = "".join(f"<h2>{html.escape(title)}</h2>\n{as_html(head, rows)}" for title, head, rows, *_ in tables)
     body += "".join(f"<h2>{html.escape(caption)}</h2>\n{svg[svg.index('<svg'):]}\n" for _, caption, svg in drawn)
     path.write_text(f"<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>Measurement of Benchex</title>"
                     f"<style>{style}</style></head><body>\n<h1>Measurement of Benchex</h1>\n{body}</body></html>\n")
 
 
-def main():
-    raw, folder = map(pathlib.Path, sys.argv[1:3])
-    everything = figures.read(raw)
-    tables, drawn = sections(everything), plots.draw_all(everything)
-    text = "\n".join(f"{title}\n\n{as_text(head, rows)}" for title, head, rows in tables)
-    (raw / "measurement.txt").write_text(text)
-    print(text)
-    with open(raw / "measurement.csv", "w", newline="") as file:
+def write_methods(raw, tables):
+    with open(raw / "methods.csv", "w", newline="") as file:
         writer = csv.writer(file)
         _, head, rows = next(t for t in tables if t[0] == "Methods")
         writer.writerows([head, *rows])
-    write_html(tables, drawn, raw / "measurement.html")
-    write_page(tables, drawn, folder)
-    print(f"Page: {folder / 'measurement.md'}; tables and {raw / 'measurement.html'}")
+
+
+def tables_and_plots(part, raw):
+    if part == "coverage":
+        return surroundings.coverage_sections(raw), []
+    if part == "surroundings":
+        return surroundings.surroundings_sections(raw), []
+    everything = figures.read(raw)
+    return sections(everything), plots.draw_all(everything)
+
+
+def main():
+    raw, folder = map(pathlib.Path, sys.argv[1:3])
+    page = folder / PAGE.name
+    if page.resolve() != PAGE:
+        page.write_text(PAGE.read_text())
+    for part in sys.argv[3:]:
+        tables, drawn = tables_and_plots(part, raw)
+        text = "\n".join("\n".join([f"{title}\n", as_text(head, rows), *note]) for title, head, rows, *note in tables)
+        (raw / f"{part}.txt").write_text(text)
+        print(text)
+        if part == "methods":
+            write_methods(raw, tables)
+        write_html(tables, drawn, raw / f"{part}.html")
+        write_page(part, tables, drawn, page)
+    print(f"Page: {page}; tables in {raw}")
 
 
 if __name__ == "__main__":
