@@ -83,8 +83,10 @@ void bxOwnCore::learnNoise(double now) {
         m_steps.push_back(std::abs(now - m_last) / m_last);
     if (m_steps.size() < stretch)
         return;
-    // The median of the difference of two normal variates is 0.954 standard deviations of one.
-    m_noise = std::min(m_noise, bxMedian(m_steps) / 0.954);
+    // A quarter of the differences of two normal variates is below 0.451 standard deviations of one.
+    const auto quarter = m_steps.begin() + stretch / 4;
+    std::nth_element(m_steps.begin(), quarter, m_steps.end());
+    m_noise = std::min(m_noise, *quarter / 0.451);
     m_steps.clear();
 }
 

@@ -44,9 +44,10 @@ struct bxAloneCore {
  */
 class bxOwnCore {
   public:
-    /** Undisturbed slices whose readings show the noise. The quietest such stretch counts, since company
-     * makes it larger; it shows some three quarters of what is usual. */
-    static constexpr int stretch = 64;
+    /** Undisturbed slices whose readings show the noise, by the quarter of their steps that are least:
+     * company that comes and goes makes some of them larger. The quietest such stretch counts, which shows
+     * some three quarters of what is usual. */
+    static constexpr int stretch = 256;
     /**
      * Loss that is company's, as a multiple of the noise. What is taken for the whole is the best of many
      * slices, by two standard deviations above the mean; one slice in a thousand of a core alone is by three
@@ -54,8 +55,9 @@ class bxOwnCore {
      */
     static constexpr double lossByNoise = 6;
     /** Bounds of that loss. A clock that moves by half a per cent in a slice is tolerated, so less than a
-     * part of this says nothing; the upper one holds where the noise is not known yet. */
-    static constexpr double leastLoss = 0.002, largestLoss = 0.02;
+     * part of this says nothing; the upper one holds where the noise is not known yet: beside a loss of a per
+     * cent functions were seen to take up to 1.28 times their time. */
+    static constexpr double leastLoss = 0.002, largestLoss = 0.01;
     /**
      * Means of `blockSize` undisturbed slices, so many in a row, that show the same before a core that did
      * more is taken for one that does less now: a virtual machine that was moved, another mode of the
