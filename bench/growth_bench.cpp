@@ -173,8 +173,8 @@ double allocateBlocks(int n) {
 struct Piece {
     const char* name;
     const char* unit;
-    double (*run)(int n); ///< seconds; negative when the work was not done
-    int full;             ///< the size that it is meant to bear
+    double (*run)(int n); /**< seconds; negative when the work was not done */
+    int full;             /**< the size that it is meant to bear */
 
     int size(int doubling, double share) const {
         return static_cast<int>(std::ldexp(full * share, doubling));

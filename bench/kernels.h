@@ -17,11 +17,11 @@ using PeerFunction = void (*)(benchmark::State&);
 
 /** One thing to measure, while its data exist. */
 struct Kernel {
-    const bxTest* test; ///< with the functions that the engine calls
-    std::string name;   ///< of the function, with the values of its parameters
-    double clocks = 0;  ///< core clocks of a call by construction; 0 where nobody knows
+    const bxTest* test; /**< with the functions that the engine calls */
+    std::string name;   /**< of the function, with the values of its parameters */
+    double clocks = 0;  /**< core clocks of a call by construction; 0 where nobody knows */
     PeerFunction peer =
-        nullptr; ///< the same call in a loop of Google Benchmark; null: through `test->funcCall`
+        nullptr; /**< the same call in a loop of Google Benchmark; null: through `test->funcCall` */
 };
 
 /** Registers the chains. Call it once, before the first `forEachKernel`. */

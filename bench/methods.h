@@ -13,15 +13,15 @@
 /** What one measurement says of a call. */
 struct Figure {
     double value = 0;
-    bool coreClocks = false;  ///< the unit: core clocks, else counts of the time-stamp counter
-    double low = 0, high = 0; ///< stated 95 % interval; both 0 where none is stated
+    bool coreClocks = false;  /**< the unit: core clocks, else counts of the time-stamp counter */
+    double low = 0, high = 0; /**< stated 95 % interval; both 0 where none is stated */
 };
 
 struct Method {
     std::string name;
     std::function<Figure(const Kernel&)> measure;
-    std::function<bool(const Kernel&)> takes; ///< the slow ones take a part of the kernels only
-    int every = 1;                            ///< and a turn in one round of so many
+    std::function<bool(const Kernel&)> takes; /**< the slow ones take a part of the kernels only */
+    int every = 1;                            /**< and a turn in one round of so many */
 };
 
 /**

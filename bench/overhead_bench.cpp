@@ -72,8 +72,8 @@ void peerTrivial(benchmark::State& state) {
 /** Most tests that can be watched. */
 constexpr std::size_t mostTests = 128;
 std::array<bxFuncLoop, mostTests> s_loops;
-double s_firstCall = 0; ///< moment of the first timed call
-long long s_ticks = 0;  ///< inside timed regions
+double s_firstCall = 0; /**< moment of the first timed call */
+long long s_ticks = 0;  /**< inside timed regions */
 
 /** Stands in for the loop function of one test. */
 template <std::size_t test>
@@ -148,9 +148,9 @@ constexpr std::pair<const char*, Child> children[] = {
 // ---- The parent ----
 
 struct Cost {
-    double wall = 0; ///< seconds
-    double cpu = 0;  ///< seconds
-    double peak = 0; ///< megabytes of memory
+    double wall = 0; /**< seconds */
+    double cpu = 0;  /**< seconds */
+    double peak = 0; /**< megabytes of memory */
 };
 
 double seconds(const timeval& t) {

@@ -83,7 +83,7 @@ int figuresOf(double clocks, int figures) {
 /** What other processes do: so many on each core, busy for a time, idle for a time; busy forever without. */
 struct Company {
     int onEachCore;
-    double longest; ///< seconds, drawn from a twentieth of it on
+    double longest; /**< seconds, drawn from a twentieth of it on */
 };
 
 void keepBusy(const Company& company, int core) {

@@ -20,7 +20,7 @@ class ScriptedTest : public bxTest {
     explicit ScriptedTest(const char* function = "zorsScripted_32f", const char* text = "TimScripted//KV_REG")
         : bxTest(call, nullptr, loop, stat, function, "suite/p_scripted.cpp", text) {}
 
-    static inline long long s_clocks = 1000; ///< per call
+    static inline long long s_clocks = 1000; /**< per call */
     static inline bxResult s_status = OK;
 
     std::function<void()> onBegin;

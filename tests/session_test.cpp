@@ -38,7 +38,7 @@ TEST(CommandKey, IsReadFromAWordAndTheNext) {
     struct Row {
         const char* word;
         const char* next;
-        const char* expected; ///< key and argument, null: no key
+        const char* expected; /**< key and argument, null: no key */
     };
     const Row rows[] = {
         {"-B", "", "B"},
@@ -137,7 +137,7 @@ ZorStatus countedInit() {
 class OpenSession : public bxSession {
   public:
     std::string steps;
-    const char* wrongValue = nullptr; ///< thrown by the common settings
+    const char* wrongValue = nullptr; /**< thrown by the common settings */
     bool starts = true;
 
     void initSession() override {

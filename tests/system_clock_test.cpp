@@ -67,7 +67,7 @@ struct SimulatedClocks {
     double mhz = 2000;
     std::function<void(SimulatedClocks&)> before = [](SimulatedClocks&) {};
     double ticks = 1e12;
-    double error = 0; ///< of one reading, in ticks
+    double error = 0; /**< of one reading, in ticks */
     long long nanoseconds = 5'000'000'000;
 
     void pass(long long time) {
@@ -162,7 +162,7 @@ class PipeDevice {
     ~PipeDevice() { close(m_ends[1]); }
     PipeDevice(const PipeDevice&) = delete;
     PipeDevice& operator=(const PipeDevice&) = delete;
-    int fd() const { return m_ends[0]; } ///< the clock closes it
+    int fd() const { return m_ends[0]; } /**< the clock closes it */
     void put(std::uint32_t interrupts) {
         const std::uint32_t value = interrupts << 8 | 0xC0;
         EXPECT_EQ(write(m_ends[1], &value, sizeof value), ssize_t{sizeof value});

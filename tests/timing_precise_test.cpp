@@ -84,7 +84,7 @@ bxResult nearlyNothing(int count, long long* clocks) {
     return OK;
 }
 
-int s_heldUp; ///< measurement, from 0, in which something took 5 million counts
+int s_heldUp; /**< measurement, from 0, in which something took 5 million counts */
 
 bxResult heldUpOnce(int count, long long* clocks) {
     const bool heldUp = static_cast<int>(s_counts.size()) == s_heldUp;
@@ -96,7 +96,7 @@ bxResult heldUpOnce(int count, long long* clocks) {
     return r;
 }
 
-double s_longClocks; ///< of the last call below, with what others did meanwhile
+double s_longClocks; /**< of the last call below, with what others did meanwhile */
 
 /** 50 ms of processor time, twice: a call that is not timed and one that is. */
 bxResult longLoop(int, long long* clocks) {

@@ -15,9 +15,9 @@ class Simulated {
   public:
     struct Kind {
         const char* name;
-        double correlation; ///< of neighbours, of an autoregressive series of the first order
-        double disturbed;   ///< share of the slices that err 20 times as much
-        double burst;       ///< slices that a disturbance, the same for all of them, lasts
+        double correlation; /**< of neighbours, of an autoregressive series of the first order */
+        double disturbed;   /**< share of the slices that err 20 times as much */
+        double burst;       /**< slices that a disturbance, the same for all of them, lasts */
     };
 
     static constexpr double truth = 1000;

@@ -152,7 +152,7 @@ TEST_P(Mp3Huffman, EveryTableCodesAndDecodes) {
 
 struct RegionCase {
     int id, frequency, windowSwitching, blockType, mixed, region0, region1;
-    int end0, end1; ///< where the standard has the regions end
+    int end0, end1; /**< where the standard has the regions end */
 };
 
 TEST_P(Mp3Huffman, RegionsFollowBlockTypeAndBands) {

@@ -14,9 +14,9 @@ using Signal = std::function<double(int)>; // sample at a time, full scale 32767
 constexpr int frames = 8;
 
 struct Result {
-    ZorMP3PsychInfo info[2]; ///< of the last granule
+    ZorMP3PsychInfo info[2]; /**< of the last granule */
     std::vector<int> types[2];
-    std::vector<float> ratios; ///< of the left channel's long band 10
+    std::vector<float> ratios; /**< of the left channel's long band 10 */
     int modeExtension = 0;
 };
 

@@ -18,10 +18,10 @@ constexpr double one = 1 << 26;
 
 /** Where a line in stream order belongs. */
 struct Place {
-    int band, window; ///< window -1 in long bands
-    int factor;       ///< index of the scale factor, -1 for the highest band
-    int shared;       ///< index of the position: that of the band below for the highest
-    int destination;  ///< line after reordering
+    int band, window; /**< window -1 in long bands */
+    int factor;       /**< index of the scale factor, -1 for the highest band */
+    int shared;       /**< index of the position: that of the band below for the highest */
+    int destination;  /**< line after reordering */
 };
 
 bool isShort(const ZorMP3SideInfo& side) {

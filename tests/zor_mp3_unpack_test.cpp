@@ -168,7 +168,7 @@ TEST(Mp3Unpack, SideInfoHandsOutEveryField) {
 
 struct FactorCase {
     int id, blockType, mixed, compress, intensityRight;
-    std::vector<std::pair<int, int>> runs; ///< count, bits
+    std::vector<std::pair<int, int>> runs; /**< count, bits */
 };
 
 /** Runs worked out by hand from 11172-3 2.4.2.7 and 13818-3 2.4.3.2. */

@@ -6,6 +6,7 @@
   only headers of data.
 - The library knows nothing of the harness, and nobody outside the library its internal headers.
 - Files of code have at most 500 lines, generated tables and the library's public headers excepted.
+- A comment behind a member or a row is written /**< so */ in all rooms.
 Prints what breaks a rule and exits with 1.
 """
 import pathlib
@@ -57,6 +58,8 @@ def complaints(path):
     lines = text.count("\n")
     if lines > MAX_LINES and "tables" not in path.parts and path.parts[:2] != ("zor", "include"):
         yield f"{path}: {lines} lines, at most {MAX_LINES}"
+    if re.search(r"//[/!]<", text):
+        yield f"{path}: a comment behind a member is written /**< so */"
     last = last_room_of(path)
     for name in INCLUDE.findall(text):
         included = name.split("/")[0]

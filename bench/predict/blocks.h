@@ -27,7 +27,7 @@ namespace predict {
 enum class Watch { nothing, time, keep };
 inline Watch watch = Watch::nothing;
 struct Tally;
-inline const Tally* keeping = nullptr; ///< whose calls are kept
+inline const Tally* keeping = nullptr; /**< whose calls are kept */
 
 /** The calls of a function and their ticks of the time-stamp counter, since the last time both were set to 0.
  */

@@ -32,7 +32,7 @@ class FrameFinder {
     explicit FrameFinder(const Bytes& file) : m_at(file.data()), m_end(file.data() + file.size()) {}
 
     ZorAacFrameHeader header{};
-    const Zor8u* body = nullptr; ///< behind the header and its check word
+    const Zor8u* body = nullptr; /**< behind the header and its check word */
     const Zor8u* end = nullptr;
 
     /** Goes to the next frame; false at the end of the file. */
@@ -103,7 +103,7 @@ struct Channel {
     /** Two frames of decoded samples, the last one from `samples` on; then the overlap to the next; zeros. */
     alignas(64) std::array<float, 4 * frameLines> history{};
     int previousShape = 0;
-    std::unique_ptr<ZorsFDPState_32f, FreePredictors> predictors; ///< of the Main profile
+    std::unique_ptr<ZorsFDPState_32f, FreePredictors> predictors; /**< of the Main profile */
 
     float* samples() { return history.data() + frameLines; }
     float* overlap() { return history.data() + 2 * frameLines; }

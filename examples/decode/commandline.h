@@ -10,9 +10,9 @@
 #include <string_view>
 
 struct CommandLine {
-    bool floats = false;          ///< -f: 32-bit floats instead of 16-bit integers
-    const char* input = nullptr;  ///< null where the words are wrong
-    const char* output = nullptr; ///< null to decode only
+    bool floats = false;          /**< -f: 32-bit floats instead of 16-bit integers */
+    const char* input = nullptr;  /**< null where the words are wrong */
+    const char* output = nullptr; /**< null to decode only */
 
     /** Takes the words and the code path of -c, a processor type of zorcore.h. */
     CommandLine(int argc, char* argv[]) {

@@ -34,7 +34,7 @@ class FrameFinder {
 
     ZorMP3FrameHeader header{};
     ZorMP3FrameInfo info{};
-    const Zor8u* body = nullptr; ///< behind the header and the check word
+    const Zor8u* body = nullptr; /**< behind the header and the check word */
     const Zor8u* end = nullptr;
 
     /** Goes to the next frame; false at the end of the file. */

@@ -29,15 +29,15 @@ int zorsLoopForever();
 
 /** \name Changed state
  * @{ */
-int zorsRound87();          ///< x87: towards zero, 64 bits, all masked
-int zorsRoundSSX();         ///< SSE: towards zero
-int zorsDenormalSSX();      ///< SSE: no flush-to-zero
-int zorsDenormalInputSSX(); ///< SSE: denormals are zero
-int zorsUnmaskSSX();        ///< SSE: invalid and zero-divide trap
+int zorsRound87();          /**< x87: towards zero, 64 bits, all masked */
+int zorsRoundSSX();         /**< SSE: towards zero */
+int zorsDenormalSSX();      /**< SSE: no flush-to-zero */
+int zorsDenormalInputSSX(); /**< SSE: denormals are zero */
+int zorsUnmaskSSX();        /**< SSE: invalid and zero-divide trap */
 int zorsLeaveStack87();
 int zorsLeaveMMX();
-int zorsRaise87();  ///< x87: invalid
-int zorsRaiseSSX(); ///< SSE: invalid
+int zorsRaise87();  /**< x87: invalid */
+int zorsRaiseSSX(); /**< SSE: invalid */
 int zorsSetDirection();
 /** @} */
 

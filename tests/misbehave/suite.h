@@ -21,11 +21,11 @@ class TimMisbehave : public kvTest {
 
 /** What the witness found when it was called. */
 struct Witness {
-    double sum = 0;         ///< over its data
-    unsigned control87 = 0; ///< control word
-    unsigned tags87 = 0;    ///< 0xFFFF for an empty x87 stack
+    double sum = 0;         /**< over its data */
+    unsigned control87 = 0; /**< control word */
+    unsigned tags87 = 0;    /**< 0xFFFF for an empty x87 stack */
     unsigned controlSSX = 0;
-    unsigned seed = 0; ///< of the generator, behind its data
+    unsigned seed = 0; /**< of the generator, behind its data */
 
     bool operator==(const Witness&) const = default;
 };

@@ -90,7 +90,7 @@ class Tracer {
     const Latencies& m_latencies;
     std::array<Ready, Instruction::registers> m_registers{};
     std::unordered_map<std::uint64_t, Ready> m_memory;
-    std::vector<long long> m_before; ///< of each step, the one that it waited for
+    std::vector<long long> m_before; /**< of each step, the one that it waited for */
     std::vector<Group> m_groups;
     Ready m_last;
 };

@@ -106,7 +106,7 @@ class Counter {
     const std::vector<std::size_t>& m_wanted;
     int m_side;
     std::vector<PairCount>& m_counts;
-    std::size_t m_next = 0; ///< of the wanted ones, the first that is not done
+    std::size_t m_next = 0; /**< of the wanted ones, the first that is not done */
     std::optional<SidePlan> m_plan;
     Descriptor m_log, m_listing;
     long long m_size = 0;

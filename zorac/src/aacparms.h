@@ -22,9 +22,9 @@ class aacWinSeqItr : public bxMapIterator<aacWinSeq> {
 
 /** The division of a frame of 1024 lines. */
 struct AacFrame {
-    int winLen;  ///< lines of a window
-    int windows; ///< windows, each a window group of its own
-    int maxSfb;  ///< scalefactor bands of a window
+    int winLen;  /**< lines of a window */
+    int windows; /**< windows, each a window group of its own */
+    int maxSfb;  /**< scalefactor bands of a window */
 
     int lines() const { return winLen * windows; }
 };

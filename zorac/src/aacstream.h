@@ -8,8 +8,8 @@
 
 #include <algorithm>
 
-constexpr int aacMaxFill = 269; ///< bytes of a fill element
-constexpr int aacMaxData = 510; ///< bytes of a data-stream element
+constexpr int aacMaxFill = 269; /**< bytes of a fill element */
+constexpr int aacMaxData = 510; /**< bytes of a data-stream element */
 
 /** The head of a fill element: its count, with an escape above 14. */
 inline void putFillHead(kvBitVector& stream, int count) {

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int largest = 8191; ///< quantised value of the standard
+constexpr int largest = 8191; /**< quantised value of the standard */
 
 kvVector s_coefs, s_scaleFactors, s_sfbCb;
 int s_numWinGrp;

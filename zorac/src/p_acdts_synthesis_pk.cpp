@@ -7,9 +7,9 @@
 
 namespace {
 
-constexpr int calls = 64;      ///< of a subframe
-constexpr int bands = 32;      ///< sub-band samples of a call
-constexpr int blockSize = 128; ///< distance of the blocks of two calls, floats
+constexpr int calls = 64;      /**< of a subframe */
+constexpr int bands = 32;      /**< sub-band samples of a call */
+constexpr int blockSize = 128; /**< distance of the blocks of two calls, floats */
 
 kvVector s_src, s_dst, s_memory;
 ZorsSynthesisFilterState_DTS_32f* s_state;

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int pastSlots = 2;
-constexpr int mostBands = 64; ///< of the replicated signal
+constexpr int mostBands = 64; /**< of the replicated signal */
 constexpr int mostSlots = 4096;
 
 BandLines s_lines;

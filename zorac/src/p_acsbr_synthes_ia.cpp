@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr int slotSize = 32; ///< samples of a slot at the core's sampling rate
-constexpr int maxBands = 64; ///< of the synthesis
+constexpr int slotSize = 32; /**< samples of a slot at the core's sampling rate */
+constexpr int maxBands = 64; /**< of the synthesis */
 constexpr int largestFrame = 1 << 20;
 
 kvVector s_signal, s_memory;

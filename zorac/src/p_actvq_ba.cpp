@@ -8,9 +8,9 @@ namespace {
 
 constexpr int divisions = 60;
 constexpr int sourceLen = 1200;
-constexpr int codeLen = 20;                      ///< elements of a code vector
-constexpr int codes = 32;                        ///< code vectors of a book
-constexpr int candidates = 32;                   ///< of a division
+constexpr int codeLen = 20;                      /**< elements of a code vector */
+constexpr int codes = 32;                        /**< code vectors of a book */
+constexpr int candidates = 32;                   /**< of a division */
 constexpr int tableLen = codeLen * codes;        // 640
 constexpr int indexLen = divisions * candidates; // 1920
 

@@ -56,8 +56,8 @@ inline void fillEscapeBlock(kvVector& block, int escapeMode, int maxValue) {
 struct VlcData {
     kvVector block;
     kvBitVector stream;
-    BitPosition<Zor8u> position;           ///< of the encoder
-    BitPosition<const Zor8u> readPosition; ///< of the decoder
+    BitPosition<Zor8u> position;           /**< of the encoder */
+    BitPosition<const Zor8u> readPosition; /**< of the decoder */
     Zor32s countBits = 0;
     ZorVLCEncodeState_32s* encoder = nullptr;
     ZorVLCDecodeState_32s* decoder = nullptr;

@@ -28,7 +28,7 @@ constexpr char variable[] = "BENCHEX_LAYOUT";
 /** What a follower tells when it arrives at a combination, and when it ends. */
 struct Report {
     bxLayoutPlace place;
-    double clocks; ///< of the combination before
+    double clocks; /**< of the combination before */
     std::uint64_t codeAddress;
 };
 

@@ -18,8 +18,8 @@
 
 /** Where a run is: the same in all its processes. */
 struct bxLayoutPlace {
-    std::int32_t test = -1; ///< in the list of tests
-    std::int32_t row = -1;  ///< combination that the test came to measure
+    std::int32_t test = -1; /**< in the list of tests */
+    std::int32_t row = -1;  /**< combination that the test came to measure */
     auto operator<=>(const bxLayoutPlace&) const = default;
 };
 

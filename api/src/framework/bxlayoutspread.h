@@ -10,9 +10,9 @@
 
 /** The figures of one combination in several layouts. */
 struct bxLayoutSpread {
-    int asked = 1;              ///< layouts
-    std::vector<double> clocks; ///< of a call, in the layouts that gave a figure
-    bool codeMoved = false;     ///< between the layouts, by address space randomisation
+    int asked = 1;              /**< layouts */
+    std::vector<double> clocks; /**< of a call, in the layouts that gave a figure */
+    bool codeMoved = false;     /**< between the layouts, by address space randomisation */
 
     /**
      * For the comment column: "layouts=5 between=98.2..127 middle=101 spread=28.5%" (the distance of least

@@ -14,7 +14,7 @@ namespace {
 /** Code that is mapped into this process. */
 struct Mapping {
     std::uintptr_t begin, end;
-    std::string line; ///< for the file
+    std::string line; /**< for the file */
 };
 
 struct Output {

@@ -11,11 +11,11 @@
 /** One counted call. */
 struct bxStepRecord {
     bxString function;
-    bxString parameters; ///< "Len=64 Type=2"
-    double operations;   ///< floating-point operations of a call that the test declares; 0 for none
+    bxString parameters; /**< "Len=64 Type=2" */
+    double operations;   /**< floating-point operations of a call that the test declares; 0 for none */
     const bxInstructionCount& count;
-    const bxPreciseFigure& figure; ///< 0 clocks where it was not measured so
-    const bxStepLog* log;          ///< null where only the count is wanted
+    const bxPreciseFigure& figure; /**< 0 clocks where it was not measured so */
+    const bxStepLog* log;          /**< null where only the count is wanted */
 };
 
 /**

@@ -14,7 +14,7 @@ class bxTest;
 struct bxCallFigures {
     bxCallSpread single;
     bxColdFigure first;
-    bxResult result = UNDEFINED; ///< of the calls' status; UNDEFINED where none was made
+    bxResult result = UNDEFINED; /**< of the calls' status; UNDEFINED where none was made */
 };
 
 /**

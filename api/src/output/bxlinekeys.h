@@ -35,9 +35,9 @@ class bxLineKeys {
     std::size_t readLength(std::size_t& at) const;
     std::string key(std::size_t line) const;
 
-    std::string m_last;              ///< key of the last line
-    std::string m_text;              ///< of each line: length shared, own length, own characters
-    std::vector<std::size_t> m_rows; ///< where each row begins in the text
+    std::string m_last;              /**< key of the last line */
+    std::string m_text;              /**< of each line: length shared, own length, own characters */
+    std::vector<std::size_t> m_rows; /**< where each row begins in the text */
     std::vector<std::size_t> m_hashes;
 };
 

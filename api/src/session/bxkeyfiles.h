@@ -13,7 +13,7 @@ class bxCommandList;
  * other. Keys of which only the last counts (-g, and -i with -I) count once.
  */
 struct bxSharedFile {
-    char first = 0; ///< 0: all files are different
+    char first = 0; /**< 0: all files are different */
     char second = 0;
     bxString path;
 };

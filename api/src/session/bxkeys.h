@@ -12,14 +12,14 @@
 /** What has to hold for a key to exist in this program. */
 enum class bxKeyNeeds {
     nothing,
-    nameTables, ///< some unit asked for the name table keys (bxRegQKeys)
-    libraryCore ///< the core of the tested library is linked and bound
+    nameTables, /**< some unit asked for the name table keys (bxRegQKeys) */
+    libraryCore /**< the core of the tested library is linked and bound */
 };
 
 /** The file that a key names by its argument. */
 struct bxKeyFile {
-    const bxString* extension = nullptr; ///< of a name without one; null: the key names no file
-    bool lastCounts = false;             ///< of all keys with this extension only the last names a file
+    const bxString* extension = nullptr; /**< of a name without one; null: the key names no file */
+    bool lastCounts = false;             /**< of all keys with this extension only the last names a file */
     bxString (*path)(const bxString& name, const bxString& extension) = bxPaths::genOutPath;
 };
 

@@ -42,7 +42,7 @@ bool isUnsorted(const bxString& argument) {
 
 struct Priority {
     char letter;
-    bxPriority value; ///< of bxTool::m_priority
+    bxPriority value; /**< of bxTool::m_priority */
     const char* name;
 };
 constexpr Priority priorities[] = {

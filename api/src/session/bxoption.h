@@ -15,11 +15,11 @@ using bxKeyApply = void (*)(bxString argument, bxSession* session);
 
 struct bxOption {
     char key;
-    bool hidden;   ///< left out of the help unless hidden keys are asked for
-    bxString help; ///< lines of the short help, each with its line end; empty: the key is deprecated
+    bool hidden;   /**< left out of the help unless hidden keys are asked for */
+    bxString help; /**< lines of the short help, each with its line end; empty: the key is deprecated */
     bxKeyInfo info;
     bxKeyApply apply;
-    bxString descr; ///< extended description; may be empty
+    bxString descr; /**< extended description; may be empty */
 };
 
 #endif

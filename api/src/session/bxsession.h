@@ -111,7 +111,7 @@ class bxSession : public bxPaths, public bxSessionModes {
     /** Reports one key and carries it out. */
     void applyOption(char key, bxString argument);
 
-    static int m_exitLevel; ///< an `ExitLevel`
+    static int m_exitLevel; /**< an `ExitLevel` */
 
   protected:
     // Steps of a run.
@@ -164,14 +164,14 @@ class bxSession : public bxPaths, public bxSessionModes {
     OutputLevel m_levelMode = outErr;
     bool m_quickMode = false;
     static constexpr int noEnumeration = 100;
-    int m_enumMode = noEnumeration; ///< or a mode of bxReportList
+    int m_enumMode = noEnumeration; /**< or a mode of bxReportList */
     bool m_unopenedFile = false;
     bxString m_iniName;
     bool m_iniWrite = false;
     bxString m_optionsText;
     bxString m_sglName;
     bool m_headerWritten = false;
-    bool m_faulty = false; ///< of what Strict lets the exit status tell, something has happened
+    bool m_faulty = false; /**< of what Strict lets the exit status tell, something has happened */
 
   private:
     /** An output file named by a key; the stream that it is attached to owns it. */

@@ -28,8 +28,8 @@ class bxCacheFlush {
     using Piece = std::pair<const char*, const char*>;
 
     std::vector<Piece> m_pieces;
-    std::size_t m_lineSize = 0; ///< 0 without the instruction
-    bool m_weakly = false;      ///< there is the one that does not wait for each line
+    std::size_t m_lineSize = 0; /**< 0 without the instruction */
+    bool m_weakly = false;      /**< there is the one that does not wait for each line */
 };
 
 #endif

@@ -8,8 +8,8 @@
 
 /** The counter and the clock at one moment. */
 struct bxClockReading {
-    long long ticks = 0;       ///< of the time-stamp counter, in the middle of the bracket around the clock
-    long long nanoseconds = 0; ///< of the clock
+    long long ticks = 0; /**< of the time-stamp counter, in the middle of the bracket around the clock */
+    long long nanoseconds = 0; /**< of the clock */
 };
 
 /**
@@ -49,7 +49,7 @@ class bxClockRate {
     double measure();
 
     Source m_source;
-    bxClockReading m_first, m_last; ///< the time that the rate is made of
+    bxClockReading m_first, m_last; /**< the time that the rate is made of */
     double m_mhz = 0;
 };
 

@@ -49,10 +49,10 @@ std::string bxVendorString(const CPUID& leaf0);
 /** A feature flag of the processor: where CPUID shows it, and its name. */
 struct bxFeatureFlag {
     unsigned int leaf;
-    int reg; ///< CPUID::Register
+    int reg; /**< CPUID::Register */
     int bit;
-    const char* name;        ///< short name, empty for an unassigned bit
-    const char* description; ///< empty for an unassigned bit
+    const char* name;        /**< short name, empty for an unassigned bit */
+    const char* description; /**< empty for an unassigned bit */
 };
 
 /** Leaf 1 EDX, leaf 1 ECX, and four flags of leaf 0x80000001. */

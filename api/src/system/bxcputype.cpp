@@ -31,7 +31,7 @@ constexpr ExtensionRow extensionRows[] = {{sse42, true, 20}, {sse41, true, 19}, 
 struct ModelRow {
     int family;
     int model;
-    Extension highest; ///< what the real model has; an emulated one may differ
+    Extension highest; /**< what the real model has; an emulated one may differ */
     int code;
 };
 

@@ -14,8 +14,8 @@ struct bxCpuIdent;
 class bxCpuType {
   public:
     struct Row {
-        int code;          ///< as in zorcore.h
-        const char* label; ///< without blanks
+        int code;          /**< as in zorcore.h */
+        const char* label; /**< without blanks */
         const char* name;
     };
     static const std::array<Row, 30> table;
@@ -32,8 +32,8 @@ class bxCpuType {
 
 /** Facts that decide on a processor's type. */
 struct bxCpuFacts {
-    bool genuine = false; ///< the vendor whose models are known
-    bool avx = false;     ///< usable, see zor_is_avx_extension
+    bool genuine = false; /**< the vendor whose models are known */
+    bool avx = false;     /**< usable, see zor_is_avx_extension */
     bool longMode = false;
 };
 

@@ -31,8 +31,8 @@ class LinuxRTClock {
      */
     long long waitInterrupts();
 
-    int m_fd = -1;             ///< descriptor of "/dev/rtc", -1 while not open
-    bool m_interrupts = false; ///< periodic interrupts are enabled
+    int m_fd = -1;             /**< descriptor of "/dev/rtc", -1 while not open */
+    bool m_interrupts = false; /**< periodic interrupts are enabled */
 
   private:
     const char* m_problem = "";

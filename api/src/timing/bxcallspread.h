@@ -11,8 +11,8 @@
 
 /** One call of a series. */
 struct bxTimedCall {
-    double clocks = 0;        ///< without the cost of the counter reads
-    bool interrupted = false; ///< known to be
+    double clocks = 0;        /**< without the cost of the counter reads */
+    bool interrupted = false; /**< known to be */
 };
 
 /** What single calls cost, in the unit of their clocks. */
@@ -21,13 +21,13 @@ struct bxCallSpread {
 
     int calls = 0;
     double least = 0, median = 0, percent99 = 0, permille999 = 0, most = 0;
-    int interrupted = 0;           ///< calls that the system interrupted
-    double longestInterrupted = 0; ///< of these
+    int interrupted = 0;           /**< calls that the system interrupted */
+    double longestInterrupted = 0; /**< of these */
     /** Whether the figures are of the other calls only: not where half of all or more were interrupted. */
     bool apart = true;
     /** Calls of the figures, in bins of the same ratio from `least` (at least 1) to `most`. */
     std::array<int, bins> histogram{};
-    bxString problem; ///< a word where there is no such figure; empty otherwise
+    bxString problem; /**< a word where there is no such figure; empty otherwise */
 
     /** In another unit, of which there are so many to one of the present. */
     void scale(double factor);

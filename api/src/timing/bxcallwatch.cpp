@@ -186,8 +186,8 @@ constexpr std::array registerRows = {RegisterName{0x01, "ebx "}, RegisterName{0x
                                      RegisterName{0x40, "DF "}};
 #endif
 
-constexpr unsigned controlBits87 = 0xF3F;   ///< masks, precision and rounding
-constexpr unsigned controlBitsSSX = 0xFFC0; ///< all but the status flags
+constexpr unsigned controlBits87 = 0xF3F;   /**< masks, precision and rounding */
+constexpr unsigned controlBitsSSX = 0xFFC0; /**< all but the status flags */
 constexpr int denormalsAreZero = 0x40;
 
 /** The x87 environment as FNSTENV stores it. */

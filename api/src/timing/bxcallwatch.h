@@ -39,12 +39,12 @@ class bxCallWatch {
 
     int m_start87 = 0;
     int m_startSSX = 0;
-    int m_word87 = 0; ///< as the function left it first
+    int m_word87 = 0; /**< as the function left it first */
     int m_wordSSX = 0;
     bool m_changed87 = false;
     bool m_changedSSX = false;
-    int m_stackInUse = 0;     ///< most x87 registers left in use
-    unsigned m_registers = 0; ///< bits of the registers not preserved
+    int m_stackInUse = 0;     /**< most x87 registers left in use */
+    unsigned m_registers = 0; /**< bits of the registers not preserved */
 };
 
 /** The watch of the session. */

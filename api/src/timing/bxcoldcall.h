@@ -8,8 +8,8 @@
 
 /** A first call. */
 struct bxColdFigure {
-    double clocks = 0; ///< of a call: the median of the tries, 0 where nothing was asked for
-    bxString problem;  ///< a word where there is no figure; empty otherwise
+    double clocks = 0; /**< of a call: the median of the tries, 0 where nothing was asked for */
+    bxString problem;  /**< a word where there is no figure; empty otherwise */
 
     /** For the comment column: "first=5400", "first=?nocall" or empty. */
     bxString text() const;

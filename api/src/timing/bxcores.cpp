@@ -5,7 +5,7 @@
 namespace {
 
 bool s_pinned = false;
-cpu_set_t s_before; ///< where the process may run otherwise
+cpu_set_t s_before; /**< where the process may run otherwise */
 
 } // namespace
 

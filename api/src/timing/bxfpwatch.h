@@ -25,9 +25,9 @@ unsigned int bx_get_ssx();
 /** The x87 side: default settings and texts. */
 class ts87Base {
   public:
-    static int Exception; ///< masks: all but zero-divide
-    static int Precision; ///< 53 bits
-    static int Rounding;  ///< to nearest
+    static int Exception; /**< masks: all but zero-divide */
+    static int Precision; /**< 53 bits */
+    static int Rounding;  /**< to nearest */
 
     /** Clears the flags and sets the default control word. */
     static void setDefault();
@@ -40,9 +40,9 @@ class ts87Base {
 /** The SSE side: default settings and texts. Does nothing on a processor without SSE. */
 class tsSSXBase {
   public:
-    static int Exception; ///< masks: all
-    static int FlushZero; ///< on
-    static int Rounding;  ///< to nearest
+    static int Exception; /**< masks: all */
+    static int FlushZero; /**< on */
+    static int Rounding;  /**< to nearest */
 
     /** Of the processor that the program runs on. */
     tsSSXBase();

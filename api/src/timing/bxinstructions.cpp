@@ -158,13 +158,13 @@ constexpr long trapFlag = 0x100;
 /** What the handler knows of the call that is being stepped. It must not allocate. */
 struct Stepping {
     long long most = 0;
-    bxStepLog* log = nullptr; ///< may be null
+    bxStepLog* log = nullptr; /**< may be null */
     long long instructions = 0;
     long long steps = 0;
-    std::uint32_t digest = 2166136261U; ///< FNV-1a
-    Address entryStack = 0;             ///< stack pointer at the entry of the function
-    Address previous = 0;               ///< address of the last instruction
-    Address behindHoldOff = 0;          ///< of the next one, if the last may have held off its trap; else 0
+    std::uint32_t digest = 2166136261U; /**< FNV-1a */
+    Address entryStack = 0;             /**< stack pointer at the entry of the function */
+    Address previous = 0;               /**< address of the last instruction */
+    Address behindHoldOff = 0; /**< of the next one, if the last may have held off its trap; else 0 */
     const char* problem = "";
     bool active = false;
     bool overLimit = false;

@@ -13,15 +13,15 @@ class bxStepLog;
 
 /** The instructions of one call, from the entry of the function to its return, the return included. */
 struct bxInstructionCount {
-    long long instructions = 0; ///< a repeated string instruction is one, like any other
-    long long steps = 0;        ///< the same, with every iteration of repeated string instructions
+    long long instructions = 0; /**< a repeated string instruction is one, like any other */
+    long long steps = 0;        /**< the same, with every iteration of repeated string instructions */
     /**
      * Hash of what was executed, in its order: prefixes, opcodes and registers without constants, addresses
      * and jump distances. Code that was only moved has the same.
      */
     std::uint32_t digest = 0;
-    bool overLimit = false; ///< the stepping ended at the limit
-    bxString problem;       ///< a word; empty where the count holds
+    bool overLimit = false; /**< the stepping ended at the limit */
+    bxString problem;       /**< a word; empty where the count holds */
 
     /** Whether the call was counted to its end. */
     bool known() const { return instructions > 0 && !overLimit && problem.empty(); }

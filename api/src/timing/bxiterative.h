@@ -9,9 +9,9 @@
 
 /** Where the search begins and ends. */
 struct bxIterativeLimits {
-    int start;           ///< calls of the prior measurement
-    int most;            ///< calls of a measurement
-    long long minClocks; ///< that the prior measurement must reach
+    int start;           /**< calls of the prior measurement */
+    int most;            /**< calls of a measurement */
+    long long minClocks; /**< that the prior measurement must reach */
 };
 
 /** Writes a warning where bad control status was met and fewer calls were tried. */

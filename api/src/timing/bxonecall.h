@@ -9,9 +9,9 @@
 
 /** What one call took. */
 struct bxOneCall {
-    long long ticks = 0;      ///< counts, with the cost of the reads
-    int status = 0;           ///< of the function
-    bool interrupted = false; ///< the processor entered the system and came back
+    long long ticks = 0;      /**< counts, with the cost of the reads */
+    int status = 0;           /**< of the function */
+    bool interrupted = false; /**< the processor entered the system and came back */
 };
 
 /**

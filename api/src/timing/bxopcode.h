@@ -10,16 +10,16 @@
 struct bxOpcode {
     enum Kind {
         plain,
-        repeatedString, ///< REP with a string operation: steps once an iteration
-        loadsStack,     ///< of SS: the trap comes one instruction later
-        popsFlags,      ///< POPF
-        systemCall,     ///< SYSCALL, SYSENTER, INT 80h
-        interrupt,      ///< other software interrupts, breakpoints
-        interruptReturn ///< IRET
+        repeatedString, /**< REP with a string operation: steps once an iteration */
+        loadsStack,     /**< of SS: the trap comes one instruction later */
+        popsFlags,      /**< POPF */
+        systemCall,     /**< SYSCALL, SYSENTER, INT 80h */
+        interrupt,      /**< other software interrupts, breakpoints */
+        interruptReturn /**< IRET */
     };
     Kind kind = plain;
-    int formBytes = 0;    ///< prefixes, opcode, ModRM and SIB
-    int displacement = 0; ///< bytes of the address behind them
+    int formBytes = 0;    /**< prefixes, opcode, ModRM and SIB */
+    int displacement = 0; /**< bytes of the address behind them */
 };
 
 /**

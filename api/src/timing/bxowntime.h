@@ -25,7 +25,7 @@ class bxOwnTime {
     double delay() const;
 
     int m_file;
-    double m_wall = 0; ///< nanoseconds
+    double m_wall = 0; /**< nanoseconds */
     double m_delay = 0;
 };
 

@@ -139,13 +139,13 @@ class PreciseTiming {
     bxSliceSeries m_series;
     const unsigned long long m_start = zor_get_cpu_counter();
     bxOwnTime m_ownTime;
-    double m_least = std::numeric_limits<double>::max(); ///< counts of one call
-    double m_called = 0;                                 ///< counts of all calls, at least
-    double m_others = 0;                                 ///< counts while others ran instead
-    double m_waited = 0;                                 ///< counts spent for others to leave the core
-    double m_call = 0;                                   ///< counts of one call
-    unsigned long long m_lastLap = m_start;              ///< when it was last asked whether others ran
-    double m_firstAway = 0;                              ///< share of the first measurement in which they did
+    double m_least = std::numeric_limits<double>::max(); /**< counts of one call */
+    double m_called = 0;                                 /**< counts of all calls, at least */
+    double m_others = 0;                                 /**< counts while others ran instead */
+    double m_waited = 0;                                 /**< counts spent for others to leave the core */
+    double m_call = 0;                                   /**< counts of one call */
+    unsigned long long m_lastLap = m_start;              /**< when it was last asked whether others ran */
+    double m_firstAway = 0; /**< share of the first measurement in which they did */
     bool m_badStatus = false;
 };
 

@@ -19,7 +19,7 @@ constexpr long long stretch = 1'000'000;
  * shortest way into the system and back. */
 constexpr double shortestInterrupt = 1000;
 
-int s_idleTurns; ///< of the idle loop: one clock each
+int s_idleTurns; /**< of the idle loop: one clock each */
 
 int idleLoop() {
     for (int turns = s_idleTurns; turns > 0; --turns)
@@ -54,7 +54,7 @@ class Series {
     const int m_priority;
     const bool m_ordered = zor_is_wni_extension() != 0;
     std::vector<bxTimedCall> m_calls;
-    std::vector<double> m_idle; ///< counts of loops without a known interruption
+    std::vector<double> m_idle; /**< counts of loops without a known interruption */
     double m_readCost = 0;
     int m_status = 0;
 };

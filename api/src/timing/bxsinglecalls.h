@@ -11,7 +11,7 @@
 struct bxPreparedCall {
     bxFuncCall call = nullptr;
     bxFuncInit init = nullptr;
-    bool restoreData = false; ///< the copies of all vectors
+    bool restoreData = false; /**< the copies of all vectors */
 
     void prepare() const;
 };

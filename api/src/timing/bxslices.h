@@ -12,12 +12,12 @@
 
 /** One slice, in counts of the time-stamp counter. */
 struct bxSlice {
-    double perCall = 0;         ///< clocks of 2n calls minus those of n calls, by n
-    double referenceBefore = 0; ///< one addition, by the same difference, before the calls
-    double referenceAfter = 0;  ///< and behind them
-    double disagreement = 0;    ///< of n and of 2n calls about the time of n, by the length of a slice
-    double throughput = 1;      ///< independent additions in a core clock, behind the calls
-    double away = 0; ///< share of the time of a long call, and of the one before it, in which others ran
+    double perCall = 0;         /**< clocks of 2n calls minus those of n calls, by n */
+    double referenceBefore = 0; /**< one addition, by the same difference, before the calls */
+    double referenceAfter = 0;  /**< and behind them */
+    double disagreement = 0;    /**< of n and of 2n calls about the time of n, by the length of a slice */
+    double throughput = 1;      /**< independent additions in a core clock, behind the calls */
+    double away = 0; /**< share of the time of a long call, and of the one before it, in which others ran */
 };
 
 /**
@@ -29,7 +29,7 @@ double bxDisagreement(double once, double twice, int n, double least);
 
 /** A core that works for one thread alone. */
 struct bxAloneCore {
-    double throughput = 0; ///< independent additions in a clock; 0 where that is not known
+    double throughput = 0; /**< independent additions in a clock; 0 where that is not known */
     /** One that does less by this share has company. */
     double mostLoss = 0;
 };
@@ -65,7 +65,7 @@ class bxOwnCore {
      * of cases; company is not as steady: within 20 slices its share changed by a per cent and more.
      */
     static constexpr int steadyBlocks = 20, blockSize = 20;
-    static constexpr double samenessByNoise = 8; ///< of a mean; 6, of three quarters of the noise
+    static constexpr double samenessByNoise = 8; /**< of a mean; 6, of three quarters of the noise */
 
     /** The most that two undisturbed slices in a row have shown; one may be wrong. 0 before. */
     double throughput() const { return m_throughput; }
@@ -89,9 +89,9 @@ class bxOwnCore {
     double m_last = 0;
     double m_noise = 1;
     double m_patience = 1;
-    std::vector<double> m_steps;  ///< from each slice of a stretch to the next
-    double m_sum = 0;             ///< of a block
-    double m_low = 0, m_high = 0; ///< means of blocks that show the same
+    std::vector<double> m_steps;  /**< from each slice of a stretch to the next */
+    double m_sum = 0;             /**< of a block */
+    double m_low = 0, m_high = 0; /**< means of blocks that show the same */
     int m_inBlock = 0, m_blocks = 0;
 };
 

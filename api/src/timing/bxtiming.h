@@ -33,27 +33,27 @@ using bxStatusCheck = bxResult (*)(int status);
 struct bxTimingSettings {
     enum Method { methodAuto, methodLoop, methodStat, methodIterative };
 
-    double accuracy = 0.05; ///< asked for, relative
+    double accuracy = 0.05; /**< asked for, relative */
     int method = methodAuto;
-    int manualLoops = 10;            ///< Manual loop: calls, at least 1
-    int bestStartLoops = 1;          ///< Iterative: calls of the prior measurement
-    int bestMaxLoops = 2048;         ///< Iterative: most calls
-    bool includeDataSet = false;     ///< restore the test data before every call and count that time
-    long long bestMinClocks = 100;   ///< Iterative: clocks that the prior measurement must reach
-    int statMinCalls = 12;           ///< Statistic: fewest calls
-    long long statMaxClocks = 10000; ///< Statistic: clocks that the timed calls must reach
-    bool ibsMode = false;            ///< call `initFunc` before every measurement, avoid bad control status
-    bool avoidBadStatus = false;     ///< copy of `ibsMode` during an Auto or Iterative timing
-    int autoStartLoops = 0;  ///< Auto: other than the usual calls of the prior measurement, 0 for none
-    int autoMaxLoops = 0;    ///< Auto: other than the usual most calls, 0 for none
-    bool precise = false;    ///< measure by differences against a chain of additions, whatever the method
-    double budget = 20e6;    ///< precise: clocks of a combination, and three calls (10 ms at 2 GHz)
-    double patience = 200e6; ///< precise: clocks more to wait for others to leave the core (0.1 s)
-    bool countInstructions = false; ///< of a call, step by step, beside the timing
-    int mostInstructions = 200'000; ///< steps after which the counting is given up
-    bxString stepsFile;             ///< takes what each counted call did, step by step; empty for none
-    int singleCalls = 0;            ///< to be timed one by one, behind the timing; 0 for none
-    bool coldCalls = false;         ///< time calls with empty caches, behind the timing
+    int manualLoops = 10;            /**< Manual loop: calls, at least 1 */
+    int bestStartLoops = 1;          /**< Iterative: calls of the prior measurement */
+    int bestMaxLoops = 2048;         /**< Iterative: most calls */
+    bool includeDataSet = false;     /**< restore the test data before every call and count that time */
+    long long bestMinClocks = 100;   /**< Iterative: clocks that the prior measurement must reach */
+    int statMinCalls = 12;           /**< Statistic: fewest calls */
+    long long statMaxClocks = 10000; /**< Statistic: clocks that the timed calls must reach */
+    bool ibsMode = false;        /**< call `initFunc` before every measurement, avoid bad control status */
+    bool avoidBadStatus = false; /**< copy of `ibsMode` during an Auto or Iterative timing */
+    int autoStartLoops = 0;      /**< Auto: other than the usual calls of the prior measurement, 0 for none */
+    int autoMaxLoops = 0;        /**< Auto: other than the usual most calls, 0 for none */
+    bool precise = false;    /**< measure by differences against a chain of additions, whatever the method */
+    double budget = 20e6;    /**< precise: clocks of a combination, and three calls (10 ms at 2 GHz) */
+    double patience = 200e6; /**< precise: clocks more to wait for others to leave the core (0.1 s) */
+    bool countInstructions = false; /**< of a call, step by step, beside the timing */
+    int mostInstructions = 200'000; /**< steps after which the counting is given up */
+    bxString stepsFile;             /**< takes what each counted call did, step by step; empty for none */
+    int singleCalls = 0;            /**< to be timed one by one, behind the timing; 0 for none */
+    bool coldCalls = false;         /**< time calls with empty caches, behind the timing */
 };
 
 /** The functions of a test, null where it has none. */
@@ -66,9 +66,10 @@ struct bxTimingFunctions {
 
 /** Clocks and status of one measurement, together. */
 struct bxSample {
-    double clocks = 0;           ///< of all calls; 0 when nothing could be counted, twice
-    bxResult result = UNDEFINED; ///< of the calls' status; UNDEFINED where the function cannot be called so
-    bool badStatus = false;      ///< bad floating-point flags were collected, by this one or an earlier one
+    double clocks = 0; /**< of all calls; 0 when nothing could be counted, twice */
+    bxResult result =
+        UNDEFINED;          /**< of the calls' status; UNDEFINED where the function cannot be called so */
+    bool badStatus = false; /**< bad floating-point flags were collected, by this one or an earlier one */
 };
 
 /** Makes `count` calls. */
@@ -78,14 +79,14 @@ using bxStatSampler = std::function<bxSample(int& calls, long long clocks)>;
 
 /** What a timing found. */
 struct bxTimingFigures {
-    bxResult result = UNDEFINED;   ///< worst result
-    double funcClocks = 0;         ///< clocks per call
-    int loops = 0;                 ///< calls of the last loop measurement
-    int countedCalls = 0;          ///< Statistic: calls
-    bool found = false;            ///< the method came to its end
-    long long clocks = 0;          ///< all clocks of the last measurement
-    double actualAccuracy = 1.0;   ///< reached, relative
-    bxPreciseFigure preciseFigure; ///< what the precise mode found; `funcClocks` are core clocks then
+    bxResult result = UNDEFINED;   /**< worst result */
+    double funcClocks = 0;         /**< clocks per call */
+    int loops = 0;                 /**< calls of the last loop measurement */
+    int countedCalls = 0;          /**< Statistic: calls */
+    bool found = false;            /**< the method came to its end */
+    long long clocks = 0;          /**< all clocks of the last measurement */
+    double actualAccuracy = 1.0;   /**< reached, relative */
+    bxPreciseFigure preciseFigure; /**< what the precise mode found; `funcClocks` are core clocks then */
 
     /** Takes the figure of one measurement. */
     void add(const bxSample& sample, int count) {

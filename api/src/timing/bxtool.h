@@ -97,7 +97,7 @@ class bxTool : public bxTimingSettings, public bxTimingFigures, public bxTimingF
     bxString callsText() const;
     bxIterativeLimits iterativeLimits() const;
 
-    bool m_figureReported = false; ///< by `setFuncTicks`, since a function that times itself was called
+    bool m_figureReported = false; /**< by `setFuncTicks`, since a function that times itself was called */
 };
 
 /** Access for the global below. */

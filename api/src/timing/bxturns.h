@@ -83,10 +83,10 @@ class bxTurns {
     std::size_t m_mapped = 0;
     std::vector<char> m_heapOffset;
     bxTurnsForm::Place m_place{-1, -1};
-    int m_row = -1; ///< of the plan, where the present combination is one
+    int m_row = -1; /**< of the plan, where the present combination is one */
     bool m_token = false;
     bool m_pinned = false;
-    bool m_alone = false; ///< the other side has ended
+    bool m_alone = false; /**< the other side has ended */
     bxString m_function;
     bxString m_fault;
 };

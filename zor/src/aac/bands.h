@@ -11,10 +11,10 @@
 
 namespace zor::aac {
 
-constexpr int frameLength = 1024; ///< lines of a frame, whatever its windows
-constexpr int shortLength = 128;  ///< lines of a short window
-constexpr int shortWindows = 8;   ///< short windows of a frame
-constexpr int samplingRates = 12; ///< sampling-rate indices in use
+constexpr int frameLength = 1024; /**< lines of a frame, whatever its windows */
+constexpr int shortLength = 128;  /**< lines of a short window */
+constexpr int shortWindows = 8;   /**< short windows of a frame */
+constexpr int samplingRates = 12; /**< sampling-rate indices in use */
 
 /** The bands of one window: band b spans the lines offset[b] to offset[b + 1] - 1. */
 struct Bands {

@@ -17,7 +17,7 @@ struct Record {
 /** How the index of a code word stands for its values. */
 struct BookShape {
     int dimension;
-    int levels; ///< values that one line can take
+    int levels; /**< values that one line can take */
     int lowest;
 };
 

@@ -12,7 +12,7 @@ using BookTable = PrefixTable<9>;
 
 constexpr int spectralBooks = 11;
 constexpr int escapeBook = 11;
-constexpr int escapeMagnitude = 16; ///< in the escape book: an escape sequence follows
+constexpr int escapeMagnitude = 16; /**< in the escape book: an escape sequence follows */
 
 /**
  * The values of a code word of a spectral book in one number: up to four values of six bits, the first one

@@ -21,10 +21,10 @@ struct Rotations {
 struct Dct4Plan {
     static constexpr int maxStages = 4;
 
-    int length; ///< M: 1024 or 128
-    int stages; ///< radix-4 stages; a radix-2 one follows where M/2 is no power of 4
+    int length; /**< M: 1024 or 128 */
+    int stages; /**< radix-4 stages; a radix-2 one follows where M/2 is no power of 4 */
     bool radix2;
-    Rotations ends; ///< M/2 rotations before and after the Fourier transform; 31 fractional bits
+    Rotations ends; /**< M/2 rotations before and after the Fourier transform; 31 fractional bits */
     /** Per stage: of the second, third and fourth output; 30 fractional bits. In the second stage four of
      * each. */
     Rotations stage[maxStages][3];

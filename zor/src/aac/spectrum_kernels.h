@@ -11,7 +11,7 @@
 namespace zor::aac {
 
 constexpr int largestQuantised = 8191;
-constexpr int longestBand = 96; ///< lines, at any sampling rate
+constexpr int longestBand = 96; /**< lines, at any sampling rate */
 
 /** Bands of lines: band b spans offset[b] * windows to offset[b + 1] * windows - 1. */
 struct BandLines {

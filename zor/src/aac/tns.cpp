@@ -21,7 +21,7 @@ struct TnsCall {
     const int* coefRes;
     const Zor8s* coef;
     const int* direction;
-    int lastBand; ///< filters end below this band
+    int lastBand; /**< filters end below this band */
     Bands bands;
     int winLen;
     int windows;

@@ -13,7 +13,7 @@
 namespace zor::aac {
 
 constexpr int flatLength =
-    (frameLength - shortLength) / 2; ///< lines of a start or stop window beside its slope
+    (frameLength - shortLength) / 2; /**< lines of a start or stop window beside its slope */
 
 /** A number of fixed point, the largest one at most. */
 inline Zor32s fixed(double value, int bits) {

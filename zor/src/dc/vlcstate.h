@@ -32,9 +32,9 @@ struct Word {
 struct ZorVLCEncodeState_32s {
     static constexpr zor::StateTag expectedTag = zor::stateTag('V', 'L', 'C', 'E');
     zor::StateTag tag;
-    int size;                      ///< records of the code
-    zor::vlc::LengthRange lengths; ///< of the code words
-    zor::vlc::Word* words;         ///< by value
+    int size;                      /**< records of the code */
+    zor::vlc::LengthRange lengths; /**< of the code words */
+    zor::vlc::Word* words;         /**< by value */
 
     static ZorVLCEncodeState_32s* place(zor::Arena& arena, int size, zor::vlc::LengthRange lengths);
 };
@@ -42,9 +42,9 @@ struct ZorVLCEncodeState_32s {
 struct ZorVLCDecodeState_32s {
     static constexpr zor::StateTag expectedTag = zor::stateTag('V', 'L', 'C', 'D');
     zor::StateTag tag;
-    int size;                      ///< records of the code
-    zor::vlc::LengthRange lengths; ///< of the code words
-    zor::PrefixEntry* entries;     ///< the root table, then the tables behind it
+    int size;                      /**< records of the code */
+    zor::vlc::LengthRange lengths; /**< of the code words */
+    zor::PrefixEntry* entries;     /**< the root table, then the tables behind it */
 
     static ZorVLCDecodeState_32s* place(zor::Arena& arena, int size, zor::vlc::LengthRange lengths,
                                         std::size_t entryCount);

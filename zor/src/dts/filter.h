@@ -18,10 +18,10 @@ struct DtsSynthesis {
     static constexpr int bands = 32, ringSlots = 16, taps = bands * ringSlots;
 
     Dct4Plan plan;
-    float* window[2]; ///< by mode
-    float* ring;      ///< 64 modulated values for each of the last 16 slots
+    float* window[2]; /**< by mode */
+    float* ring;      /**< 64 modulated values for each of the last 16 slots */
     float* work;
-    int newest; ///< the slot of the ring that was written last
+    int newest; /**< the slot of the ring that was written last */
 };
 
 struct DtsKernels {

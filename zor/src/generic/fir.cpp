@@ -13,7 +13,7 @@ struct ZorsFIRBlockState_32f {
     StateTag tag;
     int order;
     float* taps;
-    float* line; ///< order - 1 past samples, then room for the first order - 1 of the block
+    float* line; /**< order - 1 past samples, then room for the first order - 1 of the block */
 
     static ZorsFIRBlockState_32f* place(Arena& arena, const float* taps, int order) {
         const auto count = static_cast<std::size_t>(order);

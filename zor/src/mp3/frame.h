@@ -18,8 +18,8 @@ inline constexpr int modeMono = 3;
 inline constexpr int extensionIntensity = 1;
 inline constexpr int extensionMs = 2;
 inline constexpr int shortBlock = 2;
-inline constexpr int longBands = 22;  ///< the last has no scale factor
-inline constexpr int shortBands = 13; ///< likewise
+inline constexpr int longBands = 22;  /**< the last has no scale factor */
+inline constexpr int shortBands = 13; /**< likewise */
 inline constexpr int firstShortInMixed = 3;
 
 inline constexpr Zor16s standardMixedBands[2] = {6, 8};
@@ -28,7 +28,7 @@ inline constexpr Zor16s standardMixedBands[2] = {6, 8};
 struct BandTables {
     const Zor16s (*longBoundary)[longBands + 1] = tables::mp3_sfb_long::boundary;
     const Zor16s (*shortBoundary)[shortBands + 1] = tables::mp3_sfb_short::boundary;
-    const Zor16s* mixedBands = standardMixedBands; ///< long bands of a mixed block, by id
+    const Zor16s* mixedBands = standardMixedBands; /**< long bands of a mixed block, by id */
 };
 
 /** The tables that hold for a header without the caller's. */
@@ -71,8 +71,8 @@ constexpr bool isShort(const ZorMP3SideInfo& side) {
 struct BandLayout {
     const Zor16s* longBoundary;
     const Zor16s* shortBoundary;
-    int longs;      ///< long bands, from line 0
-    int firstShort; ///< shortBands where there are none
+    int longs;      /**< long bands, from line 0 */
+    int firstShort; /**< shortBands where there are none */
 
     BandLayout(const BandTables& tables, const ZorMP3FrameHeader& header, const ZorMP3SideInfo& side)
         : longBoundary(tables.longBoundary[bandRow(header)]),

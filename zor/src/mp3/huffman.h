@@ -20,10 +20,10 @@ inline constexpr int quadTables = 2;
 /** A table number of the big values: its code book, escape bits and the largest value it can send. */
 struct PairTable {
     int linbits = 0;
-    int largest = -1; ///< -1: no such table
-    int width = 0;    ///< the code of (x, y) stands at first + x width + y
+    int largest = -1; /**< -1: no such table */
+    int width = 0;    /**< the code of (x, y) stands at first + x width + y */
     int first = 0;
-    int longest = 0; ///< bits of its longest code, without signs and escapes
+    int longest = 0; /**< bits of its longest code, without signs and escapes */
 };
 
 inline constexpr auto pairTable = [] {

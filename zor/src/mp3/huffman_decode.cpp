@@ -48,7 +48,7 @@ constexpr std::size_t pairEntries = [] {
 /** The look-up tables of all books in a row. */
 struct PairLookups {
     std::array<PrefixEntry, pairEntries> entries{};
-    std::size_t start[pairTables]{}; ///< by table number
+    std::size_t start[pairTables]{}; /**< by table number */
     bool valid = true;
 };
 

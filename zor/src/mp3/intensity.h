@@ -14,7 +14,8 @@ struct Balance {
     float left, right;
 };
 
-inline constexpr int mpeg1Positions = 7; ///< 0 to 6; position 7 says that the band is not in intensity stereo
+inline constexpr int mpeg1Positions =
+    7; /**< 0 to 6; position 7 says that the band is not in intensity stereo */
 inline constexpr int lsfPositions = 31;
 
 /** 11172-3 2.4.3.4.9.3: left : right = tan(position pi / 12). */

@@ -47,7 +47,7 @@ Energies energiesOf(const Band& band) {
     return energies;
 }
 
-constexpr int largestLsfPosition = 14; ///< four bits hold it with the illegal position 15
+constexpr int largestLsfPosition = 14; /**< four bits hold it with the illegal position 15 */
 
 /** The position whose balance is nearest to the ratio of the amplitudes. */
 int positionFor(const Energies& energies, bool lsf, int intensityScale) {

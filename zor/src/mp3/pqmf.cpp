@@ -13,7 +13,7 @@ struct ZorMP3SynthesisState_32f {
         return arena.take<ZorMP3SynthesisState_32f>(1);
     }
     zor::StateTag tag;
-    int row; ///< where the next samples go
+    int row; /**< where the next samples go */
     float ring[zor::mp3::matrixedRows * zor::mp3::matrixedValues];
 };
 

@@ -21,12 +21,12 @@ namespace zor::mp3 {
 namespace {
 
 constexpr int granuleSamples = 576;
-constexpr int predictedLines = 6;     ///< lines that the long transform's own past predicts
-constexpr int shortPredicted = 206;   ///< from here on no line is predicted
-constexpr float unpredicted = 0.4f;   ///< what then stands for its unpredictability
-constexpr float toneMasksNoise = 29;  ///< dB
-constexpr float noiseMasksNoise = 6;  ///< dB
-constexpr float switchEntropy = 1300; ///< bits; an attack lies above
+constexpr int predictedLines = 6;     /**< lines that the long transform's own past predicts */
+constexpr int shortPredicted = 206;   /**< from here on no line is predicted */
+constexpr float unpredicted = 0.4f;   /**< what then stands for its unpredictability */
+constexpr float toneMasksNoise = 29;  /**< dB */
+constexpr float noiseMasksNoise = 6;  /**< dB */
+constexpr float switchEntropy = 1300; /**< bits; an attack lies above */
 constexpr int windows = 3;
 constexpr int longLines = longFft / 2 + 1;
 constexpr int shortLines = shortFft / 2 + 1;
@@ -35,8 +35,8 @@ constexpr int shortStride = 136;
 
 /** What is kept of a channel between granules. */
 struct ChannelMemory {
-    float re[2][predictedLines], im[2][predictedLines]; ///< lowest lines, one and two granules ago
-    float threshold[2][maxPartitions];                  ///< before pre-echo control, one and two granules ago
+    float re[2][predictedLines], im[2][predictedLines]; /**< lowest lines, one and two granules ago */
+    float threshold[2][maxPartitions]; /**< before pre-echo control, one and two granules ago */
 };
 
 /** Left and right, or M and S. */
@@ -46,8 +46,8 @@ struct InfoPair {
 
 struct PsychState {
     ChannelMemory memory[2];
-    int blockType[2];            ///< of the last granule, still without its successor
-    InfoPair leftRight, midSide; ///< of the last granule
+    int blockType[2];            /**< of the last granule, still without its successor */
+    InfoPair leftRight, midSide; /**< of the last granule */
     float transform[2][splitFloats(longFft)];
     float longSpectrum[2][2 * longStride];
     float shortSpectrum[2][windows][2 * shortStride];

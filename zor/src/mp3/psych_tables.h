@@ -16,10 +16,11 @@ inline constexpr int maxPartitions = 72;
 /** Partitions of the lines 0 to N/2 of a transform of N. */
 struct Partitions {
     int count;
-    int begin[maxPartitions + 1];               ///< first line; the last entry is N/2 + 1
-    float quiet[maxPartitions];                 ///< energy of a just audible tone
-    float leastSnr[maxPartitions];              ///< dB that a masker must exceed noise by, whatever its kind
-    float spread[maxPartitions][maxPartitions]; ///< share of masker [column] in masked [row]; rows sum to 1
+    int begin[maxPartitions + 1];  /**< first line; the last entry is N/2 + 1 */
+    float quiet[maxPartitions];    /**< energy of a just audible tone */
+    float leastSnr[maxPartitions]; /**< dB that a masker must exceed noise by, whatever its kind */
+    float spread[maxPartitions]
+                [maxPartitions]; /**< share of masker [column] in masked [row]; rows sum to 1 */
 };
 
 /** A scale-factor band in partitions: first and last of them with the part that lies in the band. */

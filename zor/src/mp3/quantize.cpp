@@ -21,15 +21,15 @@ namespace {
 
 constexpr int mostPart23Length = 4095;
 constexpr int mostGain = 255;
-constexpr int gainOfOne = 210;    ///< a step of 1.0
-constexpr int stepsPerFactor = 2; ///< scalefac_scale 0
+constexpr int gainOfOne = 210;    /**< a step of 1.0 */
+constexpr int stepsPerFactor = 2; /**< scalefac_scale 0 */
 constexpr int mostAttempts = 16;
 
 /** One granule of one channel: its bands with the noise that they may have, in units of the lines' square. */
 struct Band {
-    int begin, end, factor, window; ///< factor and window as in BandLayout::forBands
+    int begin, end, factor, window; /**< factor and window as in BandLayout::forBands */
     double allowed;
-    bool silent; ///< all of its lines are 0
+    bool silent; /**< all of its lines are 0 */
 };
 
 struct BandList {
@@ -160,7 +160,7 @@ struct Attempt {
     Zor8s factors[codedFactors];
     FactorCode factorCode;
     HuffmanCost cost;
-    double excess; ///< noise above what is allowed, relative to it, summed over the bands
+    double excess; /**< noise above what is allowed, relative to it, summed over the bands */
 };
 
 class GranuleQuantiser {

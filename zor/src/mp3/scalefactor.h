@@ -10,13 +10,13 @@
 
 namespace zor::mp3 {
 
-inline constexpr int codedFactors = 36; ///< the most that a granule of one channel has
+inline constexpr int codedFactors = 36; /**< the most that a granule of one channel has */
 
 /** Runs of scale factors that have the same length in bits, in the order of the stream. */
 struct FactorPartition {
     int length[4];
     int count[4];
-    int preflag; ///< what scalefac_compress implies in id 0; 0 in id 1, where it is a field of its own
+    int preflag; /**< what scalefac_compress implies in id 0; 0 in id 1, where it is a field of its own */
 };
 
 /** Values of scalefac_compress: 4 bits in id 1, 9 bits in id 0. */

@@ -12,7 +12,7 @@ int take(BitReader& reader, int bits) {
 }
 
 constexpr int syncWord = 0xFFF;
-constexpr int halfRateSync = 0xFFE; ///< with id 0
+constexpr int halfRateSync = 0xFFE; /**< with id 0 */
 
 /** The region counts that hold where the syntax leaves them out, so that the two regions cover all bands. */
 constexpr int impliedRegion0Count(const ZorMP3SideInfo& side) {

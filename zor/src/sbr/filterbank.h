@@ -17,11 +17,11 @@ namespace zor {
 inline constexpr int sbrAnalysisBands = 32;
 
 struct OddFourierPlan {
-    int bands; ///< M
+    int bands; /**< M */
     FftPlan fft;
-    Split inner; ///< exp(-j pi n/2M) for n below M
-    Split outer; ///< gain times phase factor of Z[l]
-    Split data;  ///< buffers of the transform
+    Split inner; /**< exp(-j pi n/2M) for n below M */
+    Split outer; /**< gain times phase factor of Z[l] */
+    Split data;  /**< buffers of the transform */
     Split work;
 };
 
@@ -29,11 +29,12 @@ struct OddFourierPlan {
 struct SbrAnalysis {
     static constexpr int windowLength = 320;
     static constexpr int past = windowLength - sbrAnalysisBands;
-    static constexpr int joinedSlots = past / sbrAnalysisBands; ///< slots whose window reaches into the past
+    static constexpr int joinedSlots =
+        past / sbrAnalysisBands; /**< slots whose window reaches into the past */
 
     OddFourierPlan plan;
-    float* window; ///< in the order of the samples, oldest first
-    float* line;   ///< the past samples and room for those of the joined slots
+    float* window; /**< in the order of the samples, oldest first */
+    float* line;   /**< the past samples and room for those of the joined slots */
 };
 
 /** Synthesis of 64 or 32 bands. */
@@ -41,9 +42,9 @@ struct SbrSynthesis {
     static constexpr int ringSlots = 10;
 
     OddFourierPlan plan;
-    float* window; ///< 10 M values
-    float* ring;   ///< 2 M modulated values for each of the last ten slots
-    int newest;    ///< the slot of the ring that was written last
+    float* window; /**< 10 M values */
+    float* ring;   /**< 2 M modulated values for each of the last ten slots */
+    int newest;    /**< the slot of the ring that was written last */
 };
 
 /** Fills tables and clears delay lines; only measures with a measuring arena. */

@@ -12,9 +12,9 @@ namespace zor {
 
 struct Dct4Plan {
     int size;
-    FftPlan fft;  ///< of size / 2
-    Split before; ///< exp(-j pi/N (n + 1/8)), n below N/2
-    Split after;  ///< the same times the scale
+    FftPlan fft;  /**< of size / 2 */
+    Split before; /**< exp(-j pi/N (n + 1/8)), n below N/2 */
+    Split after;  /**< the same times the scale */
 };
 
 /** Whether a type IV transform of n is to be had: n is even and n/2 a length of the complex transform. */

@@ -37,8 +37,8 @@ struct FftPass {
     int radix;
     int blocks;
     int stride;
-    const float*
-        twiddle; ///< for k from 1 to radix - 1: cosines, then sines, of `blocks` angles; null where all are 1
+    const float* twiddle; /**< for k from 1 to radix - 1: cosines, then sines, of `blocks` angles; null where
+                             all are 1 */
 };
 
 struct FftPlan {

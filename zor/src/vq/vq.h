@@ -14,8 +14,8 @@ struct VqBook {
     static constexpr int padding = 16;
 
     int step, rows;
-    float* byRow;     ///< [row][step]
-    float* byElement; ///< [element][paddedRows()]
+    float* byRow;     /**< [row][step] */
+    float* byElement; /**< [element][paddedRows()] */
 
     int paddedRows() const { return (rows + padding - 1) / padding * padding; }
 };

@@ -22,9 +22,9 @@ constexpr int half = subbands / 2;
 
 /** The window's weights by the age of a row, in the order in which the row's values meet them. */
 struct SynthesisWindow {
-    float direct[rows][half];   ///< even age: c[16+t] to output t; odd: c[t] to output 16+t
-    float mirrored[rows][half]; ///< even age: c[16+t] to output 32-t; odd: c[t] to output 16-t
-    float toFirst[rows];        ///< odd age: c[16] to output 0
+    float direct[rows][half];   /**< even age: c[16+t] to output t; odd: c[t] to output 16+t */
+    float mirrored[rows][half]; /**< even age: c[16+t] to output 32-t; odd: c[t] to output 16-t */
+    float toFirst[rows];        /**< odd age: c[16] to output 0 */
 };
 
 constexpr SynthesisWindow makeSynthesisWindow() {
