@@ -1,5 +1,6 @@
 #include "framework/bxlayouts.h"
 
+#include "framework/bxinterrupt.h"
 #include "output/bxdiscard.h"
 #include "output/bxostream.h"
 #include "system/bxclock.h"
@@ -132,7 +133,8 @@ bxLayoutProcess::~bxLayoutProcess() {
 
 /** No figure comes from it any more. */
 void bxLayoutProcess::lost(const bxString& why) {
-    g_ostrm << ERR << "-- Layout " << m_number + 1 << ": the process " << why << "\n" << endMessage;
+    if (!bxInterrupted()) // else it ended as it was told to
+        g_ostrm << ERR << "-- Layout " << m_number + 1 << ": the process " << why << "\n" << endMessage;
     if (m_socket >= 0)
         close(m_socket);
     m_socket = -1;
@@ -171,9 +173,11 @@ bxLayoutSpread bxLayouts::measure(int count, bxLayoutPlace place, double own, in
     bxLayoutSpread spread;
     spread.asked = count;
     spread.clocks.push_back(own);
-    for (auto i = s_processes.size(); i + 1 < static_cast<std::size_t>(count); ++i)
+    for (auto i = s_processes.size(); i + 1 < static_cast<std::size_t>(count) && !bxInterrupted(); ++i)
         s_processes.push_back(std::make_unique<bxLayoutProcess>(static_cast<int>(i) + 1));
     for (const auto& process : s_processes) {
+        if (bxInterrupted())
+            break;
         const double clocks = process->measure(place, core);
         if (clocks > 0)
             spread.clocks.push_back(clocks);

@@ -55,7 +55,8 @@ class bxLayouts {
   public:
     /**
      * The spread over `count` layouts, of which this process's own has given a figure already. Starts what
-     * processes are missing. \param core  on which that figure was measured
+     * processes are missing. An interruption leaves out those that were not measured yet.
+     * \param core  on which that figure was measured
      */
     static bxLayoutSpread measure(int count, bxLayoutPlace place, double own, int core);
     /** Ends the other processes. */
