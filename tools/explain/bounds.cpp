@@ -9,6 +9,25 @@ std::string perCent(double share) {
     return std::to_string(std::lround(100 * share)) + "%";
 }
 
+/** What the call's memory costs where all of it is touched again before it is kept nearer. */
+std::optional<Bound> boundOfLines(const Profile& profile, const Machine& machine) {
+    constexpr double lineBytes = 64;
+    const double bytes = lineBytes * static_cast<double>(profile.lines);
+    const double written = lineBytes * static_cast<double>(profile.linesWritten);
+    const double copied = 2 * std::min(written, bytes - written);
+    Bound bound;
+    for (const auto& [way, part] :
+         {std::pair{"copy", copied}, std::pair{"write", std::max(0.0, 2 * written - bytes)},
+          std::pair{"read", std::max(0.0, bytes - 2 * written)}}) {
+        const MemoryRate* const rate = machine.memoryRate(way, bytes);
+        if (!rate || part <= 0)
+            continue;
+        bound.clocks += part / rate->bytesPerClock;
+        bound.name = "new lines, as from " + std::to_string(rate->kilobytes) + " KB";
+    }
+    return bound.clocks > 0 ? std::optional(bound) : std::nullopt;
+}
+
 } // namespace
 
 std::string Limits::text() const {
@@ -32,10 +51,8 @@ Limits limitsOf(const SteppedCall& call, const Profile& profile, const Machine& 
         if (rate != machine.rates.end() && amount > 0)
             add(name, amount / rate->second);
     }
-    constexpr double lineBytes = 64;
-    const double bytes = lineBytes * static_cast<double>(profile.lines);
-    if (const MemoryRate* const rate = machine.memoryRate(bytes))
-        add("new lines, as from " + std::to_string(rate->kilobytes) + " KB", bytes / rate->bytesPerClock);
+    if (const auto lines = boundOfLines(profile, machine))
+        add(lines->name, lines->clocks);
     std::stable_sort(limits.bounds.begin(), limits.bounds.end(),
                      [](const Bound& a, const Bound& b) { return a.clocks > b.clocks; });
     limits.chain = longestChain(call, profile, machine.latencies);

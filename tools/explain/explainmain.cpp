@@ -128,7 +128,8 @@ std::vector<SteppedCall> callsOfFile(const Options& options) {
     return calls;
 }
 
-std::vector<SteppedCall> callsOfProgram(const Options& options) {
+/** \param missing  set where something cannot be counted */
+std::vector<SteppedCall> callsOfProgram(const Options& options, bool& missing) {
     StepperRules rules{options.program.empty() ? beside("benchex") : fs::path(options.program), options.keys,
                        options.most, options.all ? 0 : options.row, !options.noClocks};
     std::vector<std::string> functions = options.functions;
@@ -137,9 +138,16 @@ std::vector<SteppedCall> callsOfProgram(const Options& options) {
     if (functions.empty())
         throw ExplainError("which function? See --help");
     std::vector<SteppedCall> calls;
-    for (const std::string& function : functions)
-        for (SteppedCall& call : stepThrough(function, rules))
-            calls.push_back(std::move(call));
+    for (const std::string& function : functions) {
+        try {
+            for (SteppedCall& call : stepThrough(function, rules))
+                calls.push_back(std::move(call));
+        } catch (const ExplainError& error) {
+            // The others are told about all the same.
+            std::cerr << "benchex-explain: " << error.what() << "\n";
+            missing = true;
+        }
+    }
     return calls;
 }
 
@@ -158,8 +166,11 @@ std::optional<Machine> machineFor(const std::vector<SteppedCall>& calls, const O
 }
 
 int explainCalls(const Options& options) {
+    bool missing = false;
     const std::vector<SteppedCall> calls =
-        options.steps.empty() ? callsOfProgram(options) : callsOfFile(options);
+        options.steps.empty() ? callsOfProgram(options, missing) : callsOfFile(options);
+    if (calls.empty())
+        return cannotDo;
     const std::optional<Machine> machine = machineFor(calls, options);
     std::vector<Explanation> explanations;
     for (const SteppedCall& call : calls)
@@ -171,14 +182,14 @@ int explainCalls(const Options& options) {
             text.add("machine", toJson(*machine));
         text.addList("calls", explanations, [](const Explanation& e) { return toJson(e); });
         std::cout << text.text();
-        return done;
+        return missing ? cannotDo : done;
     }
     const char* separator = "";
     for (const Explanation& explanation : explanations) {
         std::cout << std::exchange(separator, "\n");
         writeText(std::cout, explanation);
     }
-    return done;
+    return missing ? cannotDo : done;
 }
 
 } // namespace
@@ -187,7 +198,8 @@ int explainCalls(const Options& options) {
 // NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char** argv) {
     CLI::App app(description, "benchex-explain");
-    app.footer("Exit status: 0 explained, 2 something cannot be run, read or decoded.");
+    app.footer("Exit status: 0 explained, 2 something cannot be run, read or decoded; other functions are "
+               "explained all the same.");
     Options options(app);
     // The program's keys begin with "-" and are taken out first.
     char** const end = argv + argc;

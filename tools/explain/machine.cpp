@@ -131,9 +131,10 @@ std::optional<Machine> keptMachine(const fs::path& file, const Json& conditions)
     try {
         kept.at("rates").get_to(machine.rates);
         kept.at("latencies").get_to(machine.latencies.byGroup);
-        for (const Json& rate : kept.at("memory"))
-            machine.memory.push_back(
-                {rate.at("kilobytes").get<long long>(), rate.at("bytesPerClock").get<double>()});
+        for (const auto& [way, rates] : kept.at("memory").items())
+            for (const Json& rate : rates)
+                machine.memory[way].push_back(
+                    {rate.at("kilobytes").get<long long>(), rate.at("bytesPerClock").get<double>()});
         machine.conditions = conditions;
         machine.measured = kept.at("measured").get<std::string>();
     } catch (const Json::exception&) {
@@ -160,19 +161,23 @@ std::vector<SteppedCall> middleOf(std::vector<std::vector<SteppedCall>> runs) {
 
 } // namespace
 
-const MemoryRate* Machine::memoryRate(double bytes) const {
+const MemoryRate* Machine::memoryRate(const std::string& way, double bytes) const {
     constexpr double kilobyte = 1024;
     const MemoryRate* best = nullptr;
-    for (const MemoryRate& rate : memory)
+    const auto rates = memory.find(way);
+    if (rates == memory.end())
+        return nullptr;
+    for (const MemoryRate& rate : rates->second)
         if (static_cast<double>(rate.kilobytes) * kilobyte <= bytes)
             best = &rate;
     return best;
 }
 
 Json toJson(const Machine& machine) {
-    Json memory = Json::array();
-    for (const MemoryRate& rate : machine.memory)
-        memory.push_back({{"kilobytes", rate.kilobytes}, {"bytesPerClock", rate.bytesPerClock}});
+    Json memory = Json::object();
+    for (const auto& [way, rates] : machine.memory)
+        for (const MemoryRate& rate : rates)
+            memory[way].push_back({{"kilobytes", rate.kilobytes}, {"bytesPerClock", rate.bytesPerClock}});
     return {{"conditions", machine.conditions},
             {"measured", machine.measured},
             {"rates", machine.rates},
@@ -211,22 +216,25 @@ Machine machineFrom(const std::vector<SteppedCall>& kernels) {
     for (const SteppedCall& kernel : kernels) {
         if (!(kernel.clocks > 0))
             continue;
-        if (const auto size = behind(kernel, "memory_")) {
+        if (const auto block = behind(kernel, "memory_")) {
             constexpr double kilobyte = 1024;
-            const long long kilobytes = std::stoll(*size);
-            machine.memory.push_back({kilobytes, static_cast<double>(kilobytes) * kilobyte / kernel.clocks});
+            const std::size_t size = block->find('_') + 1;
+            const long long kilobytes = std::stoll(block->substr(size));
+            machine.memory[block->substr(0, size - 1)].push_back(
+                {kilobytes, static_cast<double>(kilobytes) * kilobyte / kernel.clocks});
         } else if (const auto group = behind(kernel, "latency_")) {
             takeLatency(machine, kernel, *group);
         } else {
             takeRates(machine, kernel);
         }
     }
-    std::sort(machine.memory.begin(), machine.memory.end(),
-              [](const MemoryRate& a, const MemoryRate& b) { return a.kilobytes < b.kilobytes; });
-    // Less memory is never slower.
-    for (std::size_t i = machine.memory.size(); i > 1; --i)
-        machine.memory[i - 2].bytesPerClock =
-            std::max(machine.memory[i - 2].bytesPerClock, machine.memory[i - 1].bytesPerClock);
+    for (auto& [way, rates] : machine.memory) {
+        std::sort(rates.begin(), rates.end(),
+                  [](const MemoryRate& a, const MemoryRate& b) { return a.kilobytes < b.kilobytes; });
+        // Less memory is never slower.
+        for (std::size_t i = rates.size(); i > 1; --i)
+            rates[i - 2].bytesPerClock = std::max(rates[i - 2].bytesPerClock, rates[i - 1].bytesPerClock);
+    }
     return machine;
 }
 

@@ -9,7 +9,7 @@
 
 #include <filesystem>
 
-/** Bytes in a clock when a block of this size is read again and again. */
+/** Bytes in a clock when a block of this size is gone through again and again. */
 struct MemoryRate {
     long long kilobytes;
     double bytesPerClock;
@@ -18,12 +18,14 @@ struct MemoryRate {
 struct Machine {                         // NOLINT(bugprone-exception-escape): moving Json takes no memory
     std::map<std::string, double> rates; /**< of what `resourcesOf` names, in a core clock */
     Latencies latencies;
-    std::vector<MemoryRate> memory; /**< by size, ascending */
-    Json conditions;                /**< what makes it this machine: processor, host, version */
-    std::string measured;           /**< when */
+    /** By what is done: "read", "write" (lines that nobody reads), "copy" from one half to the other, the
+     * bytes of both counted; by size, ascending. */
+    std::map<std::string, std::vector<MemoryRate>> memory;
+    Json conditions;      /**< what makes it this machine: processor, host, version */
+    std::string measured; /**< when */
 
     /** The fastest way to so many bytes; null where there are fewer than in the smallest block. */
-    const MemoryRate* memoryRate(double bytes) const;
+    const MemoryRate* memoryRate(const std::string& way, double bytes) const;
     bool known() const { return !rates.empty(); }
 };
 

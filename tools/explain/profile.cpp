@@ -29,9 +29,13 @@ class MemoryUses {
         use.bytesRead += access.read ? access.bytes : 0;
         use.bytesWritten += access.write ? access.bytes : 0;
         const std::uint64_t end = at + static_cast<std::uint64_t>(std::max(1, access.bytes));
-        for (std::uint64_t line = at / lineBytes; line <= (end - 1) / lineBytes; ++line)
+        for (std::uint64_t line = at / lineBytes; line <= (end - 1) / lineBytes; ++line) {
             m_lines[place].insert(line);
+            if (access.write)
+                m_written.insert(line);
+        }
     }
+    long long linesWritten() const { return static_cast<long long>(m_written.size()); }
     /** What was used at all, the most used first. */
     std::vector<MemoryUse> uses() {
         for (std::size_t i = 0; i < m_uses.size(); ++i)
@@ -61,6 +65,7 @@ class MemoryUses {
     const SteppedCall& m_call;
     std::vector<MemoryUse> m_uses;
     std::vector<std::set<std::uint64_t>> m_lines;
+    std::set<std::uint64_t> m_written;
     int m_stack;
     std::uint64_t m_entry = 0;
 };
@@ -83,6 +88,7 @@ class Profiler {
         m_profile.memory = m_memory.uses();
         for (const MemoryUse& use : m_profile.memory)
             m_profile.lines += use.lines;
+        m_profile.linesWritten = m_memory.linesWritten();
         return std::move(m_profile);
     }
 

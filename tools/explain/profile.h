@@ -36,6 +36,7 @@ struct Profile {
     std::map<std::uint64_t, long long> calls; /**< of functions, by the address of their first instruction */
     std::vector<MemoryUse> memory;            /**< blocks of test data, stack, and everything else */
     long long lines = 0;                      /**< of 64 bytes, all of them */
+    long long linesWritten = 0;               /**< some of these */
 
     long long count(Group group) const;
 };

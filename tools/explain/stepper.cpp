@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fstream>
 #include <spawn.h>
+#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,16 +14,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/** The last lines of a listing: what went wrong stands there. */
-std::string lastLines(const std::string& text) {
-    constexpr std::size_t lines = 5;
-    std::size_t at = text.find_last_not_of('\n');
-    if (at == std::string::npos)
-        return "";
-    const std::size_t end = at + 1;
-    for (std::size_t i = 0; i < lines && at != std::string::npos && at > 0; ++i)
-        at = text.rfind('\n', at - 1);
-    return text.substr(at == std::string::npos ? 0 : at, end - (at == std::string::npos ? 0 : at));
+/** What a listing complains of, a line each: "-- ..."; at most five. */
+std::string complaints(const std::string& listing) {
+    std::istringstream lines(listing);
+    std::string found;
+    int most = 5;
+    for (std::string line; std::getline(lines, line) && most > 0;)
+        if (line.starts_with("--") || line.find("rror") != std::string::npos) {
+            found += "\n" + line;
+            --most;
+        }
+    return found;
 }
 
 } // namespace
@@ -96,7 +98,7 @@ std::vector<SteppedCall> stepThrough(const std::string& function, const StepperR
     if (!calls.empty())
         return calls;
     const std::string wanted = rules.row > 0 ? " combination " + std::to_string(rules.row) + " of" : "";
-    throw ExplainError("nothing of" + wanted + " " + function + " could be counted (" +
-                       rules.program.string() + " ended with status " + std::to_string(status) +
-                       "):" + lastLines(shown));
+    throw ExplainError("nothing of" + wanted + " " + (function.empty() ? "all functions" : function) +
+                       " could be counted: " + rules.program.string() + " ended with status " +
+                       std::to_string(status) + complaints(shown));
 }

@@ -43,7 +43,8 @@ void bxTestLoop::stepThroughCall() {
 bxString bxTestLoop::parameterText() const {
     bxString text;
     for (const bxParameter* parm : m_test.parms)
-        text << (text.empty() ? "" : " ") << parm->name() << "=" << parm->valueString();
+        text << (text.empty() ? "" : " ") << parm->name() << (parm->name().empty() ? "" : "=")
+             << parm->valueString();
     if (m_test.cacheIter)
         text << " " << m_test.cacheIter->getComment();
     return text;

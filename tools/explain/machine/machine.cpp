@@ -17,6 +17,11 @@ machine_data:
     .quad machine_data, 0x3F8000003F800000
     .zero 2032
     .popsection
+    .pushsection .text
+    .p2align 6
+machine_return:
+    ret
+    .popsection
 )");
 
 // A kernel is a loop of 20 passes over 8 times its body; rdx points to the memory. A body leaves ecx and rdx
@@ -36,6 +41,9 @@ machine_data:
     "vbroadcastsd 2056(%rdx), %" reg "14\nvbroadcastsd 2056(%rdx), %" reg "15\n"
 #define KERNEL(name, body) ANY_KERNEL(name, "", body, "")(always)
 #define KERNEL_256(name, body) ANY_KERNEL(name, SPREAD("ymm"), body, "vzeroupper\n")(hasAvx2)
+// Registers that depend on xmm0 as the call before left it: chains of calls in a row do not overlap.
+#define AFTER_LAST "vmovq %xmm0, %rax\nand $0, %rax\nadd %rax, %rdx\n"
+#define CHAIN_256(name, body) ANY_KERNEL(name, AFTER_LAST SPREAD("ymm"), body, "vzeroupper\n")(hasAvx2)
 #define KERNEL_512(name, body) ANY_KERNEL(name, SPREAD("zmm"), body, "vzeroupper\n")(hasAvx512)
 
 // Twelve registers, each of which waits for itself alone: enough for any latency times throughput in use.
@@ -99,9 +107,14 @@ KERNEL(fused, "cmp %rax, %rdx\nje 9f\nadd $1, %r8\nadd $1, %r9\nmov %rax, %r10\n
               "$1, %r11\n9:\n");
 KERNEL(eliminated,
        "mov %rax, %r8\nadd $1, %r9\nmov %rax, %r10\nadd $1, %r11\nmov %rax, %r12\nadd $1, %r13\nnop\nnop\n");
+// How many branches are taken in a clock depends on how far they go, and how many lie in a line of code.
 KERNEL(taken, "jmp 9f\n9:\n");
+KERNEL(taken_16, ".rept 32\njmp 9f\n.p2align 4\n9:\n.endr\n");
+KERNEL(taken_32, ".rept 32\njmp 9f\n.p2align 5\n9:\n.endr\n");
+KERNEL(taken_64, ".rept 16\njmp 9f\n.p2align 6\n9:\n.endr\n");
+KERNEL(loops, "mov $12, %eax\n2: dec %eax\njnz 2b\n");
 KERNEL(notTaken, "jo 9f\njo 9f\njo 9f\njo 9f\n9:\n");
-KERNEL(calls, "call 8f\njmp 9f\n8: ret\n9:\n");
+KERNEL(calls, "call machine_return\n");
 KERNEL(pushes, "push %rax\npop %rbx\n");
 
 // ---- Throughputs of the vector registers: one number, 128, 256 and 512 bits of both precisions ----
@@ -212,6 +225,14 @@ WIDTHS(vectorMove, VMOVE, VMOVE)
     THREE("vfmadd231ps", reg, "7")                                                                           \
     THREE("vaddps", reg, "8")                                                                                \
     THREE("vfmadd231ps", reg, "9") THREE("vaddps", reg, "10") THREE("vfmadd231ps", reg, "11")
+#define PAIRED(reg)                                                                                          \
+    THREE("vaddps", reg, "0")                                                                                \
+    THREE("vmulps", reg, "1")                                                                                \
+    THREE("vaddps", reg, "2")                                                                                \
+    THREE("vmulps", reg, "3") THREE("vaddps", reg, "4") THREE("vmulps", reg, "5")
+KERNEL_256(paired_128, PAIRED("xmm"));
+KERNEL_256(paired_256, PAIRED("ymm"));
+KERNEL_512(paired_512, PAIRED("zmm"));
 KERNEL_256(mixed_128, MIXED("xmm"));
 KERNEL_256(mixed_256, MIXED("ymm"));
 KERNEL_512(mixed_512, MIXED("zmm"));
@@ -232,6 +253,14 @@ KERNEL(load_8, MOVE_IN("mov", "rax"));
 KERNEL_256(load_16, MOVE_IN("vmovaps", "xmm0"));
 KERNEL_256(load_32, MOVE_IN("vmovaps", "ymm0"));
 KERNEL_512(load_64, MOVE_IN("vmovaps", "zmm0"));
+#define ROW_IN(op, reg, two, three, four)                                                                    \
+    op " (%rdx), %" reg "0\n" op " " two "(%rdx), %" reg "1\n" op " " three "(%rdx), %" reg "2\n" op         \
+       " " four "(%rdx), %" reg "3\n"
+KERNEL_256(loadRow_16, ROW_IN("vmovaps", "xmm", "16", "32", "48"));
+KERNEL_256(loadRow_32, ROW_IN("vmovaps", "ymm", "32", "64", "96"));
+KERNEL_512(loadRow_64, ROW_IN("vmovaps", "zmm", "64", "128", "192"));
+KERNEL_256(storeRow_16, "vmovaps %xmm0, (%rdx)\nvmovaps %xmm0, 16(%rdx)\nvmovaps %xmm0, 32(%rdx)\n");
+KERNEL_256(storeRow_32, "vmovaps %ymm0, (%rdx)\nvmovaps %ymm0, 32(%rdx)\n");
 KERNEL(store_1, MOVE_OUT("mov", "al"));
 KERNEL(store_2, MOVE_OUT("mov", "ax"));
 KERNEL(store_4, MOVE_OUT("mov", "eax"));
@@ -249,18 +278,18 @@ KERNEL(latency_integer, SIX("add %r8, %r9\n"));
 KERNEL(latency_imul, SIX("imul %r8, %r9\n"));
 KERNEL(latency_div, "mov %rdx, %rbx\nxor %edx, %edx\nor $1, %eax\ndiv %eax\nmov %rbx, %rdx\n");
 KERNEL(latency_load, SIX("mov 2048(%rdx), %rdx\n"));
-KERNEL_256(latency_add, SIX("vaddps %xmm1, %xmm0, %xmm0\n"));
-KERNEL_256(latency_multiply, SIX("vmulps %xmm1, %xmm0, %xmm0\n"));
-KERNEL_256(latency_multiplyAdd, SIX("vfmadd231ps %xmm1, %xmm1, %xmm0\n"));
-KERNEL_256(latency_divide, SIX("vdivps %xmm1, %xmm0, %xmm0\n"));
-KERNEL_256(latency_vectorInteger, SIX("vpaddd %xmm1, %xmm0, %xmm0\n"));
-KERNEL_256(latency_vectorMultiply, SIX("vpmaddwd %xmm1, %xmm0, %xmm0\n"));
-KERNEL_256(latency_logic, SIX("vandps %xmm1, %xmm0, %xmm0\n"));
-KERNEL_256(latency_shuffle, SIX("vunpcklps %xmm1, %xmm0, %xmm0\n"));
-KERNEL_256(latency_convert, SIX("vcvtdq2ps %xmm0, %xmm0\n"));
-KERNEL_256(latency_forward, SIX("vmovaps %xmm0, (%rdx)\nvmovaps (%rdx), %xmm0\n"));
+CHAIN_256(latency_add, SIX("vaddps %xmm1, %xmm0, %xmm0\n"));
+CHAIN_256(latency_multiply, SIX("vmulps %xmm1, %xmm0, %xmm0\n"));
+CHAIN_256(latency_multiplyAdd, SIX("vfmadd231ps %xmm1, %xmm1, %xmm0\n"));
+CHAIN_256(latency_divide, SIX("vdivps %xmm1, %xmm0, %xmm0\n"));
+CHAIN_256(latency_vectorInteger, SIX("vpaddd %xmm1, %xmm0, %xmm0\n"));
+CHAIN_256(latency_vectorMultiply, SIX("vpmaddwd %xmm1, %xmm0, %xmm0\n"));
+CHAIN_256(latency_logic, SIX("vandps %xmm1, %xmm0, %xmm0\n"));
+CHAIN_256(latency_shuffle, SIX("vunpcklps %xmm1, %xmm0, %xmm0\n"));
+CHAIN_256(latency_convert, SIX("vcvtdq2ps %xmm0, %xmm0\n"));
+CHAIN_256(latency_forward, SIX("vmovaps %xmm0, (%rdx)\nvmovaps (%rdx), %xmm0\n"));
 
-// ---- Memory: a block is read from its beginning to its end, again and again ----
+// ---- Memory: a block is gone through from its beginning to its end, again and again ----
 
 namespace {
 
@@ -285,15 +314,55 @@ int readBlock() {
     return 0;
 }
 
-template <kv::FunctionName name, std::size_t kilobytes>
-[[maybe_unused]] const bool s_read = registerKernel<name, readBlock<kilobytes>>(always);
-template const bool s_read<"machine_memory_16", 16>;
-template const bool s_read<"machine_memory_64", 64>;
-template const bool s_read<"machine_memory_128", 128>;
-template const bool s_read<"machine_memory_256", 256>;
-template const bool s_read<"machine_memory_512", 512>;
-template const bool s_read<"machine_memory_2048", 2048>;
-template const bool s_read<"machine_memory_8192", 8192>;
-template const bool s_read<"machine_memory_65536", 65536>;
+template <std::size_t kilobytes>
+int writeBlock() {
+    char* at = block();
+    char* const end = at + kilobytes * 1024;
+    __asm__ volatile("1:\n"
+                     "mov %2, (%0)\nmov %2, 64(%0)\nmov %2, 128(%0)\nmov %2, 192(%0)\n"
+                     "add $256, %0\ncmp %1, %0\njne 1b\n"
+                     : "+r"(at)
+                     : "r"(end), "r"(1L)
+                     : "cc", "memory");
+    return 0;
+}
+
+template <std::size_t kilobytes>
+int copyBlock() {
+    const char* at = block();
+    const char* const end = at + kilobytes / 2 * 1024;
+    char* to = block() + kilobytes / 2 * 1024;
+    __asm__ volatile("1:\n"
+                     "mov (%0), %%rax\nmov %%rax, (%1)\nmov 64(%0), %%rax\nmov %%rax, 64(%1)\n"
+                     "mov 128(%0), %%rax\nmov %%rax, 128(%1)\nmov 192(%0), %%rax\nmov %%rax, 192(%1)\n"
+                     "add $256, %1\nadd $256, %0\ncmp %2, %0\njne 1b\n"
+                     : "+r"(at), "+r"(to)
+                     : "r"(end)
+                     : "rax", "cc", "memory");
+    return 0;
+}
+
+template <kv::FunctionName name, int (*call)()>
+[[maybe_unused]] const bool s_memory = registerKernel<name, call>(always);
+template const bool s_memory<"machine_memory_read_16", readBlock<16>>;
+template const bool s_memory<"machine_memory_read_64", readBlock<64>>;
+template const bool s_memory<"machine_memory_read_128", readBlock<128>>;
+template const bool s_memory<"machine_memory_read_256", readBlock<256>>;
+template const bool s_memory<"machine_memory_read_512", readBlock<512>>;
+template const bool s_memory<"machine_memory_read_2048", readBlock<2048>>;
+template const bool s_memory<"machine_memory_read_8192", readBlock<8192>>;
+template const bool s_memory<"machine_memory_read_65536", readBlock<65536>>;
+template const bool s_memory<"machine_memory_write_16", writeBlock<16>>;
+template const bool s_memory<"machine_memory_write_128", writeBlock<128>>;
+template const bool s_memory<"machine_memory_write_512", writeBlock<512>>;
+template const bool s_memory<"machine_memory_write_2048", writeBlock<2048>>;
+template const bool s_memory<"machine_memory_write_8192", writeBlock<8192>>;
+template const bool s_memory<"machine_memory_write_65536", writeBlock<65536>>;
+template const bool s_memory<"machine_memory_copy_16", copyBlock<16>>;
+template const bool s_memory<"machine_memory_copy_128", copyBlock<128>>;
+template const bool s_memory<"machine_memory_copy_512", copyBlock<512>>;
+template const bool s_memory<"machine_memory_copy_2048", copyBlock<2048>>;
+template const bool s_memory<"machine_memory_copy_8192", copyBlock<8192>>;
+template const bool s_memory<"machine_memory_copy_65536", copyBlock<65536>>;
 
 } // namespace

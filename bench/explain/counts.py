@@ -1,0 +1,99 @@
+#!/usr/bin/env python3
+"""Are counts of instructions the same every time, and does counting leave the timing alone?
+
+    bench/explain/counts.py [--build DIRECTORY] [--repetitions 1000] [--rounds 10] [--write]
+
+Runs the program again and again with Instructions=yes: every row of the functions below has to have one count and one
+digest. Then, in turns, with Instructions=no and Instructions=yes in the precise mode: benchex-compare judges all rows of
+both. Last the whole suite, once, for the time that its counting takes. Prints what it found; --write puts it into
+docs/explain.md, between the marks "counts". Exit status 1 when counts differ, or a row is slower or faster.
+"""
+
+import argparse
+import collections
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+# From a handful of instructions to thousands; parsing, arithmetic, state that goes on from call to call.
+FUNCTIONS = ("zorsUnpackFrameHeader_MP3", "zorsScale_32f_I", "zorsFIRBlockOne_32f", "zorsMDCTFwd_32f",
+             "zorsDecodeTNS_AAC_32s_I", "zorsVLCDecodeEscBlock_AAC_1u16s")
+
+
+def run(*words):
+    done = subprocess.run([str(word) for word in words], text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+    return done.returncode, done.stdout
+
+
+def repetitions(program, count):
+    seen = collections.defaultdict(collections.Counter)
+    selected = ["-f=" + function for function in FUNCTIONS]
+    for _ in range(count):
+        _, text = run(program, "-B", *selected, "-dMethod=Manual", "-dNumLoops=1", "-dInstructions=yes", "-dInstructionsMost=10000")
+        for i, found in enumerate(re.findall(r"\binstr[=>].*", text)):
+            seen[i][re.match(r"\S+( steps=\S+)?( code=\S+)?", found)[0]] += 1
+    differing = [counts for counts in seen.values() if len(counts) > 1 or sum(counts.values()) != count]
+    return differing, (f"{count} runs of {len(seen)} rows of {len(FUNCTIONS)} functions: "
+                       f"{len(seen) - len(differing)} rows with the same count and digest every time, {len(differing)} with others.")
+
+
+def timing(build, rounds):
+    with tempfile.TemporaryDirectory() as directory:
+        sides = {word: [f"{directory}/{word}{i}.csv" for i in range(rounds)] for word in ("no", "yes")}
+        for i in range(rounds):
+            for word in ("no", "yes") if i % 2 else ("yes", "no"):
+                run(build / "bin/benchex", "-B", *("-f=" + function for function in FUNCTIONS[:5]), "-dPrecise=yes",
+                    "-dInstructionsMost=20000", f"-dInstructions={word}", "-r" + sides[word][i])
+        _, text = run(build / "bin/benchex-compare", "--json", "--threshold", 2, "--before", *sides["no"], "--after", *sides["yes"])
+    result = json.loads(text)
+    differing = result["slower"] + result["faster"]
+    return differing, (f"{rounds} runs with Instructions=yes and {rounds} without, in turns, precise mode, compared to 2 %: of "
+                       f"{len(result['rows'])} rows {result['slower']} slower, {result['faster']} faster, {result['same']} the same, "
+                       f"{result['cannotTell']} undecided; ratio of all rows {result['ratio']:.4f}.")
+
+
+def suite(build):
+    start = time.time()
+    _, text = run(build / "bin/benchex", "-B", "-dInstructions=yes")
+    counted = len(re.findall(r"\binstr=\d", text))
+    beyond = len(re.findall(r"\binstr>", text))
+    steps = sum(int(word) for word in re.findall(r"\binstr[=>](\d+)", text))
+    return (f"The whole suite with Instructions=yes: {time.time() - start:.0f} s, {counted} rows counted, {beyond} beyond the limit "
+            f"of steps, {steps:,} instructions.")
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--build", type=pathlib.Path, default=ROOT / "build")
+    parser.add_argument("--repetitions", type=int, default=1000)
+    parser.add_argument("--rounds", type=int, default=10)
+    parser.add_argument("--write", action="store_true")
+    arguments = parser.parse_args()
+    bad, differing = 0, []
+    lines = []
+    if arguments.repetitions:
+        differing, line = repetitions(arguments.build / "bin/benchex", arguments.repetitions)
+        lines.append(line)
+        print(line, *differing, sep="\n", flush=True)
+    if arguments.rounds:
+        bad, line = timing(arguments.build, arguments.rounds)
+        lines.append(line)
+        print(line, flush=True)
+    lines.append(suite(arguments.build))
+    lines.append(f"{time.strftime('%Y-%m-%d')}, bench/explain/counts.py, load {os.getloadavg()[1]:.1f}.")
+    print("\n".join(lines[-2:]))
+    if arguments.write:
+        page = ROOT / "docs/explain.md"
+        page.write_text(re.sub(r"(<!-- counts -->\n).*?(<!-- /counts -->)", lambda m: m[1] + "\n\n".join(lines) + "\n" + m[2],
+                               page.read_text(), flags=re.S))
+    return 1 if differing or bad else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
