@@ -133,8 +133,8 @@ const kvMeasure s_mixedTwo("known_mixed_lcb", kvParm("Passes", 60), [](kvData& d
     char* block = data.zero(512);
     return [=] {
         loads(block, 2 * passes);
-        chain(passes / 8);
-        branches(passes);
+        chain(passes / 4);
+        branches(2 * passes);
     };
 });
 

@@ -289,6 +289,21 @@ CHAIN_256(latency_shuffle, SIX("vunpcklps %xmm1, %xmm0, %xmm0\n"));
 CHAIN_256(latency_convert, SIX("vcvtdq2ps %xmm0, %xmm0\n"));
 CHAIN_256(latency_forward, SIX("vmovaps %xmm0, (%rdx)\nvmovaps (%rdx), %xmm0\n"));
 
+// ---- Branches that are taken, in a loop that is small enough for any memory of decoded instructions ----
+
+namespace {
+
+int takenLoop() {
+    int passes = 400;
+    __asm__ volatile("1:\n.rept 16\njmp 2f\n.p2align 5\n2:\n.endr\ndec %0\njnz 1b" : "+r"(passes)::"cc");
+    return 0;
+}
+template <kv::FunctionName name, int (*call)()>
+[[maybe_unused]] const bool s_loop = registerKernel<name, call>(always);
+template const bool s_loop<"machine_takenLoop", takenLoop>;
+
+} // namespace
+
 // ---- Memory: a block is gone through from its beginning to its end, again and again ----
 
 namespace {
