@@ -5,6 +5,8 @@
 #include "common/check.h"
 #include "zorac/aac.h"
 
+#include <algorithm>
+
 using namespace zor;
 
 struct ZorsFDPState_32f {
@@ -25,8 +27,20 @@ struct ZorsFDPState_32f {
     }
 
     void reset(int first, int step) const {
+        if (step == 1)
+            return resetFrom(first);
         for (long long line = first; line < length; line += step)
             predictors.reset(static_cast<int>(line));
+    }
+
+  private:
+    /** All lines from the first on, array by array: line by line, stores of single floats are the limit. */
+    void resetFrom(int first) const {
+        const FdpPredictors& p = predictors;
+        for (float* const array : {p.delay0, p.delay1, p.correlation0, p.correlation1})
+            std::fill(array + first, array + length, 0.0f);
+        std::fill(p.energy0 + first, p.energy0 + length, 1.0f);
+        std::copy(p.energy0 + first, p.energy0 + length, p.energy1 + first);
     }
 };
 
