@@ -25,8 +25,14 @@ class Tracer {
 
     Chain run() {
         StepReader step(m_call);
-        while (step.next())
-            take(m_profile.code.at(step.address()), step);
+        std::uint64_t before = 0;
+        while (step.next()) {
+            const Instruction& now = m_profile.code.at(step.address());
+            // The iterations of a repeated string instruction do not wait for each other.
+            if (!now.repeats || step.address() != before)
+                take(now, step);
+            before = step.address();
+        }
         Chain chain;
         chain.clocks = m_last.clocks;
         for (long long at = m_last.step; at >= 0; at = m_before[static_cast<std::size_t>(at)]) {

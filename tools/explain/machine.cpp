@@ -164,10 +164,10 @@ std::vector<SteppedCall> middleOf(std::vector<std::vector<SteppedCall>> runs) {
 const MemoryRate* Machine::memoryRate(const std::string& way, double bytes) const {
     constexpr double kilobyte = 1024;
     const MemoryRate* best = nullptr;
-    const auto rates = memory.find(way);
-    if (rates == memory.end())
+    const auto found = memory.find(way);
+    if (found == memory.end())
         return nullptr;
-    for (const MemoryRate& rate : rates->second)
+    for (const MemoryRate& rate : found->second)
         if (static_cast<double>(rate.kilobytes) * kilobyte <= bytes)
             best = &rate;
     return best;

@@ -113,9 +113,10 @@ class Profiler {
 
     void takeAccesses(const Instruction& now, const StepReader& step) {
         for (const Access& access : now.accesses) {
-            if (access.read)
+            // The iterations of a repeated string instruction are not carried out one by one.
+            if (access.read && !now.repeats)
                 ++m_profile.loads[access.bytes];
-            if (access.write)
+            if (access.write && !now.repeats)
                 ++m_profile.stores[access.bytes];
             if (!access.inVector)
                 m_memory.take(access, access.address(step, m_call.thread), step);

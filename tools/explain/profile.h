@@ -27,10 +27,12 @@ struct Profile {
     std::map<std::uint64_t, long long>
         executions; /**< by address; a repeated string instruction counts once */
     long long instructions = 0;
-    long long steps = 0;                    /**< with the iterations of string instructions */
-    std::map<Kind, long long> mix;          /**< every instruction is of one kind */
-    std::map<int, long long> loads, stores; /**< accesses by their bytes; those of other instructions, too */
-    long long operations = 0;               /**< floating-point, a multiply-add is two */
+    long long steps = 0;           /**< with the iterations of string instructions */
+    std::map<Kind, long long> mix; /**< every instruction is of one kind */
+    /** Accesses by their bytes; those of other instructions, too, without those of repeated string
+     * instructions, which go line by line. */
+    std::map<int, long long> loads, stores;
+    long long operations = 0; /**< floating-point, a multiply-add is two */
     long long branchesTaken = 0;
     std::vector<BlockCount> blocks;           /**< the most executed instructions first */
     std::map<std::uint64_t, long long> calls; /**< of functions, by the address of their first instruction */
