@@ -49,7 +49,7 @@ def definitions():
 
 def count(compare, directory, functions):
     done = subprocess.run([compare, "--pair", "", str(directory), "--instructions", "--json", "--", "-dInstructions=yes",
-                           "-dInstructionsMost=20000", *("-f=" + function for function in functions)], text=True,
+                           "-dInstructionsMost=60000", *("-f=" + function for function in functions)], text=True,
                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
     if done.returncode not in (0, 1):
         sys.exit(f"benchex-compare ended with {done.returncode}: {done.stderr}")
