@@ -2,10 +2,10 @@
 
 #include "framework/bxregister.h"
 #include "output/bxostream.h"
-#include "timing/bxexception.h"
 
 #include <algorithm>
 #include <cstring>
+#include <stdexcept>
 
 namespace kv {
 
@@ -17,7 +17,8 @@ constexpr std::uintptr_t reach = 64 * 1024;
 /** The words of what a set-up returned. */
 std::vector<std::uintptr_t> wordsOf(std::pair<const unsigned char*, std::size_t> bytes) {
     std::vector<std::uintptr_t> words(bytes.second / sizeof(std::uintptr_t));
-    std::memcpy(words.data(), bytes.first, words.size() * sizeof words[0]);
+    if (!words.empty())
+        std::memcpy(words.data(), bytes.first, words.size() * sizeof words[0]);
     return words;
 }
 
@@ -55,7 +56,7 @@ bool MeasuredTest::initData() {
     } catch (const PassedOver&) {
         return false;
     }
-    throw bxException("The call captures variables of its set-up by reference; write [=]");
+    throw std::invalid_argument("The call captures variables of its set-up by reference; write [=]");
 }
 
 /** Lets the set-up make data and call, and gives the call's words. */

@@ -254,7 +254,8 @@ class Competitor {
         if (m_process == 0) {
             prctl(PR_SET_PDEATHSIG, SIGKILL);
             bxMoveToCore(core);
-            for (;;) {}
+            for (;;)
+                __asm__ volatile(""); // a loop without any effect may be taken to end
         }
     }
     ~Competitor() {

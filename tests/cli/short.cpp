@@ -73,9 +73,10 @@ const kvMeasure s_truth("truth", [](kvData&) { return [] { return false; }; });
 
 // A crash, with its data; a thrown exception; a call that refers to what is gone.
 const kvMeasure s_crash("crash", kvRange("Size", "1; 4; *2"), [](kvData& data, int size) {
-    int* const volatile* where = data.zero(1);
+    const volatile std::uintptr_t* where =
+        data.fill(1, [](long long) { return std::uintptr_t{64}; }); // nowhere
     int* x = data.zero(size);
-    return [=] { (size == 2 ? *where : x)[0] = size; };
+    return [=] { (size == 2 ? reinterpret_cast<int*>(*where) : x)[0] = size; };
 });
 const kvMeasure s_throw("throws", [](kvData&) {
     if (s_states == 0)
