@@ -21,6 +21,8 @@ import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "bench"))
+import marked  # noqa: E402  pylint: disable=wrong-import-position
 # From a handful of instructions to thousands; parsing, arithmetic, state that goes on from call to call.
 FUNCTIONS = ("zorsUnpackFrameHeader_MP3", "zorsScale_32f_I", "zorsFIRBlockOne_32f", "zorsMDCTFwd_32f",
              "zorsDecodeTNS_AAC_32s_I", "zorsVLCDecodeEscBlock_AAC_1u16s")
@@ -89,9 +91,7 @@ def main():
     lines.append(f"{time.strftime('%Y-%m-%d')}, bench/explain/counts.py, load {os.getloadavg()[1]:.1f}.")
     print("\n".join(lines[-2:]))
     if arguments.write:
-        page = ROOT / "docs/explain.md"
-        page.write_text(re.sub(r"(<!-- counts -->\n).*?(<!-- /counts -->)", lambda m: m[1] + "\n\n".join(lines) + "\n" + m[2],
-                               page.read_text(), flags=re.S))
+        marked.write("explain.md", "counts", ["\n\n".join(lines)])
     return 1 if differing or bad else 0
 
 

@@ -13,13 +13,14 @@ import csv
 import json
 import os
 import pathlib
-import re
 import subprocess
 import sys
 import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "bench"))
+import marked  # noqa: E402  pylint: disable=wrong-import-position
 MOST_MICROSECONDS = 15  # 100,000 instructions or so
 MOST_STEPS = 400_000
 
@@ -90,9 +91,7 @@ def main():
                   f"load {os.getloadavg()[1]:.1f}."]
     print("\n".join(lines))
     if arguments.write:
-        page = ROOT / "docs/library.md"
-        page.write_text(re.sub(r"(<!-- limits -->\n).*?(<!-- /limits -->)", lambda m: m[1] + "\n".join(lines) + "\n" + m[2],
-                               page.read_text(), flags=re.S))
+        marked.write("library.md", "limits", lines)
     return 0
 
 

@@ -23,6 +23,8 @@ import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "bench"))
+import marked  # noqa: E402  pylint: disable=wrong-import-position
 sys.path.insert(0, str(ROOT / "bench/pair"))
 import faults  # noqa: E402  pylint: disable=wrong-import-position
 
@@ -103,9 +105,7 @@ def main():
                   f"bench/explain/one_instruction.py, {time.time() - start:.0f} s, load {load:.1f}."]
     print(lines[-1])
     if arguments.write:
-        page = ROOT / "docs/explain.md"
-        page.write_text(re.sub(r"(<!-- one-instruction -->\n).*?(<!-- /one-instruction -->)",
-                               lambda m: m[1] + "\n".join(lines) + "\n" + m[2], page.read_text(), flags=re.S))
+        marked.write("explain.md", "one-instruction", lines)
     return 0 if found == len(names) else 1
 
 

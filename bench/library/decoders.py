@@ -13,7 +13,6 @@ ffmpeg, and of the build the examples and the benches.
 import argparse
 import os
 import pathlib
-import re
 import shutil
 import statistics
 import subprocess
@@ -22,6 +21,8 @@ import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "bench"))
+import marked  # noqa: E402  pylint: disable=wrong-import-position
 sys.path.insert(0, str(ROOT / "tests" / "decode"))
 from aacdec_test import AAC  # noqa: E402
 from mp3dec_test import MP3  # noqa: E402
@@ -82,9 +83,7 @@ def main():
             add(f"{codec.suffix[1:]} {sound.split()[0]} Hz, `{options}`", stream)
     if arguments.write and not arguments.stream:
         lines += ["", f"{time.strftime('%Y-%m-%d')}, bench/library/decoders.py, {arguments.rounds} rounds, 120 s of sound each."]
-        page = ROOT / "docs/library.md"
-        page.write_text(re.sub(r"(<!-- decoders -->\n).*?(<!-- /decoders -->)", lambda m: m[1] + "\n".join(lines) + "\n" + m[2],
-                               page.read_text(), flags=re.S))
+        marked.write("library.md", "decoders", lines)
 
 
 if __name__ == "__main__":

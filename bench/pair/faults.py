@@ -22,6 +22,8 @@ import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "bench"))
+import marked  # noqa: E402  pylint: disable=wrong-import-position
 SOURCES = ROOT / "zor/src"
 
 # Name, file below zor/src, what stands there, the fault in its place. What stands there occurs once.
@@ -197,10 +199,7 @@ def main():
                   f"{time.time() - start:.0f} s."]
     print(lines[-1])
     if arguments.write:
-        page = ROOT / "docs/measurement.md"
-        text = page.read_text()
-        page.write_text(re.sub(r"(<!-- pair-faults -->\n).*?(<!-- /pair-faults -->)",
-                               lambda m: m[1] + "\n".join(lines) + "\n" + m[2], text, flags=re.S))
+        marked.write("measurement.md", "pair-faults", lines)
     return 0 if all(found) else 1
 
 

@@ -18,6 +18,8 @@ import sys
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+sys.path.insert(0, str(ROOT / "bench"))
+import marked  # noqa: E402  pylint: disable=wrong-import-position
 PORTABLE, PATHS = "X87", ("SSE2", "AVX", "AVX2")
 DATA = ([], *([f"-dRandomData={most}"] for most in (3, 1000, 1000000)))
 ACCURACY = "accuracy: ISO/IEC 11172-4 calls a decoder fully accurate below 2^-15 / sqrt 12 rms, 98 dB under a full sine"
@@ -74,9 +76,7 @@ def main():
     if broken:
         print("\nDIFFER against what is demanded: " + ", ".join(broken))
     if arguments.write:
-        page = ROOT / "docs/library.md"
-        page.write_text(re.sub(r"(<!-- paths -->\n).*?(<!-- /paths -->)", lambda m: m[1] + "\n".join(lines) + "\n" + m[2],
-                               page.read_text(), flags=re.S))
+        marked.write("library.md", "paths", lines)
     return 1 if broken else 0
 
 

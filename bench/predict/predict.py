@@ -18,13 +18,14 @@ import collections
 import csv
 import io
 import pathlib
-import re
 import subprocess
 import sys
 import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "bench"))
+import marked  # noqa: E402  pylint: disable=wrong-import-position
 sys.path.insert(0, str(ROOT / "tests" / "decode"))
 from aacdec_test import AAC  # noqa: E402
 from mp3dec_test import MP3  # noqa: E402
@@ -106,9 +107,7 @@ def main():
     lines += ["", f"{time.strftime('%Y-%m-%d')}, bench/predict/predict.py, {arguments.rounds} rounds, {arguments.seconds:g} s of sound."]
     print("\n".join(lines))
     if arguments.write:
-        page = ROOT / "docs/library.md"
-        page.write_text(re.sub(r"(<!-- prediction -->\n).*?(<!-- /prediction -->)", lambda m: m[1] + "\n".join(lines) + "\n" + m[2],
-                               page.read_text(), flags=re.S))
+        marked.write("library.md", "prediction", lines)
 
 
 if __name__ == "__main__":
