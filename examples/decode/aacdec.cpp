@@ -13,10 +13,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -370,28 +366,17 @@ class Decoder {
     std::vector<std::unique_ptr<Channel>> m_channels;
 };
 
-int usage() {
-    std::fputs("usage: aacdec [-f] [-c type] input.aac [output.wav]\n", stderr);
-    return 2;
-}
-
-int fail(const char* what, const char* name) {
-    std::fprintf(stderr, "aacdec: %s: %s\n", what, name);
-    return 1;
-}
-
 } // namespace
 
 int main(int argc, char* argv[]) {
-    const CommandLine words(argc, argv);
+    const CommandLine words(argc, argv, "aacdec");
     if (!words.input)
-        return usage();
-    std::ifstream in(words.input, std::ios::binary);
-    const Bytes file((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (!in)
-        return fail("cannot read", words.input);
+        return words.usage("aac");
+    const std::optional<Bytes> file = words.read();
+    if (!file)
+        return words.fail("cannot read", words.input);
 
-    FrameFinder frame(file);
+    FrameFinder frame(*file);
     ZorAacFrameHeader first{};
     int channels = 0;
     std::vector<float> pcm;
@@ -421,6 +406,6 @@ int main(int argc, char* argv[]) {
         }
     }
     if (channels == 0)
-        return fail("no frame in", words.input);
-    return !wav || wav->finish(channels, first.samplingRate) ? 0 : fail("cannot write", words.output);
+        return words.fail("no frame in", words.input);
+    return !wav || wav->finish(channels, first.samplingRate) ? 0 : words.fail("cannot write", words.output);
 }

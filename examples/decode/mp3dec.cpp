@@ -12,10 +12,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -205,28 +202,17 @@ class Decoder {
     alignas(32) std::array<Zor8u, 4 * granule> m_work{};
 };
 
-int usage() {
-    std::fputs("usage: mp3dec [-f] [-c type] input.mp3 [output.wav]\n", stderr);
-    return 2;
-}
-
-int fail(const char* what, const char* name) {
-    std::fprintf(stderr, "mp3dec: %s: %s\n", what, name);
-    return 1;
-}
-
 } // namespace
 
 int main(int argc, char* argv[]) {
-    const CommandLine words(argc, argv);
+    const CommandLine words(argc, argv, "mp3dec");
     if (!words.input)
-        return usage();
-    std::ifstream in(words.input, std::ios::binary);
-    const Bytes file((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (!in)
-        return fail("cannot read", words.input);
+        return words.usage("mp3");
+    const std::optional<Bytes> file = words.read();
+    if (!file)
+        return words.fail("cannot read", words.input);
 
-    FrameFinder frame(file);
+    FrameFinder frame(*file);
     ZorMP3FrameInfo first{};
     std::vector<float> pcm;
     std::optional<WavFile> wav;
@@ -245,6 +231,7 @@ int main(int argc, char* argv[]) {
             wav->write(pcm, 0);
     }
     if (first.channels == 0)
-        return fail("no frame of layer III in", words.input);
-    return !wav || wav->finish(first.channels, first.samplingRate) ? 0 : fail("cannot write", words.output);
+        return words.fail("no frame of layer III in", words.input);
+    return !wav || wav->finish(first.channels, first.samplingRate) ? 0
+                                                                   : words.fail("cannot write", words.output);
 }
