@@ -12,6 +12,7 @@
 namespace {
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
+constexpr FarValues textbook{infinite, false};
 
 // ---- Worked answers ----
 
@@ -44,7 +45,7 @@ TEST(PairRound, GivesNothingForTooFewStretches) {
 // the published centre is 0.46, its 96.1 % interval 0.010 to 0.786.
 TEST(PairCentre, GivesThePublishedAnswer) {
     const std::vector<double> fall{0.952, -0.147, 1.022, 0.430, 0.620, 0.590, 0.490, -0.080, 0.010};
-    const Centre centre = signedRankCentre(fall, 0.05, infinite);
+    const Centre centre = signedRankCentre(fall, 0.05, textbook);
     EXPECT_NEAR(centre.centre, 0.46, 1e-9);
     EXPECT_NEAR(centre.low, 0.010, 1e-9);
     EXPECT_NEAR(centre.high, 0.786, 1e-9);
@@ -55,10 +56,21 @@ TEST(PairCentre, LeavesOutWhatIsFarOff) {
     const std::vector<double> rounds{0.0051, -0.04, 0.0049, 0.0052, 0.0048, -0.05, 0.005, 0.0053};
     EXPECT_EQ(sideOfZero(rounds, 0.04), PairVerdict::slower); // 2 of 64
     EXPECT_EQ(sideOfZero(rounds, 0.03), PairVerdict::cannotTell);
-    EXPECT_LT(signedRankCentre(rounds, 0.05, infinite).low, 0);
+    EXPECT_LT(signedRankCentre(rounds, 0.05, textbook).low, 0);
     const Centre centre = signedRankCentre(rounds, 0.05);
     EXPECT_NEAR(centre.centre, 0.00505, 1e-9);
     EXPECT_NEAR(centre.low, 0.0048, 1e-9);
+}
+
+// Two rounds of nineteen lie on the other side, a little farther than all the rest and not far enough to be
+// left out: the two largest ranks would outweigh the others.
+TEST(PairCentre, DoesNotLetTheFarthestDecide) {
+    std::vector<double> rounds{-0.0061, -0.0062};
+    while (rounds.size() < 19)
+        rounds.push_back(0.005 + 1e-5 * static_cast<double>(rounds.size()));
+    constexpr double spent = 0.05 / 12; // at the third look
+    EXPECT_LT(signedRankCentre(rounds, spent, textbook).low, 0);
+    EXPECT_EQ(sideOfZero(rounds, spent), PairVerdict::slower);
 }
 
 TEST(PairCentre, HasNoEndsWhereTheConfidenceCannotBeHad) {

@@ -5,6 +5,7 @@
 #include <limits>
 #include <map>
 #include <numeric>
+#include <utility>
 
 namespace {
 
@@ -16,26 +17,33 @@ double median(std::vector<double>& values) {
     return (*middle + *std::max_element(values.begin(), middle)) / 2;
 }
 
-/** Probabilities that the sum of signed ranks is at most 0, 1, ... n (n + 1) / 2 when each sign is a toss of
- * a coin. */
-std::vector<double> signedRankTail(std::size_t n) {
-    std::vector<double> p(n * (n + 1) / 2 + 1, 0);
-    p[0] = 1;
-    std::size_t largest = 0;
+/** What the value with this rank among n counts. Capped, ranks in the upper half count alike, so that one or
+ * two rounds far on the other side do not outweigh all the rest. */
+std::size_t scoreOf(std::size_t rank, std::size_t n, bool capped) {
+    return capped ? std::min(rank, n / 2 + 1) : rank;
+}
+
+/** Probabilities that the sum of signed scores is at most 0, 1, ... their sum when each sign is a toss of a
+ * coin. */
+std::vector<double> signedRankTail(std::size_t n, bool capped) {
+    std::vector<double> p(1, 1);
     for (std::size_t rank = 1; rank <= n; ++rank) {
-        largest += rank;
-        for (std::size_t sum = largest + 1; sum-- > 0;)
-            p[sum] = (p[sum] + (sum >= rank ? p[sum - rank] : 0)) / 2;
+        const std::size_t score = scoreOf(rank, n, capped);
+        p.resize(p.size() + score, 0);
+        for (std::size_t sum = p.size(); sum-- > 0;)
+            p[sum] = (p[sum] + (sum >= score ? p[sum - score] : 0)) / 2;
     }
     std::partial_sum(p.begin(), p.end(), p.begin());
     return p;
 }
 
 /** Those that are kept for later are few: numbers of rounds. */
-const std::vector<double>& tailOf(std::size_t n) {
-    static std::map<std::size_t, std::vector<double>> tails;
-    const auto known = tails.find(n);
-    return known != tails.end() ? known->second : tails.emplace(n, signedRankTail(n)).first->second;
+const std::vector<double>& tailOf(std::size_t n, bool capped) {
+    static std::map<std::pair<std::size_t, bool>, std::vector<double>> tails;
+    const auto [tail, isNew] = tails.try_emplace({n, capped});
+    if (isNew)
+        tail->second = signedRankTail(n, capped);
+    return tail->second;
 }
 
 /** The values that lie near enough to a middle, less the middle. */
@@ -51,21 +59,21 @@ std::vector<double> nearTo(double middle, std::span<const double> values, double
 }
 
 /** Twice the probability that values which lie symmetrically about the middle lie as far to one side. */
-double probabilityOf(double middle, std::span<const double> values, double reach) {
-    std::vector<double> near = nearTo(middle, values, reach);
+double probabilityOf(double middle, std::span<const double> values, FarValues far) {
+    std::vector<double> near = nearTo(middle, values, far.reach);
     std::sort(near.begin(), near.end(), [](double a, double b) { return std::abs(a) < std::abs(b); });
     std::size_t below = 0;
     for (std::size_t i = 0; i < near.size(); ++i)
-        below += near[i] < 0 ? i + 1 : 0;
-    const std::vector<double>& tail = tailOf(near.size());
+        below += near[i] < 0 ? scoreOf(i + 1, near.size(), far.capped) : 0;
+    const std::vector<double>& tail = tailOf(near.size(), far.capped);
     return std::min(1.0, 2 * tail[std::min(below, tail.size() - 1 - below)]);
 }
 
 /** The end of what is not refused from a centre on, with steps that grow: beyond the end the test may refuse
  * nothing again, where what was left out comes into reach. */
-double endFrom(double centre, double step, std::span<const double> values, double alpha, double reach) {
+double endFrom(double centre, double step, std::span<const double> values, double alpha, FarValues far) {
     constexpr int halvings = 50;
-    const auto refused = [&](double middle) { return probabilityOf(middle, values, reach) <= alpha; };
+    const auto refused = [&](double middle) { return probabilityOf(middle, values, far) <= alpha; };
     double inner = centre, outer = centre + step;
     for (; !refused(outer); step *= 2, outer += step)
         inner = outer;
@@ -94,35 +102,35 @@ std::optional<double> ratioOfRound(std::span<const double> first, std::span<cons
     return firstIsBefore ? middle : -middle;
 }
 
-Centre signedRankCentre(std::span<const double> values, double alpha, double reach) {
+Centre signedRankCentre(std::span<const double> values, double alpha, FarValues far) {
     constexpr double infinite = std::numeric_limits<double>::infinity();
     if (values.empty())
         return {0, -infinite, infinite};
     std::vector<double> copy(values.begin(), values.end());
     const double middle = median(copy);
-    const std::vector<double> near = nearTo(middle, values, reach);
+    const std::vector<double> near = nearTo(middle, values, far.reach);
     std::vector<double> means;
     means.reserve(near.size() * (near.size() + 1) / 2);
     for (std::size_t i = 0; i < near.size(); ++i)
         for (std::size_t j = i; j < near.size(); ++j)
             means.push_back((near[i] + near[j]) / 2);
     Centre result{middle + median(means), -infinite, infinite};
-    if (tailOf(values.size()).front() * 2 <= alpha) { // all of them on one side of it
+    if (tailOf(values.size(), far.capped).front() * 2 <= alpha) { // all of them on one side of it
         constexpr double smallest = 1e-12;
         std::vector<double> distances;
         for (const double value : near)
             distances.push_back(std::abs(value));
         const double step = std::max(median(distances) / 8, smallest);
-        result.low = endFrom(result.centre, -step, values, alpha, reach);
-        result.high = endFrom(result.centre, step, values, alpha, reach);
+        result.low = endFrom(result.centre, -step, values, alpha, far);
+        result.high = endFrom(result.centre, step, values, alpha, far);
     }
     return result;
 }
 
 PairVerdict sideOfZero(std::span<const double> values, double alpha) {
-    if (values.empty() || probabilityOf(0, values, usualReach) > alpha)
+    if (values.empty() || probabilityOf(0, values, usually) > alpha)
         return PairVerdict::cannotTell;
-    std::vector<double> near = nearTo(0, values, usualReach);
+    std::vector<double> near = nearTo(0, values, usually.reach);
     return median(near) > 0 ? PairVerdict::slower : PairVerdict::faster;
 }
 

@@ -29,20 +29,26 @@ struct Centre {
 /** What is said of a row. */
 enum class PairVerdict { slower, faster, same, cannotTell };
 
-/** Two standard deviations of values that are normally distributed. */
-constexpr double usualReach = 3;
+/** What the signed rank test makes of values that lie far off. */
+struct FarValues {
+    double reach; /**< those farther from a centre than so many times what half of them are are left out */
+    bool capped;  /**< the ranks of the farther half count alike */
+};
+/** A reach of two standard deviations of values that are normally distributed. */
+constexpr FarValues usually{3, true};
 
 /**
  * The Hodges-Lehmann centre (median of the means of all pairs, each value with itself among them) and the
- * interval of those centres that the signed rank test does not refuse, exact for any number of values (Hodges
- * and Lehmann 1963, Tukey 1949; Hollander, Wolfe and Chicken 2014, 3.1 to 3.3). All that it assumes is that
+ * interval of those centres that a signed rank test does not refuse, exact for any number of values (Hodges
+ * and Lehmann 1963, Tukey 1949; Hollander, Wolfe and Chicken 2014, 3.1 to 3.3; with capped ranks Policello
+ * and Hettmansperger 1976). All that it assumes is that
  * the values lie symmetrically about the centre, which those of equal sides do whatever the machine does,
  * since the sides change places. Values that lie more than `reach` times as far from the centre in question
  * as half of them do are left out first: a round in ten is off by several per cent, and would have the
  * largest rank. Who is left out does not depend on the signs, so the test stays exact. \param alpha
  * probability that the interval misses the centre
  */
-Centre signedRankCentre(std::span<const double> values, double alpha, double reach = usualReach);
+Centre signedRankCentre(std::span<const double> values, double alpha, FarValues far = usually);
 
 /** Slower or faster where the same test refuses a centre of 0 at this probability. */
 PairVerdict sideOfZero(std::span<const double> values, double alpha);
