@@ -53,7 +53,9 @@ function datasetOf(line, view) {
     hidden: hiddenRuns.has(line.run),
     borderDash: curve && manyRuns ? dashes[line.combination % dashes.length] : [],
     pointStyle: points[(manyRuns ? line.combination : 0) % points.length],
-    borderWidth: curve ? 2 : 1, pointRadius: 3, maxBarThickness: 28,
+    borderWidth: curve ? 2 : 1, maxBarThickness: 28,
+    // Points by the hundred cover the line and each other.
+    pointRadius: places.length > 100 ? 0 : 3, pointHitRadius: 4,
     clip: 8, // points at the ends of the axis stay whole
   };
 }

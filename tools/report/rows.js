@@ -13,7 +13,7 @@ const columns = [
   {title: 'Comment', of: row => row.comment},
 ];
 
-const lineHeight = 26, cellPadding = 20; // pixels, as the style sheet has it
+const lineHeight = 26, cellPadding = 20, frameShare = 0.78; // pixels, and of the window's height, as the style sheet has it
 const widest = {Parameters: 300, Comment: 230}; // pixels of a text; of others 360
 const frame = byId('rows');
 const tableBody = frame.querySelector('tbody');
@@ -32,12 +32,9 @@ function cellOf(row, column) {
   const cell = make('td', {class: column.number ? 'number' : column.title === 'Result' ? 'result' : ''},
     column.number ? digits(value) : value ?? '');
   if (column.title === 'Clocks' && row.short) cell.prepend(make('span', {class: 'badge warned'}, '< 300'), ' ');
-  if (printing) return cell; // thousands of links make a printed page slow
-  cell.title = cell.textContent;
-  if (column.title === 'Function') {
-    cell.replaceChildren(make('a', {href: '#row=' + encodeURIComponent(keyOf(row)), title: 'link to this row'}, '#'), ' ',
-      functionLink(row.function));
-  }
+  if (column.title !== 'Function' || printing) return cell; // thousands of links make a printed page slow
+  cell.replaceChildren(make('a', {href: '#row=' + encodeURIComponent(keyOf(row)), title: 'link to this row'}, '#'), ' ',
+    make('a', {href: '#' + anchorOf(row.function)}, row.function));
   return cell;
 }
 
@@ -46,12 +43,30 @@ const lineOf = row => make('tr', {class: [gradeOf(row.result), row === target ? 
 
 const gap = lines => make('tr', {class: 'gap', 'aria-hidden': 'true', style: `height: ${lines * lineHeight}px`});
 
-function showLines() {
-  const visible = Math.ceil(innerHeight / lineHeight); // the frame grows with its lines
+let laid = {lines: [], first: 0, last: 0}; // what the table has
+
+/** The lines in view and some around them. Those that are there already stay: a frame pays for the new ones alone. */
+function showLines(anew = false) {
+  const visible = Math.ceil(innerHeight * frameShare / lineHeight); // the frame grows with its lines
   const first = Math.max(0, Math.min(Math.floor(frame.scrollTop / lineHeight) - 10, shown.length - visible));
   const last = Math.min(shown.length, first + visible + 20);
-  tableBody.replaceChildren(gap(first), ...shown.slice(first, last).map(lineOf), gap(shown.length - last));
+  const linesOf = (from, to) => shown.slice(from, Math.max(from, to)).map(lineOf);
+  if (anew || laid.lines !== shown || last <= laid.first || first >= laid.last) {
+    tableBody.replaceChildren(gap(first), ...linesOf(first, last), gap(shown.length - last));
+  } else if (first !== laid.first || last !== laid.last) {
+    for (let i = laid.first; i < first; ++i) tableBody.children[1].remove();
+    for (let i = last; i < laid.last; ++i) tableBody.lastChild.previousSibling.remove();
+    tableBody.firstChild.replaceWith(gap(first), ...linesOf(first, laid.first));
+    tableBody.lastChild.replaceWith(...linesOf(laid.last, last), gap(shown.length - last));
+  }
+  laid = {lines: shown, first, last};
 }
+
+// A text that its column cuts is shown whole under the pointer.
+tableBody.addEventListener('mouseover', event => {
+  const cell = event.target.closest('td');
+  if (cell && cell.scrollWidth > cell.clientWidth) cell.title = cell.textContent;
+});
 
 /** All lines at once, for paper. */
 const linesOnPaper = 3000;
@@ -68,6 +83,8 @@ function showTitles() {
   const step = Math.max(1, Math.floor(data.rows.length / 2000));
   const pen = make('canvas').getContext('2d');
   const style = getComputedStyle(frame.querySelector('table'));
+  // On a narrow screen a long name leaves room for what tells its rows apart.
+  const widestOf = column => Math.min(widest[column.title] ?? 360, column === columns[0] && innerWidth < 640 ? innerWidth * 0.4 : Infinity);
   const widthOf = text => pen.measureText(text).width;
   pen.font = `600 ${style.fontSize} ${style.fontFamily}`;
   const widths = columns.map(column => {
@@ -79,7 +96,7 @@ function showTitles() {
     const longest = Math.max(...[...texts].map(text => text.length));
     const wide = [...texts].filter(text => text.length >= 0.8 * longest).slice(0, 200).map(widthOf);
     const mark = column.title === 'Clocks' && data.rows.some(row => row.short) ? 64 : 0;
-    return Math.ceil(Math.max(widthOf(column.title + ' \u25b2'), mark + Math.min(widest[column.title] ?? 360, Math.max(...wide)))) + cellPadding;
+    return Math.ceil(Math.max(widthOf(column.title + ' \u25b2'), mark + Math.min(widestOf(column), Math.max(...wide)))) + cellPadding;
   });
   frame.querySelector('colgroup').replaceChildren(...widths.map(width => make('col', {style: `width: ${width}px`})));
   frame.querySelector('table').style.minWidth = widths.reduce((sum, width) => sum + width, 0) + 'px';
@@ -151,7 +168,7 @@ function applyFilter() {
       document.querySelectorAll(`[data-domain="${CSS.escape(domain)}"]`).forEach(element => { element.hidden = !any; });
     }
     byId('shown').value = `${shown.length} of ${data.rows.length} rows`;
-    showLines();
+    showLines(true);
   });
   remember();
 }
@@ -184,6 +201,6 @@ function goToRow() {
     applyFilter();
   }
   frame.scrollTop = shown.indexOf(target) * lineHeight - frame.clientHeight / 2;
-  showLines();
+  showLines(true);
   frame.scrollIntoView({block: 'center'});
 }

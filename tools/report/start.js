@@ -40,15 +40,28 @@ byId('theme').addEventListener('click', () => {
 });
 prefersDark.addEventListener('change', repaint);
 
-// A table may hold hundreds of functions: each chart is drawn when it comes into view, all of them for paper.
+// A table may hold hundreds of functions: each chart is drawn when it comes near the view, one at a time while the page
+// has nothing else to do, so that scrolling does not wait for them; all of them are drawn for paper.
 const articles = [...document.querySelectorAll('article')];
+const near = new Set();
+const longestWait = 100; // milliseconds, on a page that never rests
+const whenIdle = window.requestIdleCallback ? work => requestIdleCallback(work, {timeout: longestWait}) : work => setTimeout(work, 16);
+function drawNext() {
+  const [article] = near;
+  if (!article) return;
+  near.delete(article);
+  watcher.unobserve(article);
+  draw(article);
+  if (near.size) whenIdle(drawNext);
+}
 const watcher = new IntersectionObserver(entries => {
-  for (const entry of entries.filter(each => each.isIntersecting)) {
-    draw(entry.target);
-    watcher.unobserve(entry.target);
-  }
+  const resting = !near.size;
+  for (const {isIntersecting, target: article} of entries) isIntersecting ? near.add(article) : near.delete(article);
+  if (resting && near.size) whenIdle(drawNext);
 }, {rootMargin: '600px'});
 articles.forEach(article => watcher.observe(article));
+// The first charts take up to three times as long as the others: not while somebody scrolls.
+for (const article of articles.slice(0, 3)) whenIdle(() => draw(article));
 window.addEventListener('beforeprint', () => {
   printing = true;
   articles.filter(article => !article.hidden).forEach(draw);

@@ -16,7 +16,7 @@ function marksOf(low, high) {
 
 /** Points are builds, lines levels; a step has its size. Values far off stand at the edge. */
 function drawHistory(series, builds) {
-  const [width, height, left, right, ends] = [300, 110, 46, 8, 14];
+  const [width, height, left, right, ends] = [300, 112, 52, 8, 16];
   const values = series.values.filter(value => value !== null);
   const sorted = [...values].sort((a, b) => a - b);
   const at = share => sorted[Math.round(share * (sorted.length - 1))];
@@ -39,7 +39,7 @@ function drawHistory(series, builds) {
     const ratio = next.ratio / level.ratio;
     const middle = Math.min(width - 24, Math.max(left + 24, (x(end) + x(next.from)) / 2));
     parts.push(`<line x1="${(x(end) + x(next.from)) / 2}" x2="${(x(end) + x(next.from)) / 2}" y1="${ends}" y2="${height - ends}" class="${stepKind(ratio)}"/>`,
-      `<text x="${middle}" y="${i % 2 ? height - 2 : 10}" text-anchor="middle" class="${stepKind(ratio)}">${percentOf(ratio)}</text>`);
+      `<text x="${middle}" y="${i % 2 ? height - 2 : 12}" text-anchor="middle" class="${stepKind(ratio)}">${percentOf(ratio)}</text>`);
   });
   const holder = make('div', {class: 'history'});
   holder.innerHTML = `<svg viewBox="0 0 ${width} ${height}" role="img" aria-label="Clocks over ${builds.length} builds">${parts.join('')}</svg>`;
