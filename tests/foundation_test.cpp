@@ -1,3 +1,4 @@
+#include "foundation/bxdecimal.h"
 #include "foundation/bxlist.h"
 #include "foundation/bxnames.h"
 #include "foundation/bxnearest.h"
@@ -8,8 +9,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <climits>
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -95,6 +101,33 @@ TEST(Conversion, ValueIntoText) {
     EXPECT_EQ(text(1234567.0), "1.23e+06");
     EXPECT_EQ(text(0.1F), "0.1");
     EXPECT_EQ(text(static_cast<void*>(nullptr)), "NULL");
+}
+
+/** The C library's text of a number. */
+std::string printed(const char* format, auto... values) {
+    std::array<char, 400> text;
+    std::snprintf(text.data(), text.size(), format, values...);
+    return text.data();
+}
+
+TEST(Decimal, AsTheCLibraryPrints) {
+    std::vector<double> values = {0,         -0.0,  0.5,    1.5,      2.5,       0.125, 12.5,   112.5,
+                                  999.4,     999.5, 999.6,  1000,     99.95,     9.995, 0.9995, 1e-4,
+                                  9.9995e-5, 1e-5,  0.1,    0.01,     0.001,     1e22,  1e9,    999999999.5,
+                                  -3.25,     1e300, 5e-324, INFINITY, -INFINITY, NAN};
+    std::mt19937_64 random(15);
+    for (int i = 0; i < 5000; ++i) {
+        const double shorter =
+            static_cast<double>(random() % 100000) / std::pow(10, static_cast<double>(random() % 8));
+        values.insert(values.end(),
+                      {shorter, std::bit_cast<double>(random()), std::nextafter(shorter, 0), shorter + 0.5});
+    }
+    for (const double value : values) {
+        ASSERT_EQ(bxDecimal(value).view(), printed("%.3g", value));
+        for (int decimals = 0; decimals <= 6; ++decimals)
+            ASSERT_EQ(bxDecimal::fixed(value, decimals).view(), printed("%.*f", decimals, value)) << decimals;
+        ASSERT_EQ(bxDecimal::scientific(value, 3).view(), printed("%.3e", value));
+    }
 }
 
 TEST(Conversion, AddressIsSigned) {

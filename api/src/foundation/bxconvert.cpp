@@ -1,6 +1,7 @@
 /** \file
  * Conversions between text and numbers.
  */
+#include "foundation/bxdecimal.h"
 #include "foundation/bxreading.h"
 #include "foundation/bxstring.h"
 
@@ -13,15 +14,6 @@
 #include <string_view>
 
 namespace {
-
-/** Room for any 64-bit integer or "%.3g" number. */
-using Digits = std::array<char, 32>;
-
-template <class T>
-std::string_view decimal(Digits& digits, T value) {
-    const char* end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-    return {digits.data(), static_cast<std::size_t>(end - digits.data())};
-}
 
 constexpr std::string_view blanks = " \t\n\v\f\r";
 
@@ -65,27 +57,22 @@ void store(T& value, const bxReading<T>& reading, const bxString& text) {
 } // namespace
 
 bxString& bxString::appendSigned(long long value) {
-    Digits digits;
-    return append(decimal(digits, value));
+    return append(bxDecimal(value).view());
 }
 
 bxString& bxString::appendUnsigned(unsigned long long value) {
-    Digits digits;
-    return append(decimal(digits, value));
+    return append(bxDecimal(value).view());
 }
 
 bxString& bxString::operator<<(double value) {
-    Digits digits;
-    const auto end =
-        std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::general, 3);
-    return append({digits.data(), end.ptr});
+    return append(bxDecimal(value).view());
 }
 
 bxString& bxString::operator<<(const void* address) {
     if (!address)
         return append("NULL");
     const long long widened = reinterpret_cast<std::intptr_t>(address);
-    Digits digits;
+    std::array<char, 17> digits;
     std::snprintf(digits.data(), digits.size(), (bxString("%") + prefixI64() + "X").c_str(), widened);
     return append(digits.data());
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 class bxStringList;
 
@@ -22,6 +23,7 @@ class bxString {
     bxString(const char* text) : m_text(text ? text : "") {}
     bxString(char c) : m_text(1, c) {}
     explicit bxString(std::string_view text) : m_text(text) {}
+    explicit bxString(std::string&& text) noexcept : m_text(std::move(text)) {}
     bxString(const bxString&) = default;
     bxString(bxString&&) noexcept = default;
     /** A number is no text: append it with `<<`. */
@@ -34,6 +36,7 @@ class bxString {
     bxString& operator=(bxString&&) noexcept = default;
     void assign(const bxString& other) { m_text = other.m_text; }
     void assign(const char* text) { m_text = text ? text : ""; }
+    void assign(std::string_view text) { m_text = text; }
     void assign(char c) { m_text.assign(1, c); }
 
     const char* c_str() const noexcept { return m_text.c_str(); }

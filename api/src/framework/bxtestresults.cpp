@@ -1,6 +1,7 @@
 /** \file
  * Figures of a measurement, and how they go to the listing and the tables.
  */
+#include "foundation/bxdecimal.h"
 #include "framework/bxaftermath.h"
 #include "framework/bxhotlist.h"
 #include "framework/bxsessionmodes.h"
@@ -15,9 +16,10 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdlib>
-#include <iterator>
+#include <string>
+#include <string_view>
+#include <utility>
 
 // ---- Figures ----
 
@@ -58,17 +60,13 @@ double bxTest::performance(bool flops) {
 bxString bxTest::formatClocks(double x) {
     if (!(x > 0))
         return "";
-    char text[32];
-    const auto written = [&](std::chars_format form, int decimals) {
-        return bxString(std::string_view(text, std::to_chars(text, std::end(text), x, form, decimals).ptr));
-    };
     if (x < 0.0001 || x > 10000000)
-        return written(std::chars_format::scientific, 3);
+        return bxString(bxDecimal::scientific(x, 3).view());
     // One decimal more for each bound that the figure stays below.
     static constexpr std::array bounds = {100.0, 10.0, 1.0, 0.1, 0.01, 0.001};
     const auto decimals =
         std::count_if(bounds.begin(), bounds.end(), [x](double bound) { return x < bound; });
-    return written(std::chars_format::fixed, static_cast<int>(decimals));
+    return bxString(bxDecimal::fixed(x, static_cast<int>(decimals)).view());
 }
 
 bxString bxTest::perfString(bool flops) {
@@ -95,38 +93,52 @@ bxString bxTest::getComment() {
 
 // ---- Texts ----
 
+/** Appends a text filled with blanks, as sFormat has it. */
+static void addFilled(std::string& line, std::string_view text, int width) {
+    const auto wanted = static_cast<std::size_t>(std::abs(width));
+    const std::size_t missing = wanted - std::min(wanted, text.size());
+    line.append(width > 0 ? missing : 0, ' ').append(text).append(width > 0 ? 0 : missing, ' ');
+}
+
+static bxString filled(std::string_view text, int width) {
+    std::string line;
+    addFilled(line, text, width);
+    return bxString(std::move(line));
+}
+
 bxString bxTest::sFormat(bxString s, int w) {
-    const int missing = std::abs(w) - s.length();
-    if (missing <= 0)
-        return s;
-    if (w < 0) {
-        s.resize(-w, ' ');
-        return s;
-    }
-    bxString filled;
-    filled.resize(missing, ' ');
-    return filled << s;
+    return filled(s.view(), w);
 }
 
 bxString bxTest::sFormat(double x, int w) {
-    return sFormat(bxString() << x, w);
+    return filled(bxDecimal(x).view(), w);
 }
 
 bxString bxTest::sFormat(int x, int w) {
-    return sFormat(bxString() << x, w);
+    return filled(bxDecimal(x).view(), w);
 }
 
 bxString bxTest::sFormat(long long x, int w) {
-    return sFormat(bxString() << x, w);
+    return filled(bxDecimal(x).view(), w);
 }
 
 bxString bxTest::testResultString() {
-    bxString line;
-    if (tool.method == bxTool::methodAuto || tool.method == bxTool::methodIterative)
-        line << "  " << bxTable::accuracy << sFormat(bxReachedText(tool), -5);
-    line << "  " << sFormat(tool.info, -10) << "  perf=" << sFormat(tool.funcClocks, 9) << "/"
-         << sFormat(getDivisor(), 9) << "=" << sFormat(perfString(false), 9) << " clocks";
-    return line;
+    std::string line;
+    line.reserve(128); // one piece of memory for a line, of which a run may write millions
+    if (tool.method == bxTool::methodAuto || tool.method == bxTool::methodIterative) {
+        line.append("  ").append(bxTable::accuracy);
+        addFilled(line, bxReachedText(tool).view(), -5);
+    }
+    line += "  ";
+    addFilled(line, tool.info.view(), -10);
+    line += "  perf=";
+    addFilled(line, bxDecimal(tool.funcClocks).view(), 9);
+    line += '/';
+    addFilled(line, bxDecimal(getDivisor()).view(), 9);
+    line += '=';
+    addFilled(line, perfString(false).view(), 9);
+    line += " clocks";
+    return bxString(std::move(line));
 }
 
 /** Name of the registered function that the engine's method calls. */
@@ -196,7 +208,7 @@ void bxTest::putTextResult(bxResult r) {
     g_ostrm << level;
     if (r != OK)
         g_ostrm << "-- performance:\n";
-    g_ostrm << testResultString() << "\n" << endMessage;
+    g_ostrm << (testResultString() << "\n") << endMessage;
 }
 
 void bxTest::putTextParms() {

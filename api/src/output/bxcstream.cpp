@@ -10,14 +10,16 @@
 bxCStream::bxCStream() : m_checked(std::make_unique<bxLineKeys>()) {}
 bxCStream::~bxCStream() = default;
 
-void bxCStream::addCell(const bxString& text) {
+void bxCStream::addCell(std::string_view text) {
     if (m_count < lineWidth)
-        m_cells[static_cast<std::size_t>(m_count++)] = text;
+        setColm(m_count++, text);
 }
 
-void bxCStream::setColm(int i, const bxString& text) {
-    if (i >= 0 && i < lineWidth)
-        m_cells[static_cast<std::size_t>(i)] = text;
+void bxCStream::setColm(int i, std::string_view text) {
+    if (i < 0 || i >= lineWidth)
+        return;
+    m_cells[static_cast<std::size_t>(i)].assign(text);
+    m_used = std::max(m_used, i + 1);
 }
 
 bool bxCStream::getColm(int i, bxString& text) const {
@@ -27,39 +29,40 @@ bool bxCStream::getColm(int i, bxString& text) const {
     return true;
 }
 
-std::string bxCStream::lineText(int n) const {
-    std::string line;
-    const int fields = std::min(n ? n : m_count, lineWidth);
-    for (int i = 0; i < fields; ++i) {
-        const bool present = i < m_count && !m_cells[static_cast<std::size_t>(i)].empty();
-        line += i ? "," : "";
-        line += present ? m_cells[static_cast<std::size_t>(i)].view() : bxTable::empty;
-    }
-    return line += '\n';
-}
-
 void bxCStream::tableOut(int n) {
     if (bxOutputs::empty())
         return;
-    const std::string line = lineText(n);
+    m_text.clear(); // its memory stays: a run may write millions of lines
+    const int fields = std::min(n ? n : m_count, lineWidth);
+    for (int i = 0; i < fields; ++i) {
+        if (i)
+            m_text += ',';
+        const std::string_view cell = m_cells[static_cast<std::size_t>(i)].view();
+        if (i < m_count && !cell.empty())
+            m_text += cell;
+        else
+            m_text += bxTable::empty;
+    }
+    m_text += '\n';
     for (o_stream* stream : *this)
-        stream->write(line.c_str());
+        stream->write(m_text);
     flush();
 }
 
 void bxCStream::lineOut(int n) {
     tableOut(n);
     ++m_lineNumber;
-    if (m_keyColumns)
-        m_checked->add(lineKey());
+    if (m_keyColumns) {
+        makeKey();
+        m_checked->add(m_text);
+    }
     tableFlush();
 }
 
 void bxCStream::tableFlush() {
-    for (bxString& cell : m_cells)
-        if (!cell.empty())
-            cell.assign("");
-    m_count = 0;
+    for (int i = 0; i < m_used; ++i)
+        m_cells[static_cast<std::size_t>(i)].assign(std::string_view());
+    m_count = m_used = 0;
 }
 
 void bxCStream::linePostpone() {
@@ -70,6 +73,7 @@ void bxCStream::linePostpone() {
 void bxCStream::linePostponeOut(int n) {
     for (Line& line : std::exchange(m_postponed, {})) {
         m_cells = std::move(line);
+        m_used = lineWidth;
         setCellCount(n);
         lineOut(n);
     }
@@ -89,12 +93,16 @@ bool bxCStream::identicalLinesStop() {
     return found;
 }
 
-std::string bxCStream::lineKey() const {
-    std::string key;
-    for (int i = 0; i < m_keyColumns; ++i)
-        key.append(m_cells[static_cast<std::size_t>(i)].c_str()) += '\0';
-    key.resize(key.find_last_not_of('\0') + 1);
-    return key;
+void bxCStream::makeKey() {
+    m_text.clear();
+    int last = std::min(m_keyColumns, m_used);
+    while (last > 0 && m_cells[static_cast<std::size_t>(last - 1)].empty())
+        --last;
+    for (int i = 0; i < last; ++i) {
+        if (i)
+            m_text += '\0';
+        m_text += m_cells[static_cast<std::size_t>(i)].view();
+    }
 }
 
 bool bxCStream::identicalLinesCheck() const {
@@ -113,7 +121,7 @@ bool bxCStream::identicalColms(const bxString* a, const bxString* b, int k) {
 }
 
 bxCStream& operator<<(bxCStream& table, const bxString& text) {
-    if (text == "\n")
+    if (text.view() == "\n")
         table.lineOut(0);
     else
         table.addCell(text);

@@ -12,6 +12,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class bxLineKeys;
@@ -28,9 +29,11 @@ class bxCStream : public bxOutputs {
     static constexpr int lineWidth = 32;
 
     /** Appends a cell; a full line takes no more. */
-    void addCell(const bxString& text);
+    void addCell(std::string_view text);
+    void addCell(const bxString& text) { addCell(text.view()); }
     /** Sets the cell at an index; the number of appended cells stays. Indices outside the line do nothing. */
-    void setColm(int i, const bxString& text);
+    void setColm(int i, std::string_view text);
+    void setColm(int i, const bxString& text) { setColm(i, text.view()); }
     /** Copies the cell at an index; false outside the line. */
     bool getColm(int i, bxString& text) const;
     /** Number of cells appended so far. */
@@ -63,16 +66,16 @@ class bxCStream : public bxOutputs {
   private:
     using Line = std::array<bxString, lineWidth>;
 
-    std::string lineText(int n) const;
-
-    /** The key cells of the line, joined; no cell holds a NUL, which ends each but the empty ones at the end.
-     */
-    std::string lineKey() const;
+    /** Puts the key cells of the line into the text, with a NUL, which no cell holds, between them; not the
+     * empty ones at the end. */
+    void makeKey();
 
     Line m_cells;
     int m_count = 0;
+    int m_used = 0; /**< cells from here on are empty */
     int m_lineNumber = 0;
     int m_keyColumns = 0;                  /**< 0: no check */
+    std::string m_text;                    /**< of the line, or its key */
     std::unique_ptr<bxLineKeys> m_checked; /**< of the lines written while the check is on */
     std::vector<Line> m_postponed;
 };

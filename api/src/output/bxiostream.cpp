@@ -90,11 +90,11 @@ bool i_stream::getline(bxString& line) {
     return !line.empty() || (!std::feof(file) && !std::ferror(file));
 }
 
-void o_stream::write(const char* text) {
+void o_stream::write(std::string_view text) {
     // Fails for what is no file, which holds nothing either.
     if (std::exchange(m_full, false) && handle() && ftruncate(fileno(handle()), 0) != 0)
         errno = 0;
-    std::fputs(text, handle() ? handle() : stdout);
+    std::fwrite(text.data(), 1, text.size(), handle() ? handle() : stdout);
 }
 
 o_stream& operator<<(o_stream& out, const bxString& text) {

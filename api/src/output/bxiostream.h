@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 /** Bits of the mode in which a file is opened. */
@@ -65,7 +66,7 @@ class o_stream : public io_stream {
     o_stream(const bxString& name, int mode, bool report)
         : io_stream(name, mode, report), m_full((mode & ioEmptyLate) != 0) {}
     /** Writes to the handle, or to standard output when it is null. Errors are left to failed(). */
-    void write(const char* text);
+    void write(std::string_view text);
 
   private:
     bool m_full = false; /**< holds what an earlier run has written */

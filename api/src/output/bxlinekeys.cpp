@@ -1,16 +1,32 @@
 #include "output/bxlinekeys.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <numeric>
+
+/** Length of the beginning that two texts share: eight characters at a time, since it is most of a key. */
+static std::size_t sharedLength(std::string_view a, std::string_view b) {
+    const std::size_t most = std::min(a.size(), b.size());
+    std::size_t at = 0;
+    for (std::uint64_t ours, theirs; at + sizeof ours <= most; at += sizeof ours) {
+        std::memcpy(&ours, a.data() + at, sizeof ours);
+        std::memcpy(&theirs, b.data() + at, sizeof theirs);
+        if (ours != theirs)
+            break;
+    }
+    while (at < most && a[at] == b[at])
+        ++at;
+    return at;
+}
 
 void bxLineKeys::add(std::string_view key) {
     if (m_hashes.size() % rowLength == 0) {
         m_rows.push_back(m_text.size());
         m_last.clear();
     }
-    const auto [ours, last] = std::ranges::mismatch(key, m_last);
-    const auto shared = static_cast<std::size_t>(ours - key.begin());
+    const std::size_t shared = sharedLength(key, m_last);
     addLength(shared);
     addLength(key.size() - shared);
     m_text += key.substr(shared);

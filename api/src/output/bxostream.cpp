@@ -31,7 +31,7 @@ void bxOStream::closeMessages(int open) {
         endMessage();
 }
 
-void bxOStream::write(const char* text) {
+void bxOStream::write(std::string_view text) {
     if (!shown())
         return;
     for (o_stream* stream : *this)
@@ -53,10 +53,11 @@ bxOStream& operator<<(bxOStream& out, MessageLevel m) {
 }
 
 bxOStream& operator<<(bxOStream& out, const bxString& text) {
-    return out << text.c_str();
+    out.write(text.c_str());
+    return out;
 }
 
 bxOStream& operator<<(bxOStream& out, const char* text) {
-    out.write(text ? text : "");
+    out.write(text ? std::string_view(text) : std::string_view());
     return out;
 }

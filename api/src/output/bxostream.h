@@ -9,6 +9,7 @@
 #include "output/bxlevels.h"
 #include "output/bxstreams.h"
 
+#include <string_view>
 #include <vector>
 
 /**
@@ -41,7 +42,7 @@ class bxOStream : public bxOutputs {
     /** True when text written now is shown. */
     bool shown() const { return shows(m_msgLevel); }
     /** Writes a text if it is shown. */
-    void write(const char* text);
+    void write(std::string_view text);
 
   private:
     OutputLevel m_outLevel = outErr;

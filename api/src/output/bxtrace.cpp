@@ -3,34 +3,38 @@
 #include "output/bxostream.h"
 
 #include <algorithm>
-#include <cstring>
 
-/** Writes one line of the trace, where it is shown. */
-void bxTrace::announce(const char* direction, const char* name) {
-    if (static_cast<int>(TRACE) > static_cast<int>(g_ostrm.outLevel()))
-        return;
+/** Whether anybody reads the trace: where nobody does no text is made. */
+static bool traceShown() {
+    return static_cast<int>(TRACE) <= static_cast<int>(g_ostrm.outLevel());
+}
+
+/** Writes one line of the trace. */
+void bxTrace::announce(const char* direction, std::string_view name) const {
     g_ostrm.setMsgLevel(TRACE);
-    g_ostrm << indent() << "*****" << direction << name << "\n";
+    g_ostrm << indent() << "*****" << direction << bxString(name) << "\n";
     flush();
     g_ostrm.restoreMsgLevel();
 }
 
-void bxTrace::traceIn(const char* name) {
+void bxTrace::traceIn(std::string_view name) {
     ++m_depth;
-    announce(" trace into   ", name);
+    if (traceShown())
+        announce(" trace into   ", name);
     if (m_closed.empty())
         m_closed.emplace_back();
     splice(begin(), m_closed, m_closed.begin());
     front().assign(name);
 }
 
-void bxTrace::traceOut(const char* name) {
-    announce(" trace out of ", name);
+void bxTrace::traceOut(std::string_view name) {
+    if (traceShown())
+        announce(" trace out of ", name);
     int visited = 0;
     for (auto it = begin(); it != end();) {
         ++visited;
-        if (std::strcmp((it++)->c_str(), name) == 0) {
-            m_closed.splice(m_closed.end(), *this, begin(), it);
+        if ((it++)->view() == name) {
+            m_closed.splice(m_closed.begin(), *this, begin(), it);
             break;
         }
     }
@@ -52,7 +56,7 @@ void bxTrace::clear() {
     m_depth = 0;
 }
 
-void bxTrace::flush() {
+void bxTrace::flush() const {
     if (static_cast<int>(g_ostrm.msgLevel()) <= static_cast<int>(g_ostrm.outLevel()))
         g_ostrm.flush();
 }

@@ -8,6 +8,8 @@
 #include "foundation/bxstringlist.h"
 #include "output/bxstreams.h"
 
+#include <string_view>
+
 /**
  * The stack of open steps, innermost first. Each step is announced on the message stream at level TRACE, and
  * a fault message can name the step that it happened in.
@@ -15,11 +17,13 @@
 class bxTrace : public bxList<bxString> {
   public:
     /** Opens a step. */
-    void traceIn(const char* name);
-    void traceIn(const bxString& name) { traceIn(name.c_str()); }
+    void traceIn(std::string_view name);
+    void traceIn(const char* name) { traceIn(std::string_view(name)); }
+    void traceIn(const bxString& name) { traceIn(name.view()); }
     /** Closes a step and all steps inside it that are still open. */
-    void traceOut(const char* name);
-    void traceOut(const bxString& name) { traceOut(name.c_str()); }
+    void traceOut(std::string_view name);
+    void traceOut(const char* name) { traceOut(std::string_view(name)); }
+    void traceOut(const bxString& name) { traceOut(name.view()); }
     /** The innermost open step, or the empty text. */
     bxString getCurName() const;
     /** Forgets all open steps. */
@@ -27,10 +31,10 @@ class bxTrace : public bxList<bxString> {
     /** One "*" for each open step. */
     bxString indent() const;
     /** Flushes the message stream when its message level does not exceed its output level. */
-    void flush();
+    void flush() const;
 
   private:
-    void announce(const char* direction, const char* name);
+    void announce(const char* direction, std::string_view name) const;
 
     int m_depth = 0;
     bxList<bxString>

@@ -76,7 +76,8 @@ unsigned int bx_set_cw_fpu(unsigned int value, unsigned int mask) {
     std::uint16_t old;
     __asm__ volatile("fnstcw %0" : "=m"(old));
     const auto word = static_cast<std::uint16_t>((old & ~mask) | (value & mask));
-    __asm__ volatile("fldcw %0" : : "m"(word));
+    if (word != old) // the processor would stop for it
+        __asm__ volatile("fldcw %0" : : "m"(word));
     return old;
 }
 
@@ -87,15 +88,18 @@ unsigned int bx_get_sw_fpu() {
 }
 
 unsigned int bx_clear_fpu() {
+    constexpr unsigned int cleared = 0x80FF; // what FNCLEX, slow as it is, would clear
     const unsigned int status = bx_get_sw_fpu();
-    __asm__ volatile("fnclex");
+    if (status & cleared)
+        __asm__ volatile("fnclex");
     return status;
 }
 
 unsigned int bx_set_ssx(unsigned int value, unsigned int mask) {
     const unsigned int old = bx_get_ssx();
     const unsigned int word = (old & ~mask) | (value & mask);
-    __asm__ volatile("ldmxcsr %0" : : "m"(word));
+    if (word != old)
+        __asm__ volatile("ldmxcsr %0" : : "m"(word));
     return old;
 }
 
