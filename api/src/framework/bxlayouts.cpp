@@ -100,11 +100,12 @@ bxString howItEnded(int status) {
 
 std::unique_ptr<bxLayoutFollower> s_follower;
 
+/** Those that this process leads. */
+std::vector<std::unique_ptr<bxLayoutProcess>> s_processes;
+
 } // namespace
 
 // ---- Leading ----
-
-std::vector<std::unique_ptr<bxLayoutProcess>> bxLayouts::s_processes;
 
 bxLayoutProcess::bxLayoutProcess(int number) : m_number(number) {
     int ends[2];

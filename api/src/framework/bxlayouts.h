@@ -61,9 +61,6 @@ class bxLayouts {
     static bxLayoutSpread measure(int count, bxLayoutPlace place, double own, int core);
     /** Ends the other processes. */
     static void end();
-
-  private:
-    static std::vector<std::unique_ptr<bxLayoutProcess>> s_processes;
 };
 
 /** The other end: this process is one of those that are led. */

@@ -67,7 +67,16 @@ std::string bxLineKeys::key(std::size_t line) const {
     return text;
 }
 
+/** Whether two keys may be equal; what the search below sorts takes longer. */
+bool bxLineKeys::mayBeEqual() const {
+    std::vector<std::size_t> hashes = m_hashes;
+    std::ranges::sort(hashes);
+    return std::ranges::adjacent_find(hashes) != hashes.end();
+}
+
 std::optional<std::pair<int, int>> bxLineKeys::firstEqual() const {
+    if (!mayBeEqual())
+        return std::nullopt;
     std::vector<unsigned> lines(m_hashes.size());
     std::iota(lines.begin(), lines.end(), 0U);
     // Those that may be equal stand together, in their order.

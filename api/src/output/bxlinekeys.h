@@ -31,6 +31,7 @@ class bxLineKeys {
     /** Lines in a row of which the first one's key is whole. */
     static constexpr std::size_t rowLength = 64;
 
+    bool mayBeEqual() const;
     void addLength(std::size_t length);
     std::size_t readLength(std::size_t& at) const;
     std::string key(std::size_t line) const;

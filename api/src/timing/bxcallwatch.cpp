@@ -212,7 +212,8 @@ State savedState() {
         std::uint8_t none[19];
         std::uint32_t mxcsr;
         std::uint8_t registers[484];
-    } image;
+    };
+    Image image;
     static_assert(sizeof image == 512);
     __asm__ volatile("fxsave %0" : "=m"(image));
     return {image.control, static_cast<int>(image.mxcsr), image.tags ? std::popcount(image.tags) : 0};
