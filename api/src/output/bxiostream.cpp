@@ -60,7 +60,7 @@ io_stream::io_stream(const bxString& name, int mode, bool report) {
 
 void io_stream::flush() {
     if (m_file)
-        fflush_unlocked(m_file);
+        std::fflush(m_file);
 }
 
 bool io_stream::close() {
@@ -94,8 +94,7 @@ void o_stream::write(std::string_view text) {
     // Fails for what is no file, which holds nothing either.
     if (std::exchange(m_full, false) && handle() && ftruncate(fileno(handle()), 0) != 0)
         errno = 0;
-    // The harness has one thread.
-    fwrite_unlocked(text.data(), 1, text.size(), handle() ? handle() : stdout);
+    std::fwrite(text.data(), 1, text.size(), handle() ? handle() : stdout);
 }
 
 o_stream& operator<<(o_stream& out, const bxString& text) {
