@@ -12,6 +12,7 @@ extern "C" {
 alignas(64) float explained_data[16];
 int explained();
 int explained_inner();
+int explained_strings();
 }
 
 // 10 times 8 instructions, 4 in front of and 1 behind them; 10 times 2 of the inner function.
@@ -38,6 +39,21 @@ explained_inner:
     nop
     ret
     .size explained_inner, . - explained_inner
+    .type explained_strings, @function
+explained_strings:
+    push %rdi
+    lea explained_data(%rip), %rsi
+    lea 32(%rsi), %rdi
+    mov $20, %ecx
+    rep movsb
+    rep movsb
+    lea explained_data(%rip), %rdi
+    xor %eax, %eax
+    mov $16, %ecx
+    repne scasb
+    pop %rdi
+    ret
+    .size explained_strings, . - explained_strings
     .popsection
 )");
 
@@ -48,8 +64,9 @@ SteppedCall stepped(int (*function)()) {
     const bxInstructionCount count = bxCountInstructions(function, 1000, &log);
     bxPreciseFigure figure;
     figure.clocks = 25;
-    const std::string name =
-        std::filesystem::temp_directory_path() / ("explain_test" + std::to_string(getpid()));
+    static int files = 0;
+    const std::string name = std::filesystem::temp_directory_path() /
+                             ("explain_test" + std::to_string(getpid()) + "." + std::to_string(++files));
     EXPECT_TRUE(bxStepFile::open(name.c_str()));
     EXPECT_TRUE(bxStepFile::add({"explained", "Len=16", 30, count, figure, &log}));
     std::ifstream input(name, std::ios::binary);
@@ -110,6 +127,30 @@ TEST(Explain, CountsWhatWasExecuted) {
               std::string::npos)
         << shown.str();
     EXPECT_EQ(toJson(e)["operationsDeclared"], 30);
+}
+
+TEST(Explain, RepeatedStringInstructions) {
+    // Nine instructions around them; 20 iterations of the first, none of the second, whose count is 0, and
+    // six of the third, up to the byte that is equal to that in the accumulator.
+    auto* const bytes = reinterpret_cast<char*>(explained_data);
+    std::fill_n(bytes, sizeof explained_data, '\1');
+    bytes[5] = '\0';
+    SteppedCall call = stepped(explained_strings);
+    const auto data = reinterpret_cast<std::uint64_t>(explained_data);
+    call.blocks.push_back({data, data + sizeof explained_data, 0, "data"});
+    const Profile p = profileOf(call);
+    EXPECT_EQ(p.instructions, 12);
+    EXPECT_EQ(p.steps, 9 + 20 + 1 + 6);
+    EXPECT_EQ(p.mix.at({Group::string}), 3);
+    EXPECT_EQ(p.loads, (std::map<int, long long>{{8, 2}})) << "pop and return, no iterations";
+    EXPECT_EQ(p.stores, (std::map<int, long long>{{8, 1}}));
+    ASSERT_EQ(p.memory.size(), 2U);
+    EXPECT_EQ(p.memory[0].name, "data");
+    EXPECT_EQ(p.memory[0].bytesRead, 20 + 6);
+    EXPECT_EQ(p.memory[0].bytesWritten, 20);
+    EXPECT_EQ(p.linesWritten, 2) << "data and stack";
+    const Latencies latencies{{{"string", 3}, {"integer", 1}, {"load", 4}}};
+    EXPECT_LE(longestChain(call, p, latencies).instructions, p.instructions) << "no iteration is a link";
 }
 
 TEST(Explain, KindsByName) {

@@ -24,13 +24,13 @@ machine_return:
     .popsection
 )");
 
-// A kernel is a loop of 20 passes over 8 times its body; rdx points to the memory. A body leaves ecx and rdx
-// alone.
+// A kernel is a loop of 100 passes over 8 times its body, long enough for what stands around the loop to take
+// less than a hundredth of the clocks; rdx points to the memory. A body leaves ecx and rdx alone.
 #define ANY_KERNEL(name, setup, body, cleanup)                                                               \
     extern "C" int machine_##name();                                                                         \
     __asm__(".pushsection .text\n.type machine_" #name ", @function\n.p2align 6\nmachine_" #name ":\n"       \
             "push %rbx\npush %rbp\npush %r12\npush %r13\npush %r14\npush %r15\n"                             \
-            "lea machine_data(%rip), %rdx\n" setup "mov $20, %ecx\n.p2align 6\n1:\n.rept 8\n" body           \
+            "lea machine_data(%rip), %rdx\n" setup "mov $100, %ecx\n.p2align 6\n1:\n.rept 8\n" body          \
             ".endr\ndec %ecx\njnz 1b\n" cleanup                                                              \
             "pop %r15\npop %r14\npop %r13\npop %r12\npop %rbp\npop %rbx\nxor %eax, %eax\nret\n"              \
             ".size machine_" #name ", . - machine_" #name "\n.popsection\n");                                \
@@ -293,14 +293,23 @@ CHAIN_256(latency_forward, SIX("vmovaps %xmm0, (%rdx)\nvmovaps (%rdx), %xmm0\n")
 
 namespace {
 
+// How many are taken in a clock depends on how far apart they are.
+template <int gap>
 int takenLoop() {
     int passes = 400;
-    __asm__ volatile("1:\n.rept 16\njmp 2f\n.p2align 5\n2:\n.endr\ndec %0\njnz 1b" : "+r"(passes)::"cc");
+    __asm__ volatile("1:\n.rept 16\njmp 2f\n.skip %c1, 0x90\n2:\n.endr\ndec %0\njnz 1b"
+                     : "+r"(passes)
+                     : "i"(gap)
+                     : "cc");
     return 0;
 }
 template <kv::FunctionName name, int (*call)()>
 [[maybe_unused]] const bool s_loop = registerKernel<name, call>(always);
-template const bool s_loop<"machine_takenLoop", takenLoop>;
+template const bool s_loop<"machine_takenLoop_8", takenLoop<6>>;
+template const bool s_loop<"machine_takenLoop_16", takenLoop<14>>;
+template const bool s_loop<"machine_takenLoop_24", takenLoop<22>>;
+template const bool s_loop<"machine_takenLoop_32", takenLoop<30>>;
+template const bool s_loop<"machine_takenLoop_64", takenLoop<62>>;
 
 } // namespace
 
@@ -364,20 +373,32 @@ template const bool s_memory<"machine_memory_read_64", readBlock<64>>;
 template const bool s_memory<"machine_memory_read_128", readBlock<128>>;
 template const bool s_memory<"machine_memory_read_256", readBlock<256>>;
 template const bool s_memory<"machine_memory_read_512", readBlock<512>>;
+template const bool s_memory<"machine_memory_read_1024", readBlock<1024>>;
 template const bool s_memory<"machine_memory_read_2048", readBlock<2048>>;
+template const bool s_memory<"machine_memory_read_4096", readBlock<4096>>;
 template const bool s_memory<"machine_memory_read_8192", readBlock<8192>>;
+template const bool s_memory<"machine_memory_read_16384", readBlock<16384>>;
+template const bool s_memory<"machine_memory_read_32768", readBlock<32768>>;
 template const bool s_memory<"machine_memory_read_65536", readBlock<65536>>;
 template const bool s_memory<"machine_memory_write_16", writeBlock<16>>;
 template const bool s_memory<"machine_memory_write_128", writeBlock<128>>;
 template const bool s_memory<"machine_memory_write_512", writeBlock<512>>;
+template const bool s_memory<"machine_memory_write_1024", writeBlock<1024>>;
 template const bool s_memory<"machine_memory_write_2048", writeBlock<2048>>;
+template const bool s_memory<"machine_memory_write_4096", writeBlock<4096>>;
 template const bool s_memory<"machine_memory_write_8192", writeBlock<8192>>;
+template const bool s_memory<"machine_memory_write_16384", writeBlock<16384>>;
+template const bool s_memory<"machine_memory_write_32768", writeBlock<32768>>;
 template const bool s_memory<"machine_memory_write_65536", writeBlock<65536>>;
 template const bool s_memory<"machine_memory_copy_16", copyBlock<16>>;
 template const bool s_memory<"machine_memory_copy_128", copyBlock<128>>;
 template const bool s_memory<"machine_memory_copy_512", copyBlock<512>>;
+template const bool s_memory<"machine_memory_copy_1024", copyBlock<1024>>;
 template const bool s_memory<"machine_memory_copy_2048", copyBlock<2048>>;
+template const bool s_memory<"machine_memory_copy_4096", copyBlock<4096>>;
 template const bool s_memory<"machine_memory_copy_8192", copyBlock<8192>>;
+template const bool s_memory<"machine_memory_copy_16384", copyBlock<16384>>;
+template const bool s_memory<"machine_memory_copy_32768", copyBlock<32768>>;
 template const bool s_memory<"machine_memory_copy_65536", copyBlock<65536>>;
 
 } // namespace
