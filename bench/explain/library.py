@@ -59,7 +59,7 @@ def chosen(rows):
 
 def cell(call):
     count = f"{call['instructions']:,}" + ("" if call["complete"] else " at least")
-    if "clocks" not in call:
+    if "clocks" not in call or "limit" not in call:
         return f"{count} | | | | "
     share = f"{100 * call['limitShare']:.0f} %" if "limit" in call else ""
     left = call["clocks"] * (1 - call["limitShare"]) if call.get("limit", "").find("waiting") < 0 else call["clocks"]
