@@ -206,7 +206,7 @@ struct State {
 /** As FXSAVE stores it, which every processor with SSE has: it takes a third of the time of FNSTENV and
  * FLDENV. */
 State savedState() {
-    struct alignas(16) Image {
+    struct alignas(64) Image { // 16 would do, if every caller kept the stack aligned
         std::uint16_t control, status;
         std::uint8_t tags; /**< a bit for each register in use */
         std::uint8_t none[19];
