@@ -51,10 +51,9 @@ bxDecimal::bxDecimal(double value) {
     constexpr unsigned threeDigits = 1000;
     constexpr double least = 1e-4; // smaller ones are written with an exponent
     if (value >= least && value < threeDigits) {
-        int decimals = 2;
-        for (double x = value; x < 1; x *= 10)
-            ++decimals;
-        decimals -= (value >= 10) + (value >= 100);
+        int decimals = 2 - (value >= 10) - (value >= 100);
+        for (const double bound : {1.0, 0.1, 0.01, 0.001})
+            decimals += value < bound;
         if (decimals <= mostDecimals && write(value, decimals, threeDigits)) {
             trim();
             return;
