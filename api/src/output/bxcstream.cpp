@@ -10,12 +10,12 @@
 bxCStream::bxCStream() : m_checked(std::make_unique<bxLineKeys>()) {}
 bxCStream::~bxCStream() = default;
 
-void bxCStream::addCell(std::string_view text) {
+void bxCStream::addCell(const bxString& text) {
     if (m_count < lineWidth)
         setColm(m_count++, text);
 }
 
-void bxCStream::setColm(int i, std::string_view text) {
+void bxCStream::setColm(int i, const bxString& text) {
     if (i < 0 || i >= lineWidth)
         return;
     m_cells[static_cast<std::size_t>(i)].assign(text);

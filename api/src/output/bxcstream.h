@@ -12,7 +12,6 @@
 #include <array>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 class bxLineKeys;
@@ -29,13 +28,9 @@ class bxCStream : public bxOutputs {
     static constexpr int lineWidth = 32;
 
     /** Appends a cell; a full line takes no more. */
-    void addCell(std::string_view text);
-    void addCell(const bxString& text) { addCell(text.view()); }
-    void addCell(const char* text) { addCell(bxString(text)); }
+    void addCell(const bxString& text);
     /** Sets the cell at an index; the number of appended cells stays. Indices outside the line do nothing. */
-    void setColm(int i, std::string_view text);
-    void setColm(int i, const bxString& text) { setColm(i, text.view()); }
-    void setColm(int i, const char* text) { setColm(i, bxString(text)); }
+    void setColm(int i, const bxString& text);
     /** Copies the cell at an index; false outside the line. */
     bool getColm(int i, bxString& text) const;
     /** Number of cells appended so far. */

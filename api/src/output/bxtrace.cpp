@@ -4,13 +4,10 @@
 
 #include <algorithm>
 
-/** Whether anybody reads the trace: where nobody does no text is made. */
-static bool traceShown() {
-    return static_cast<int>(TRACE) <= static_cast<int>(g_ostrm.outLevel());
-}
-
-/** Writes one line of the trace. */
+/** Writes one line of the trace, where it is shown. */
 void bxTrace::announce(const char* direction, std::string_view name) const {
+    if (static_cast<int>(TRACE) > static_cast<int>(g_ostrm.outLevel()))
+        return;
     g_ostrm.setMsgLevel(TRACE);
     g_ostrm << indent() << "*****" << direction << bxString(name) << "\n";
     flush();
@@ -19,8 +16,7 @@ void bxTrace::announce(const char* direction, std::string_view name) const {
 
 void bxTrace::traceIn(std::string_view name) {
     ++m_depth;
-    if (traceShown())
-        announce(" trace into   ", name);
+    announce(" trace into   ", name);
     if (m_closed.empty())
         m_closed.emplace_back();
     splice(begin(), m_closed, m_closed.begin());
@@ -28,8 +24,7 @@ void bxTrace::traceIn(std::string_view name) {
 }
 
 void bxTrace::traceOut(std::string_view name) {
-    if (traceShown())
-        announce(" trace out of ", name);
+    announce(" trace out of ", name);
     int visited = 0;
     for (auto it = begin(); it != end();) {
         ++visited;
